@@ -1,0 +1,30 @@
+# wzr_add_test(<name> [SOURCES <more>...] [LIBRARIES <lib>...] [HELPERS <target>...] [TIMEOUT <s>])
+#
+# Builds <name>.cpp of the current folder with Qt Test and registers it. A helper is a program that
+# the test starts; its path reaches the test as the macro HELPER_<TARGET>, in capitals.
+function(wzr_add_test name)
+    cmake_parse_arguments(arg "" "TIMEOUT" "SOURCES;LIBRARIES;HELPERS" ${ARGN})
+    add_executable(${name} ${name}.cpp ${arg_SOURCES})
+    wzr_target_defaults(${name})
+    target_link_libraries(${name} PRIVATE wzrtestsupport ${arg_LIBRARIES})
+    foreach(helper IN LISTS arg_HELPERS)
+        string(TOUPPER ${helper} macro)
+        target_compile_definitions(${name} PRIVATE HELPER_${macro}="$<TARGET_FILE:${helper}>")
+        add_dependencies(${name} ${helper})
+    endforeach()
+    if(NOT arg_TIMEOUT)
+        set(arg_TIMEOUT 120)
+    endif()
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES
+        TIMEOUT ${arg_TIMEOUT}
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")
+endfunction()
+
+# wzr_add_helper(<name> [LIBRARIES <lib>...]): a program that tests start.
+function(wzr_add_helper name)
+    cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
+    add_executable(${name} ${name}.cpp ${arg_SOURCES})
+    wzr_target_defaults(${name})
+    target_link_libraries(${name} PRIVATE wzrtestsupport ${arg_LIBRARIES})
+endfunction()
