@@ -1,0 +1,106 @@
+#ifndef IPC_IPCCLIENT_H
+#define IPC_IPCCLIENT_H
+
+#include "wzrframework_export.h"
+
+#include <QLocalSocket>
+#include <QObject>
+#include <QString>
+
+#include <memory>
+
+class CDataValue;
+class MessageFrame;
+
+/// The client end of the messaging between processes: connects to a server by its name, sends
+/// requests as envelopes and delivers the envelopes that come back.
+///
+///     IPCClient client("deviceservice", nullptr);
+///     QObject::connect(&client, &IPCClient::sigMessageReceived, [](CDataValue* envelope) {
+///         qDebug() << envelope->mapGet("IPCMSG_TYPE").asQString();
+///     });
+///     client.connectToServer();
+///     client.messageSend("WZR_MESSAGE_APPLICATION_GET_DEV_ID", &payload, "dashboard");
+///
+/// The request travels as
+/// `__BEGIN__{"IPCMSG_MSG_SENDER":"dashboard","IPCMSG_TYPE":"...","IPCMSG_USER_DATA":...}` with a
+/// line feed, then `__END__`. docs/wire.md describes the form.
+///
+/// **A requester always hears back.** A request that cannot be sent is answered by the client
+/// itself, inside the call: see messageSend().
+///
+/// **Threads.** All calls are made in the thread in which the object lives; that thread runs an
+/// event loop. Nothing waits for the server: what it does not take is kept in memory.
+///
+/// **Failures** become result codes, signals and lines in the log; nothing is thrown.
+///
+/// **Slots** connected to the signals may send, connect anew and delete the client itself.
+class WZRFRAMEWORK_EXPORT IPCClient : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// `serverName`: the name, or path of the socket file, that the server listens under.
+    explicit IPCClient(QString serverName, QObject* parent = nullptr);
+    /// Ends the connection, without signals.
+    ~IPCClient() override;
+
+    /// Makes the socket; connectToServer() does it by itself. Further calls do nothing.
+    void initSocket();
+
+    /// Starts to connect; does nothing when connected. The outcome is sigIPCServerConnected() or
+    /// sigIPCSocketError(); where the system answers at once, it comes inside the call. Nothing
+    /// is retried. The same object can connect again after a disconnection.
+    void connectToServer();
+
+    bool isConnected();
+
+    /// Replaces the markers around a message, "__BEGIN__" and "__END__"; both ends must use the
+    /// same. Text that was received before is searched for the new ones. An empty head stands at
+    /// the start of every message; an empty end is never found.
+    void setDataSplitString(QString head, QString end);
+
+    /// Sends `text` between the markers. Returns 0 when the connection has taken it, 7 when the
+    /// client is not connected, 6 when the write failed.
+    int sendblock(const QString& text);
+
+public Q_SLOTS:
+    /// Sends an envelope: `strMessage` as "IPCMSG_TYPE", a copy of `data` as "IPCMSG_USER_DATA"
+    /// and `strSenderID` as "IPCMSG_MSG_SENDER", the latter two only when they are not null.
+    ///
+    /// When it cannot be sent, or the connection is lost while it is, sigMessageReceived() is
+    /// emitted before the call returns, with an envelope of the same members and
+    /// "IPCMSG_ERROR_CODE" 6.
+    void messageSend(const char* strMessage, const CDataValue* data,
+                     const char* strSenderID = nullptr);
+
+Q_SIGNALS:
+    /// An envelope came. It belongs to the client and lives until the emission ends: connect
+    /// directly, copy what is to be kept, never delete it. Text that is no value is dropped.
+    void sigMessageReceived(CDataValue* datavalue);
+    void sigIPCServerConnected();
+    /// The connection was lost or ended; once for each sigIPCServerConnected().
+    void sigIPCServerDisconnected();
+    /// The connection could not be made, or failed. Comes before sigIPCServerDisconnected() when
+    /// the server ends a connection.
+    void sigIPCSocketError();
+
+private Q_SLOTS:
+    void socket_connected();
+    void socket_disconnected();
+    void socket_readReady();
+    void socket_error(QLocalSocket::LocalSocketError code);
+
+private:
+    bool deliver(const QString& body);
+
+    QLocalSocket* m_socket = nullptr;
+    QString m_head;
+    QString m_end;
+    std::shared_ptr<MessageFrame> m_frame;
+    QString m_serverName;
+    bool m_connected = false;
+    int m_slotDepth = 0; // how many slots of the socket are running
+};
+
+#endif

@@ -1,0 +1,120 @@
+#ifndef IPC_IPCSERVER_H
+#define IPC_IPCSERVER_H
+
+#include "wzrframework_export.h"
+
+#include <QMap>
+#include <QObject>
+#include <QString>
+
+#include <memory>
+
+class MessageFrame;
+class QLocalServer;
+class QLocalSocket;
+
+/// The serving end of the messaging between processes: listens under a name, numbers its clients,
+/// cuts what they send into message texts and writes texts to one client or to all.
+///
+///     IPCServer server(nullptr);
+///     QObject::connect(&server, &IPCServer::sigMessageReceived,
+///                      [&](const QString& text, int id) { server.sendResponse(text, id); });
+///     server.startListen("deviceservice");
+///
+/// It neither reads nor builds messages: its owner parses the text with
+/// CDataValue::parseToDataValue() and answers with CDataValue::parseToQString().
+///
+/// **Client IDs** are 1, 2, 3, ... in the order of acceptance. When the last client has gone, the
+/// next one is 1 again.
+///
+/// **Threads.** All calls are made in the thread in which the object lives; that thread runs an
+/// event loop. Nothing waits for a client: what a slow client does not take is kept in memory.
+///
+/// **Failures** become result codes and lines in the log; nothing is thrown. A client that
+/// vanishes, floods or stops reading does not disturb the others. Neither a message nor what is
+/// kept for a client has a size limit.
+///
+/// **Slots** connected to the signals may send, close() and delete the server itself; the other
+/// bodies of the same read are then not delivered.
+class WZRFRAMEWORK_EXPORT IPCServer : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit IPCServer(QObject* parent = nullptr);
+    /// Stops listening and ends all connections, without signals.
+    ~IPCServer() override;
+
+    /// Listens for clients under `name`, a plain name or a path of a socket file. A socket file
+    /// that an earlier run has left behind is removed first; so is that of a server which still
+    /// runs, and that one gets no further clients. Always returns 0: when the name cannot be had,
+    /// that is logged, and no client ever comes. A second call closes the first listener.
+    int startListen(QString name);
+
+    /// Stops listening. Clients that are connected stay and are served as before; connections
+    /// that were not accepted yet are ended.
+    void close();
+
+    /// Accepts one client at a time from now on; there is no way back. A connection that comes
+    /// while a client is there is left pending: neither accepted nor closed nor answered. It is
+    /// taken, with what was sent on it so far, when a further connection arrives after the client
+    /// has gone. This is meant. The listener keeps at most 30 connections pending before it stops
+    /// looking for new ones; then the oldest is taken as soon as the client has gone.
+    void setOnlyOneConnectionSupport();
+
+    /// Replaces the markers around a message, "__BEGIN__" and "__END__", for all clients; both
+    /// ends must use the same. Text that was received before is searched for the new ones. An
+    /// empty head stands at the start of every message; an empty end is never found.
+    void setMessageHeadAndEndIndication(QString head, QString end);
+
+    /// Whether any client is connected.
+    bool hasClientConnected();
+
+    /// Sends `message` between the markers to one client. Returns 0, also when the write failed
+    /// (which is logged), and -1 when there is no client of that ID. The client may be gone when
+    /// the call returns: a peer that has vanished is noticed while writing, and
+    /// sigIPCServerDisconnected() then comes inside the call.
+    int sendResponse(QString message, int clientId);
+
+    /// Sends `message` between the markers to every client, in ascending order of their IDs.
+    void broadcastMsg(QString message);
+
+Q_SIGNALS:
+    /// A client was accepted. Its messages are delivered after this.
+    void sigIPCServerConnected(int nClientID = 0);
+    /// A client has gone. It still counts as connected until the signal has been delivered.
+    void sigIPCServerDisconnected(int nClientID = 0);
+    /// A message came: the text between the markers, not checked in any way.
+    void sigMessageReceived(QString strRecData, int nClientID = 0);
+
+private Q_SLOTS:
+    void socket_new_connection();
+    void socket_readReady();
+    void socket_disconnected();
+
+private:
+    struct Client
+    {
+        QLocalSocket* socket = nullptr;
+        std::shared_ptr<MessageFrame> frame;
+    };
+
+    int idOf(const QLocalSocket* socket) const;
+    void accept();
+    void receive(QLocalSocket* socket);
+    void dropClient(QLocalSocket* socket);
+    bool isBacklogFull() const;
+    void write(QLocalSocket* socket, const QByteArray& frame, const char* function);
+    void release(QObject* object);
+
+    QLocalServer* m_server = nullptr;
+    QMap<int, Client> m_clients;
+    int m_lastClientId = 0;
+    QString m_head;
+    QString m_end;
+    bool m_onlyOneConnection = false;
+    int m_leftPending = 0; // connections that one-connection mode left with m_server
+    int m_slotDepth = 0;   // how many slots of the sockets and of m_server are running
+};
+
+#endif
