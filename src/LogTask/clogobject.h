@@ -1,0 +1,46 @@
+#ifndef LOGTASK_CLOGOBJECT_H
+#define LOGTASK_CLOGOBJECT_H
+
+#include "wzrframework_export.h"
+
+#include <QFile>
+#include <QObject>
+#include <QTextStream>
+
+/// The open log file. Lives on the thread that created it, in the running log the log thread, and
+/// is used from there only. A file that cannot be opened, or a full disk, loses lines without a
+/// report; writing goes on when the disk takes text again.
+class WZRFRAMEWORK_EXPORT CLogObject : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Opens `path`, appending or truncating, and writes the start banner, "\r\nStart Log--", the
+    /// time and "\r\n". With `flush`, each text leaves the process at once. `debug` is not used:
+    /// the echo to the debug output happens where the line is logged.
+    CLogObject(const QString& path, bool append, bool debug, bool flush, QObject* parent);
+
+    /// Writes the end banner, "\r\nEnd Log--", the time and "\r\n", flushes and closes.
+    ~CLogObject() override;
+
+public Q_SLOTS:
+    /// Writes the text in the local 8-bit encoding, and "\r\n" after it when `newLine` is true.
+    void WriteLog(const QString& text, bool newLine);
+
+    /// Writes "flush to file \r\n" and flushes: all text is then with the operating system.
+    void flushLog();
+
+protected:
+    /// Any timer event flushes.
+    void timerEvent(QTimerEvent* event) override;
+
+private:
+    void banner(QLatin1String title);
+    void flushStream();
+
+    QFile m_file;
+    QTextStream m_stream;
+    bool m_flush;
+};
+
+#endif
