@@ -18,7 +18,7 @@ class Value;
 }
 
 /// The kind of a CDataValue. 0 to 7 are also the numbers of JsonCpp's value types.
-enum ENUM_VALUE_TYPE {
+enum ENUM_VALUE_TYPE : int {
     NULL_VALUE = 0,          ///< no value
     INT_VALUE = 1,           ///< signed 32-bit integer
     UINT_VALUE = 2,          ///< unsigned 32-bit integer
@@ -33,7 +33,7 @@ enum ENUM_VALUE_TYPE {
 };
 
 /// The style of the JSON text of a value.
-enum ENUM_STYLE {
+enum ENUM_STYLE : int {
     FAST_STYLE = 0,  ///< one line without blanks, then a line feed
     STYLED_STYLE = 1 ///< indented by three blanks, short arrays on one line, then a line feed
 };
@@ -280,12 +280,15 @@ public:
     static CDataValue& referToMemberNull();
 
 private:
-    friend struct DataValueAccess;
+    friend struct DataValueTree;
     struct Container;
     struct Extras;
 
     union Payload {
-        Payload() : address(nullptr) {}
+        Payload()
+            : address(nullptr)
+        {
+        }
         ~Payload() {}
         int signedNumber;
         unsigned int unsignedNumber;
@@ -296,11 +299,11 @@ private:
         Container* children;
     };
 
-    Payload m_payload;                    // the member that m_kind names
-    Container* m_holder = nullptr;        // the container that this is a child of
-    std::unique_ptr<Extras> m_extras;     // file path and comments: most values have neither
+    Payload m_payload;                // the member that m_kind names
+    Container* m_holder = nullptr;    // the container that this is a child of
+    std::unique_ptr<Extras> m_extras; // file path and comments: most values have neither
     ENUM_VALUE_TYPE m_kind = NULL_VALUE;
-    bool m_linked = false;                // whether m_holder's value counts as the parent
+    bool m_linked = false; // whether m_holder's value counts as the parent
 };
 
 Q_DECLARE_METATYPE(CDataValue)

@@ -1,0 +1,413 @@
+// The content of values and the rule of their mirrors.
+
+#include "DataValue/datavalue_p.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+namespace {
+
+/// Calls `visit` with every child, in index or key order.
+template<typename Visit>
+void forEachChild(DataValueTree::Container& container, Visit visit)
+{
+    for (DataValueElement& element : container.elements)
+        visit(element.value);
+    for (auto& member : container.members)
+        visit(member.second);
+}
+
+} // namespace
+
+bool CDataValue::Extras::hasComments() const
+{
+    return std::any_of(comments.begin(), comments.end(),
+                       [](const std::string& comment) { return !comment.empty(); });
+}
+
+DataValueElement::DataValueElement(DataValueElement&& other) noexcept
+{
+    DataValueTree::relocate(value, other.value);
+}
+
+DataValueElement& DataValueElement::operator=(DataValueElement&& other) noexcept
+{
+    if (this != &other) {
+        DataValueTree::reset(value);
+        DataValueTree::relocate(value, other.value);
+    }
+    return *this;
+}
+
+bool DataValueTree::isAddressKind(ENUM_VALUE_TYPE kind)
+{
+    return kind == ADDRESS_VALUE || kind == ADDRESS_ARRAY_VALUE || kind == ADDRESS_MAP_VALUE;
+}
+
+bool DataValueTree::isContainer(ENUM_VALUE_TYPE kind)
+{
+    return isOrdinary(kind) || kind == ADDRESS_ARRAY_VALUE || kind == ADDRESS_MAP_VALUE;
+}
+
+DataValueTree::Container* DataValueTree::children(const CDataValue& value)
+{
+    return isContainer(value.m_kind) ? value.m_payload.children : nullptr;
+}
+
+const CDataValue& DataValueTree::face(const CDataValue& value)
+{
+    if (!isOrdinary(value.m_kind) || !value.m_payload.children->mirror)
+        return value;
+    return *value.m_payload.children->mirror;
+}
+
+ENUM_VALUE_TYPE DataValueTree::faceKind(const CDataValue& value)
+{
+    return value.m_kind >= NULL_VALUE && value.m_kind <= MAP_VALUE ? value.m_kind : NULL_VALUE;
+}
+
+DataValueTree::Extras& DataValueTree::makeExtras(CDataValue& value)
+{
+    if (!value.m_extras)
+        value.m_extras = std::make_unique<Extras>();
+    return *value.m_extras;
+}
+
+void DataValueTree::construct(CDataValue& value, ENUM_VALUE_TYPE kind)
+{
+    if (kind == STRING_VALUE) {
+        constructText(value, std::string());
+        return;
+    }
+    if (isContainer(kind)) {
+        auto* container = new Container;
+        container->owner = &value;
+        value.m_payload.children = container;
+    } else if (kind == REAL_VALUE) {
+        value.m_payload.real = 0.0;
+    } else {
+        value.m_payload.address = nullptr; // 0 and false as well
+    }
+    value.m_kind = kind;
+}
+
+void DataValueTree::constructText(CDataValue& value, std::string&& text)
+{
+    new (&value.m_payload.text) std::string(std::move(text));
+    value.m_kind = STRING_VALUE;
+}
+
+void DataValueTree::constructInt(CDataValue& value, int number)
+{
+    value.m_payload.signedNumber = number;
+    value.m_kind = INT_VALUE;
+}
+
+void DataValueTree::constructUInt(CDataValue& value, unsigned int number)
+{
+    value.m_payload.unsignedNumber = number;
+    value.m_kind = UINT_VALUE;
+}
+
+void DataValueTree::constructReal(CDataValue& value, double number)
+{
+    value.m_payload.real = number;
+    value.m_kind = REAL_VALUE;
+}
+
+void DataValueTree::constructBool(CDataValue& value, bool flag)
+{
+    value.m_payload.flag = flag;
+    value.m_kind = BOOLEAN_VALUE;
+}
+
+void DataValueTree::reset(CDataValue& value)
+{
+    const ENUM_VALUE_TYPE kind = std::exchange(value.m_kind, NULL_VALUE);
+    if (kind == STRING_VALUE)
+        value.m_payload.text.~basic_string();
+    else if (isContainer(kind))
+        release(value.m_payload.children);
+}
+
+void DataValueTree::release(Container* container)
+{
+    // A deep tree must not be destroyed by recursion: containers below are taken out and queued.
+    container->nextToRelease = nullptr;
+    const auto detach = [](CDataValue& value, Container*& queue) {
+        if (!isContainer(value.m_kind))
+            return;
+        value.m_kind = NULL_VALUE;
+        value.m_payload.children->nextToRelease = std::exchange(queue, value.m_payload.children);
+    };
+    while (container) {
+        Container* queue = container->nextToRelease;
+        forEachChild(*container, [&](CDataValue& child) { detach(child, queue); });
+        if (container->mirror)
+            detach(*container->mirror, queue);
+        delete std::exchange(container, queue);
+    }
+}
+
+void DataValueTree::relocate(CDataValue& to, CDataValue& from) noexcept
+{
+    to.m_kind = std::exchange(from.m_kind, NULL_VALUE);
+    if (to.m_kind == STRING_VALUE) {
+        new (&to.m_payload.text) std::string(std::move(from.m_payload.text));
+        from.m_payload.text.~basic_string();
+    } else if (isContainer(to.m_kind)) {
+        to.m_payload.children = from.m_payload.children;
+        to.m_payload.children->owner = &to;
+    } else if (to.m_kind == REAL_VALUE) {
+        to.m_payload.real = from.m_payload.real;
+    } else {
+        to.m_payload.address = from.m_payload.address;
+    }
+    to.m_extras = std::move(from.m_extras);
+    to.m_holder = std::exchange(from.m_holder, nullptr);
+    to.m_linked = std::exchange(from.m_linked, false);
+}
+
+void DataValueTree::exchangeContent(CDataValue& a, CDataValue& b) noexcept
+{
+    const auto place = [](CDataValue& value, Container* holder, bool linked) {
+        value.m_holder = holder;
+        value.m_linked = linked;
+    };
+    Container* const holderOfA = a.m_holder;
+    Container* const holderOfB = b.m_holder;
+    const bool linkedA = a.m_linked;
+    const bool linkedB = b.m_linked;
+    CDataValue spare;
+    relocate(spare, a);
+    relocate(a, b);
+    relocate(b, spare);
+    place(a, holderOfA, linkedA);
+    place(b, holderOfB, linkedB);
+    if (a.m_extras || b.m_extras) // the comments went along; the file paths stay
+        std::swap(makeExtras(a).filePath, makeExtras(b).filePath);
+}
+
+void DataValueTree::take(CDataValue& to, CDataValue& from)
+{
+    Container* const container = children(from);
+    if (from.m_holder || isAddressKind(from.m_kind) || (container && container->mayHoldAddress)) {
+        copy(to, from, Copy::Whole);
+        return;
+    }
+    exchangeContent(to, from);
+    if (container && container->outOfStep) { // as in a copy: only the root may be out of step
+        if (!container->mirror)
+            storeMirror(*container);
+        forEachChild(*container, [](CDataValue& child) {
+            synchronise(child);
+            child.m_linked = true;
+        });
+    }
+}
+
+void DataValueTree::replaceContent(CDataValue& target, CDataValue&& fresh)
+{
+    beforeChange(target, false);
+    exchangeContent(target, fresh);
+    if (isAddressKind(target.m_kind))
+        target.synchPreDataPoint();
+    if (target.m_holder)
+        noteChild(*target.m_holder, target);
+}
+
+bool DataValueTree::isBelow(const CDataValue& inner, const CDataValue& outer)
+{
+    for (const Container* holder = inner.m_holder; holder; holder = holder->owner->m_holder) {
+        if (holder->owner == &outer)
+            return true;
+    }
+    return false;
+}
+
+void DataValueTree::attach(Container& container, CDataValue& slot, CDataValue&& fresh)
+{
+    reset(slot);
+    relocate(slot, fresh);
+    slot.m_holder = &container;
+    slot.m_linked = isOrdinary(container.owner->m_kind);
+    noteChild(container, slot);
+}
+
+CDataValue& DataValueTree::memberSlot(Container& container, std::string_view key)
+{
+    auto position = container.members.lower_bound(key);
+    if (position == container.members.end() || position->first != key) {
+        position =
+            container.members.emplace_hint(position, std::piecewise_construct,
+                                           std::forward_as_tuple(key), std::forward_as_tuple());
+        position->second.m_holder = &container;
+        position->second.m_linked = isOrdinary(container.owner->m_kind);
+    }
+    return position->second;
+}
+
+CDataValue& DataValueTree::appendSlot(Container& container)
+{
+    return insertSlot(container, container.elements.size());
+}
+
+CDataValue& DataValueTree::insertSlot(Container& container, std::size_t index)
+{
+    const auto position = container.elements.begin() + static_cast<std::ptrdiff_t>(index);
+    CDataValue& slot = container.elements.emplace(position)->value;
+    slot.m_holder = &container;
+    slot.m_linked = isOrdinary(container.owner->m_kind);
+    return slot;
+}
+
+void DataValueTree::beforeChange(CDataValue& value, bool synchronised)
+{
+    const CDataValue* top = &value;
+    while (synchronised && top->m_holder && top->m_linked)
+        top = top->m_holder->owner;
+    Container* const holder = top->m_holder;
+    if (holder && isOrdinary(holder->owner->m_kind) && !holder->mirror)
+        storeMirror(*holder);
+}
+
+void DataValueTree::storeMirror(Container& container)
+{
+    auto mirror = std::make_unique<CDataValue>();
+    copy(*mirror, *container.owner, Copy::Face);
+    container.mirror = std::move(mirror);
+    markOutOfStep(&container);
+}
+
+void DataValueTree::synchronise(CDataValue& value)
+{
+    if (!isOrdinary(value.m_kind) || !value.m_payload.children->outOfStep)
+        return;
+    std::vector<Container*> pending{value.m_payload.children};
+    while (!pending.empty()) {
+        Container* const container = pending.back();
+        pending.pop_back();
+        container->mirror.reset();
+        container->outOfStep = false;
+        forEachChild(*container, [&pending](CDataValue& child) {
+            child.m_linked = true;
+            if (isOrdinary(child.m_kind) && child.m_payload.children->outOfStep)
+                pending.push_back(child.m_payload.children);
+        });
+    }
+}
+
+void DataValueTree::synchroniseUpwards(CDataValue& start)
+{
+    synchronise(start);
+    for (CDataValue* value = &start; value->m_holder && value->m_linked;) {
+        value = value->m_holder->owner;
+        synchronise(*value);
+    }
+}
+
+void DataValueTree::noteChild(Container& container, const CDataValue& child)
+{
+    const Container* const below = children(child);
+    if (isAddressKind(child.m_kind) || (below && below->mayHoldAddress))
+        markMayHoldAddress(&container);
+    if (below && below->outOfStep && isOrdinary(child.m_kind))
+        markOutOfStep(&container);
+}
+
+void DataValueTree::markOutOfStep(Container* container)
+{
+    // What is out of step below an address container concerns no mirror above it.
+    while (container && isOrdinary(container->owner->m_kind) && !container->outOfStep) {
+        container->outOfStep = true;
+        container = container->owner->m_holder;
+    }
+}
+
+void DataValueTree::markMayHoldAddress(Container* container)
+{
+    while (container && !container->mayHoldAddress) {
+        container->mayHoldAddress = true;
+        container = container->owner->m_holder;
+    }
+}
+
+bool DataValueTree::holdsAddress(const CDataValue& value)
+{
+    if (!isOrdinary(value.m_kind))
+        return isAddressKind(value.m_kind);
+    if (!value.m_payload.children->mayHoldAddress)
+        return false;
+    std::vector<Container*> pending{value.m_payload.children};
+    bool found = false;
+    while (!pending.empty() && !found) {
+        Container* const container = pending.back();
+        pending.pop_back();
+        forEachChild(*container, [&](CDataValue& child) {
+            found = found || isAddressKind(child.m_kind);
+            if (isOrdinary(child.m_kind) && child.m_payload.children->mayHoldAddress)
+                pending.push_back(child.m_payload.children);
+        });
+    }
+    return found;
+}
+
+void CDataValue::swap(CDataValue& other)
+{
+    if (this == &other)
+        return;
+    DataValueTree::beforeChange(*this, false);
+    DataValueTree::beforeChange(other, false);
+    // A value cannot hold itself: of two nested values the inner one's content survives.
+    const bool inside = DataValueTree::isBelow(other, *this);
+    if (inside || DataValueTree::isBelow(*this, other)) {
+        CDataValue& outer = inside ? *this : other;
+        CDataValue content(std::move(inside ? other : *this));
+        DataValueTree::replaceContent(outer, std::move(content));
+        return;
+    }
+    DataValueTree::exchangeContent(*this, other);
+    for (CDataValue* value : {this, &other}) {
+        DataValueTree::Container* const container = DataValueTree::children(*value);
+        if (container) {
+            forEachChild(*container, [](CDataValue& child) { child.m_linked = false; });
+            container->outOfStep = DataValueTree::isOrdinary(value->m_kind);
+        }
+        if (value->m_holder)
+            DataValueTree::noteChild(*value->m_holder, *value);
+    }
+}
+
+void CDataValue::synchJsonData()
+{
+    DataValueTree::Container* const container = DataValueTree::children(*this);
+    if (!container || !container->outOfStep)
+        return;
+    DataValueTree::beforeChange(*this, false);
+    DataValueTree::synchronise(*this);
+}
+
+void CDataValue::synchPreDataPoint()
+{
+    DataValueTree::Container* const container = DataValueTree::children(*this);
+    if (!container)
+        return;
+    const bool ordinary = DataValueTree::isOrdinary(m_kind);
+    if (ordinary && container->outOfStep && !container->mirror)
+        DataValueTree::storeMirror(*container);
+    if (!ordinary || container->outOfStep) {
+        forEachChild(*container, [](CDataValue& child) {
+            DataValueTree::synchronise(child);
+            child.m_linked = true;
+        });
+    }
+}
+
+void CDataValue::synPreDataValue(CDataValue* start)
+{
+    if (!start)
+        return;
+    DataValueTree::beforeChange(*start, true);
+    DataValueTree::synchroniseUpwards(*start);
+}

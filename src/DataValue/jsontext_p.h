@@ -1,0 +1,35 @@
+#ifndef DATAVALUE_JSONTEXT_P_H
+#define DATAVALUE_JSONTEXT_P_H
+
+#include "DataValue/datavalue.h"
+
+#include <string>
+#include <string_view>
+
+/// The JSON text of values, in both styles, and its reading: the one place that knows the form.
+///
+/// The writers of the installed JsonCpp write 17 digits and escape everything outside ASCII, so
+/// the text is written here. Reading is JsonCpp's, with its comments and leniencies; on the parsed
+/// tree numbers outside the 32-bit rule become doubles.
+namespace JsonText {
+
+/// UTF-8 text of what the value shows, with the line feed at its end.
+std::string write(const CDataValue& value, ENUM_STYLE style);
+
+/// Parses UTF-8 into `value`. False, with `value` unchanged, on any syntax error. Never throws
+/// but for want of memory.
+bool parse(const std::string& utf8, CDataValue& value);
+
+/// Builds the value of a parsed document, in place and in step.
+CDataValue fromJson(const Json::Value& json);
+
+/// Appends the quoted and escaped form of `text`.
+void appendQuoted(std::string& out, std::string_view text);
+
+/// Appends a number with 16 significant digits that reads back as a double; `null` for the
+/// numbers that JSON lacks.
+void appendReal(std::string& out, double number);
+
+} // namespace JsonText
+
+#endif
