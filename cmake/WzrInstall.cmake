@@ -18,6 +18,9 @@ install(FILES
     "${CMAKE_CURRENT_BINARY_DIR}/WzrFrameworkConfigVersion.cmake"
     DESTINATION "${WZR_PACKAGE_DIR}")
 
+# The pkg-config file finds its prefix from where it lies, so that the tree can be moved.
+file(RELATIVE_PATH WZR_PC_PREFIX
+    "/prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/prefix")
 configure_file(cmake/wzrframework.pc.in wzrframework.pc @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/wzrframework.pc"
     DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
