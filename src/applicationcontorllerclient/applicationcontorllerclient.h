@@ -33,7 +33,7 @@ class IPCClient;
 /// **Threads.** The thread of its owner, with an event loop; no locks.
 ///
 /// **Ownership.** Payloads stay the caller's; values in signals are valid during the emission
-/// only. Slots do not delete this object directly, but by deleteLater().
+/// only. Slots connected to the signals may delete this object.
 class WZRFRAMEWORK_EXPORT ApplicationContorllerClient : public QObject
 {
     Q_OBJECT

@@ -19,6 +19,7 @@ struct Component
 const Component kComponents[] = {
     {"assertion_p.h", 0, "assertions"},
     {"wzrframework_export.h", 0, "export header"},
+    {"slotcall", 0, "slots by name"},
     {"appglobal/applicationpaths", 1, "paths"},
     {"appglobal/executablepath", 1, "paths"},
     {"common_function.h", 1, "common functions"},
