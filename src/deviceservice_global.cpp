@@ -57,8 +57,10 @@ QString DeviceService_Global::getDeviceIDByDeviceName(QString deviceName)
     if (!m_data)
         return QString();
     CDataValue& deviceIDs = m_data->mapGet("kSYSTEM_DEVICE_ID_MAP");
-    CLogFile() << "deviceservice_global"
-               << "getDeviceIDByDeviceName" << m_data->parseToQString(FAST_STYLE);
+    if (g_bLog) {
+        CLogFile() << "deviceservice_global"
+                   << "getDeviceIDByDeviceName" << logExcerpt(m_data->parseToQString(FAST_STYLE));
+    }
     if (deviceIDs.isNull())
         return QString();
     return deviceIDs.mapGet(deviceName).asQString();
