@@ -92,7 +92,7 @@ private Q_SLOTS:
     void socket_error(QLocalSocket::LocalSocketError code);
 
 private:
-    bool deliver(const QString& body);
+    void deliver(const QString& body);
 
     QLocalSocket* m_socket = nullptr;
     QString m_head;

@@ -58,8 +58,8 @@ public:
     /// Accepts one client at a time from now on; there is no way back. A connection that comes
     /// while a client is there is left pending: neither accepted nor closed nor answered. It is
     /// taken, with what was sent on it so far, when a further connection arrives after the client
-    /// has gone. This is meant. The listener keeps at most 30 connections pending before it stops
-    /// looking for new ones; then the oldest is taken as soon as the client has gone.
+    /// has gone. This is meant. Only when more than 30 are pending, so that the listener takes no
+    /// notice of further ones, the oldest is taken as soon as the client has gone.
     void setOnlyOneConnectionSupport();
 
     /// Replaces the markers around a message, "__BEGIN__" and "__END__", for all clients; both
@@ -101,10 +101,12 @@ private:
 
     int idOf(const QLocalSocket* socket) const;
     void accept();
+    void catchUp(QLocalSocket* socket, int id);
     void receive(QLocalSocket* socket);
+    bool deliver(MessageFrame& frame, int id);
     void dropClient(QLocalSocket* socket);
-    bool isBacklogFull() const;
-    void write(QLocalSocket* socket, const QByteArray& frame, const char* function);
+    void deleteInAWhile(QLocalSocket* socket);
+    bool isDeaf() const;
     void release(QObject* object);
 
     QLocalServer* m_server = nullptr;

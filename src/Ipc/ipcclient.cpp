@@ -1,0 +1,171 @@
+#include "Ipc/ipcclient.h"
+
+#include "DataValue/datavalue.h"
+#include "Ipc/messageframe_p.h"
+#include "Ipc/slotscope_p.h"
+#include "LogTask/clog.h"
+#include "LogTask/logexcerpt_p.h"
+
+#include <QPointer>
+
+namespace {
+
+const char sourceName[] = "Ipc/ipcclient";
+
+constexpr int notSent = 6;      // could not be sent; also "IPCMSG_ERROR_CODE" of the made-up reply
+constexpr int notConnected = 7; // nothing was tried
+
+void logLine(const char* function, const char* text)
+{
+    CLogFile() << sourceName << function << text;
+}
+
+// `content` may be of any length; nothing is built when the log is off.
+void logContent(const char* function, const char* text, const QString& content)
+{
+    if (g_bLog)
+        CLogFile() << sourceName << function << text << logExcerpt(content);
+}
+
+} // namespace
+
+IPCClient::IPCClient(QString serverName, QObject* parent)
+    : QObject(parent)
+    , m_head(MessageFrame::defaultHead())
+    , m_end(MessageFrame::defaultEnd())
+    , m_frame(std::make_shared<MessageFrame>())
+    , m_serverName(serverName)
+{
+}
+
+IPCClient::~IPCClient()
+{
+    if (!m_socket)
+        return;
+    m_socket->disconnect(this);
+    m_socket->abort();
+    if (m_slotDepth > 0)
+        m_socket->deleteLater();
+    else
+        delete m_socket;
+}
+
+void IPCClient::initSocket()
+{
+    if (m_socket)
+        return;
+    m_socket = new QLocalSocket;
+    connect(m_socket, &QLocalSocket::connected, this, &IPCClient::socket_connected);
+    connect(m_socket, &QLocalSocket::disconnected, this, &IPCClient::socket_disconnected);
+    connect(m_socket, &QLocalSocket::readyRead, this, &IPCClient::socket_readReady);
+    connect(m_socket, &QLocalSocket::errorOccurred, this, &IPCClient::socket_error);
+}
+
+void IPCClient::connectToServer()
+{
+    initSocket();
+    if (m_connected)
+        return;
+    logLine("connectToServer", "Enter in IPCClient::connectToServer BEGIN");
+    m_socket->connectToServer(m_serverName, QIODevice::ReadWrite);
+    logLine("connectToServer", "Enter in IPCClient::connectToServer END");
+}
+
+bool IPCClient::isConnected()
+{
+    return m_connected;
+}
+
+void IPCClient::setDataSplitString(QString head, QString end)
+{
+    m_head = head;
+    m_end = end;
+    m_frame->setMarkers(head, end);
+}
+
+int IPCClient::sendblock(const QString& text)
+{
+    if (!m_connected)
+        return notConnected;
+    const QString frame = MessageFrame::wrap(m_head, text, m_end);
+    logContent("sendblock", "sendblock", frame);
+    const qint64 written = m_socket->write(frame.toUtf8());
+    if (written <= 0)
+        return notSent;
+    CLogFile() << sourceName << "sendblock"
+               << "Write Len:" << static_cast<int>(written);
+    m_socket->flush(); // may find that the peer has vanished, and end this object by a slot
+    return 0;
+}
+
+void IPCClient::messageSend(const char* strMessage, const CDataValue* data, const char* strSenderID)
+{
+    const QPointer<IPCClient> self(this);
+    CDataValue envelope(MAP_VALUE);
+    envelope.mapSet("IPCMSG_TYPE", CDataValue(strMessage), false);
+    if (data) {
+        if (g_bLog)
+            logContent("messageSend", "messageSend", data->parseToQString(FAST_STYLE));
+        envelope.mapSet("IPCMSG_USER_DATA", *data, false);
+    }
+    if (strSenderID)
+        envelope.mapSet("IPCMSG_MSG_SENDER", CDataValue(strSenderID), false);
+    const QString text = envelope.parseToQString(FAST_STYLE);
+    logContent("messageSend", "messageSend", text);
+    const int result = sendblock(text);
+    if (!self || (m_connected && result == 0))
+        return;
+    // The reply holds what the request held.
+    envelope.mapSet("IPCMSG_ERROR_CODE", CDataValue(notSent), false);
+    Q_EMIT sigMessageReceived(&envelope);
+}
+
+void IPCClient::socket_connected()
+{
+    const SlotScope scope(this, m_slotDepth);
+    m_frame->clear();
+    m_connected = true;
+    Q_EMIT sigIPCServerConnected();
+    logLine("socket_connected", "socket_connected");
+}
+
+void IPCClient::socket_disconnected()
+{
+    const SlotScope scope(this, m_slotDepth);
+    if (!m_connected)
+        return;
+    m_connected = false;
+    Q_EMIT sigIPCServerDisconnected();
+    logLine("socket_disconnected", "socket_disconnected");
+}
+
+void IPCClient::socket_error(QLocalSocket::LocalSocketError code)
+{
+    const SlotScope scope(this, m_slotDepth);
+    CLogFile() << sourceName << "socket_error"
+               << "socket_error:" << static_cast<int>(code);
+    Q_EMIT sigIPCSocketError();
+}
+
+void IPCClient::socket_readReady()
+{
+    const SlotScope scope(this, m_slotDepth);
+    const std::shared_ptr<MessageFrame> frame = m_frame; // a slot may end this object
+    do {
+        logLine("socket_readReady", "socket_readReady");
+        frame->append(m_socket->readAll());
+        if (g_bLog)
+            CLogFile() << sourceName << "socket_readReady" << logExcerpt(frame->buffer());
+        QString body;
+        while (scope.alive() && frame->next(body) == MessageFrame::Body)
+            deliver(body);
+        // A slot that runs an event loop lets bytes arrive that are not announced again.
+    } while (scope.alive() && m_socket->bytesAvailable() > 0);
+}
+
+void IPCClient::deliver(const QString& body)
+{
+    CDataValue value(MAP_VALUE);
+    if (CDataValue::parseToDataValue(body, value))
+        Q_EMIT sigMessageReceived(&value);
+}
