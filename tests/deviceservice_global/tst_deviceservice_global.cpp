@@ -185,7 +185,7 @@ void TestDeviceServiceGlobal::cutsLongDataInTheLog()
     CDataValue value(QString(100000, 'x'));
     store()->setGlobalDataByKey("key", value);
     store()->getDeviceIDByDeviceName("modem");
-    QCOMPARE(log.count("... 100010 characters "), 1);
+    QCOMPARE(log.count("... 100011 characters "), 1);
 }
 
 QTEST_APPLESS_MAIN(TestDeviceServiceGlobal)
