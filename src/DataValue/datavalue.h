@@ -270,7 +270,8 @@ public:
     static bool parseToDataValue(const QString& text, CDataValue& out);
     /// The same for zero-terminated UTF-8; a null pointer is a syntax error.
     static bool parseToDataValue(const char* text, CDataValue& out);
-    /// The value of a parsed JSON document, comments included.
+    /// The value of a JSON tree, comments included: each kind is that of the JSON type, but an
+    /// integer outside 32 bits is a double.
     static CDataValue jsontoDataValue(const Json::Value& json);
     /// The kind of a JSON value; an unknown JSON type gives NULL_VALUE.
     static ENUM_VALUE_TYPE toValueType(const Json::Value& json);

@@ -160,15 +160,12 @@ private:
         return extras && extras->hasComments();
     }
 
-    /// Starts a line at the current depth, unless the text stands behind a blank already.
+    /// Starts a line at the current depth. What the text ends with does not matter: a comment may
+    /// end in a blank, and what followed it on its line would be lost to the comment.
     void indent()
     {
-        if (!m_out.empty()) {
-            if (m_out.back() == ' ')
-                return;
-            if (m_out.back() != '\n')
-                m_out += '\n';
-        }
+        if (!m_out.empty() && m_out.back() != '\n')
+            m_out += '\n';
         m_out.append(m_levels.size() * kIndent, ' ');
     }
 
@@ -197,12 +194,12 @@ private:
             m_out += '\n' + after + '\n';
     }
 
+    /// Writes at the end of the text, which is where the value begins.
     void value(const CDataValue& face)
     {
         if (!isBranch(face)) {
             appendLeaf(m_out, face);
         } else if (!oneLine(face)) {
-            indent();
             m_out += face.isObject() ? '{' : '[';
             m_levels.emplace_back(face);
         }
@@ -323,20 +320,29 @@ std::string JsonText::write(const CDataValue& value, ENUM_STYLE style)
 
 namespace {
 
+/// Where the kinds of integers come from.
+enum class Integers {
+    ByTheirText, ///< the rule of parsed text
+    ByTheirType  ///< the JSON type; what has no place in 32 bits is a double
+};
+
 /// The number rule: an integer is one only inside these limits, else it is a double. They lie a
 /// little inside the 32-bit range, since the rule looks at the number before its last digit.
 constexpr Json::Int64 kLowest = -2147483639;
 constexpr Json::Int64 kHighest = 4294967289;
 
-void constructInteger(CDataValue& value, const Json::Value& json)
+void constructInteger(CDataValue& value, const Json::Value& json, Integers rule)
 {
-    const bool fits = json.isInt64() && json.asInt64() >= kLowest && json.asInt64() <= kHighest;
-    if (!fits)
-        Tree::constructReal(value, json.asDouble());
-    else if (json.asInt64() > std::numeric_limits<int>::max())
-        Tree::constructUInt(value, static_cast<unsigned int>(json.asInt64()));
+    const bool byText = rule == Integers::ByTheirText;
+    const bool ruledOut =
+        byText && (!json.isInt64() || json.asInt64() < kLowest || json.asInt64() > kHighest);
+    const bool isUnsigned = byText ? !json.isInt() : json.type() == Json::uintValue;
+    if (!ruledOut && isUnsigned && json.isUInt())
+        Tree::constructUInt(value, json.asUInt());
+    else if (!ruledOut && !isUnsigned && json.isInt())
+        Tree::constructInt(value, json.asInt());
     else
-        Tree::constructInt(value, static_cast<int>(json.asInt64()));
+        Tree::constructReal(value, json.asDouble());
 }
 
 struct BuildStep
@@ -373,13 +379,13 @@ void buildContainer(const BuildStep& step, std::vector<BuildStep>& pending)
     }
 }
 
-void buildOne(const BuildStep& step, std::vector<BuildStep>& pending)
+void buildOne(const BuildStep& step, Integers rule, std::vector<BuildStep>& pending)
 {
     const Json::Value& from = *step.from;
     switch (CDataValue::toValueType(from)) {
     case INT_VALUE:
     case UINT_VALUE:
-        constructInteger(*step.to, from);
+        constructInteger(*step.to, from, rule);
         break;
     case REAL_VALUE:
         Tree::constructReal(*step.to, from.asDouble());
@@ -415,18 +421,23 @@ bool readJson(const std::string& utf8, Json::Value& root)
 #pragma GCC diagnostic pop
 }
 
-} // namespace
-
-CDataValue JsonText::fromJson(const Json::Value& json)
+CDataValue build(const Json::Value& json, Integers rule)
 {
     CDataValue result;
     std::vector<BuildStep> pending{{&json, &result}};
     while (!pending.empty()) {
         const BuildStep step = pending.back();
         pending.pop_back();
-        buildOne(step, pending);
+        buildOne(step, rule, pending);
     }
     return result;
+}
+
+} // namespace
+
+CDataValue JsonText::fromJson(const Json::Value& json)
+{
+    return build(json, Integers::ByTheirType);
 }
 
 bool JsonText::parse(const std::string& utf8, CDataValue& value)
@@ -440,7 +451,7 @@ bool JsonText::parse(const std::string& utf8, CDataValue& value)
     } catch (const std::exception&) { // nesting beyond the reader's limit
         return false;
     }
-    value = fromJson(root);
+    value = build(root, Integers::ByTheirText);
     return true;
 }
 

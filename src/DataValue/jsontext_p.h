@@ -20,7 +20,8 @@ std::string write(const CDataValue& value, ENUM_STYLE style);
 /// but for want of memory.
 bool parse(const std::string& utf8, CDataValue& value);
 
-/// Builds the value of a parsed document, in place and in step.
+/// Builds the value of a JSON tree, in place and in step. Integers keep their JSON type; those
+/// outside 32 bits become doubles.
 CDataValue fromJson(const Json::Value& json);
 
 /// Appends the quoted and escaped form of `text`.
