@@ -293,8 +293,10 @@ unsigned int CDataValue::arrayAppend(CDataValue&& value, bool synchronise)
 void CDataValue::arrayInsert(unsigned int index, const CDataValue& value, bool synchronise)
 {
     requireOrdinary(*this, value, __LINE__);
-    if (isNull())
+    if (isNull()) {
         appendElement(*this, CDataValue(value), true);
+        return;
+    }
     if (!isArray())
         return;
     const std::size_t count = m_payload.children->elements.size();
