@@ -1,0 +1,124 @@
+// Does with the log what its arguments say, one after the other; see `actions`. "name=value" gives
+// the action a value.
+#include "LogTask/clog.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QStringList>
+
+#include <csignal>
+#include <cstdio>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+namespace {
+
+void say(const char* text)
+{
+    std::printf("%s\n", text);
+    std::fflush(stdout);
+}
+
+// "code:text"
+void logError(const std::string& value)
+{
+    const auto colon = value.find(':');
+    LogErr(std::stoi(value.substr(0, colon)), "%s", value.c_str() + colon + 1);
+}
+
+void writeError(const std::string& value)
+{
+    const auto colon = value.find(':');
+    CLog::Instance()->Write(std::stoi(value.substr(0, colon)), value.c_str() + colon + 1);
+}
+
+// The pieces "a,5,b"; a number is streamed as one.
+void streamPieces(const std::string& value)
+{
+    CLogFile line;
+    for (const QString& piece : QString::fromStdString(value).split(',')) {
+        bool isNumber = false;
+        const int number = piece.toInt(&isNumber);
+        if (isNumber)
+            line << number;
+        else
+            line << piece;
+    }
+}
+
+void logMany(const std::string& value)
+{
+    for (int i = 0; i < std::stoi(value); ++i)
+        CLogFile() << "line" << i;
+}
+
+using Action = std::function<void(const std::string&)>;
+
+const std::map<std::string, Action>& actions()
+{
+    static const std::map<std::string, Action> all = {
+        {"init", [](const std::string&) { say(InitLog(nullptr) ? "on" : "off"); }},
+        {"initpath", [](const std::string& v) { say(InitLog(v.c_str()) ? "on" : "off"); }},
+        {"state", [](const std::string&) { say(g_bLog ? "on" : "off"); }},
+        {"say", [](const std::string& v) { say(v.c_str()); }},
+        {"log", [](const std::string& v) { Log("%s", v.c_str()); }},
+        {"logmixed", [](const std::string&) { Log("%s, %d of %05.1f%%", "five", 3, 2.25); }},
+        {"lognothing", [](const std::string&) { CLog::Instance()->Write(nullptr); }},
+        {"err", logError},
+        {"write", [](const std::string& v) { CLog::Instance()->Write(v.c_str()); }},
+        {"writeerr", writeError},
+        {"debug", [](const std::string& v) { LogDebug("%s", v.c_str()); }},
+        {"repeat",
+         [](const std::string& v) { Log("%s", std::string(std::stoul(v), 'x').c_str()); }},
+        {"repeaterr",
+         [](const std::string& v) { LogErr(1, "%s", std::string(std::stoul(v), 'x').c_str()); }},
+        {"repeatdebug",
+         [](const std::string& v) { LogDebug("%s", std::string(std::stoul(v), 'x').c_str()); }},
+        {"stream", streamPieces},
+        {"number", [](const std::string& v) { *CLog::Instance() << std::stoi(v); }},
+        {"bytes", [](const std::string& v) { *CLog::Instance() << v.c_str(); }},
+        {"text", [](const std::string& v) { *CLog::Instance() << QString::fromStdString(v); }},
+        {"many", logMany},
+        {"flush", [](const std::string&) { FlushLog(); }},
+        {"written",
+         [](const std::string&) {
+             say(CLog::Instance()->WaitWritten(30000) ? "written" : "not written");
+         }},
+        {"destroy", [](const std::string&) { DestroyLog(); }},
+        {"kill", [](const std::string&) { std::raise(SIGKILL); }},
+    };
+    return all;
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    std::unique_ptr<QCoreApplication> application;
+    std::unique_ptr<CLogFile> begunEarly;
+    for (int i = 1; i < argc; ++i) {
+        const std::string argument = argv[i];
+        const auto equals = argument.find('=');
+        const std::string name = argument.substr(0, equals);
+        const std::string value = equals == std::string::npos ? "" : argument.substr(equals + 1);
+        if (name == "app") {
+            application = std::make_unique<QCoreApplication>(argc, argv);
+        } else if (name == "noapp") {
+            application.reset();
+        } else if (name == "begin") {
+            begunEarly = std::make_unique<CLogFile>();
+            *begunEarly << "early";
+        } else if (name == "end") {
+            *begunEarly << value.c_str();
+            begunEarly.reset();
+        } else if (actions().count(name)) {
+            actions().at(name)(value);
+        } else {
+            std::fprintf(stderr, "unknown action %s\n", name.c_str());
+            return 2;
+        }
+    }
+    return 0;
+}

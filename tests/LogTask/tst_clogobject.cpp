@@ -1,0 +1,195 @@
+#include "LogTask/clogobject.h"
+
+#include <QCoreApplication>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimerEvent>
+
+#include <sys/resource.h>
+
+#include <csignal>
+#include <memory>
+
+class tst_CLogObject : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void writesBanners();
+    void truncatesOrAppends();
+    void endsALineWhenAsked();
+    void keepsTextUntilItFlushes();
+    void flushesEachTextWhenSet();
+    void flushesOnRequestWithAMark();
+    void flushesOnATimerEvent();
+    void writesTheLocalEncoding();
+    void losesLinesWhenTheFileCannotBeOpened();
+    void goesOnAfterAFullDisk();
+    void offersItsSlotsInOrder();
+
+private:
+    QByteArray content() const;
+    std::unique_ptr<CLogObject> open(bool append = false, bool flush = false)
+    {
+        return std::make_unique<CLogObject>(path(), append, false, flush, nullptr);
+    }
+    QString path() const { return m_folder->filePath("log"); }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+namespace {
+
+// Each time of day becomes "T".
+QByteArray withoutTimes(const QByteArray& text)
+{
+    return QString::fromUtf8(text)
+        .replace(QRegularExpression("\\d\\d:\\d\\d:\\d\\d"), "T")
+        .toUtf8();
+}
+
+// While it lives, no file of this process grows beyond `bytes`, as on a full disk.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(rlim_t bytes)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        rlimit limit = m_before;
+        limit.rlim_cur = bytes;
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_before);
+        std::signal(SIGXFSZ, SIG_DFL);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    rlimit m_before = {};
+};
+
+} // namespace
+
+void tst_CLogObject::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_folder->isValid());
+}
+
+QByteArray tst_CLogObject::content() const
+{
+    QFile file(path());
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
+}
+
+void tst_CLogObject::writesBanners()
+{
+    open().reset();
+    QCOMPARE(withoutTimes(content()), QByteArray("\r\nStart Log--T\r\n\r\nEnd Log--T\r\n"));
+}
+
+void tst_CLogObject::truncatesOrAppends()
+{
+    const QByteArray run = "\r\nStart Log--T\r\n\r\nEnd Log--T\r\n";
+    open().reset();
+    open(true).reset();
+    QCOMPARE(withoutTimes(content()), run + run);
+    open(false).reset();
+    QCOMPARE(withoutTimes(content()), run);
+}
+
+void tst_CLogObject::endsALineWhenAsked()
+{
+    auto writer = open();
+    writer->WriteLog("one", true);
+    writer->WriteLog("two", false);
+    writer->WriteLog("three", true);
+    writer.reset();
+    QCOMPARE(withoutTimes(content()),
+             QByteArray("\r\nStart Log--T\r\none\r\ntwothree\r\n\r\nEnd Log--T\r\n"));
+}
+
+void tst_CLogObject::keepsTextUntilItFlushes()
+{
+    const auto writer = open();
+    writer->WriteLog("one", true);
+    QCOMPARE(content(), QByteArray());
+}
+
+void tst_CLogObject::flushesEachTextWhenSet()
+{
+    const auto writer = open(false, true);
+    writer->WriteLog("one", false);
+    QCOMPARE(withoutTimes(content()), QByteArray("\r\nStart Log--T\r\none"));
+}
+
+void tst_CLogObject::flushesOnRequestWithAMark()
+{
+    const auto writer = open();
+    writer->WriteLog("one", true);
+    writer->flushLog();
+    QCOMPARE(withoutTimes(content()), QByteArray("\r\nStart Log--T\r\none\r\nflush to file \r\n"));
+}
+
+void tst_CLogObject::flushesOnATimerEvent()
+{
+    const auto writer = open();
+    writer->WriteLog("one", true);
+    QTimerEvent event(1);
+    QCoreApplication::sendEvent(writer.get(), &event);
+    QCOMPARE(withoutTimes(content()), QByteArray("\r\nStart Log--T\r\none\r\n"));
+}
+
+void tst_CLogObject::writesTheLocalEncoding()
+{
+    auto writer = open();
+    const QString text = QString::fromUtf8("\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80");
+    writer->WriteLog(text, true);
+    writer.reset();
+    QVERIFY(content().contains("\r\n" + text.toLocal8Bit() + "\r\n"));
+    QVERIFY(content().contains("\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80")); // tests run in UTF-8
+}
+
+void tst_CLogObject::losesLinesWhenTheFileCannotBeOpened()
+{
+    const QString below = m_folder->filePath("missing/log");
+    CLogObject writer(below, false, true, true, nullptr);
+    writer.WriteLog("one", true);
+    writer.flushLog();
+    QTimerEvent event(1);
+    QCoreApplication::sendEvent(&writer, &event);
+    QVERIFY(!QFile::exists(below));
+    QVERIFY(QDir(m_folder->path()).isEmpty());
+}
+
+void tst_CLogObject::goesOnAfterAFullDisk()
+{
+    auto writer = open(false, true);
+    {
+        const FileSizeLimit full(8192);
+        for (int i = 0; i < 50; ++i)
+            writer->WriteLog("lost " + QString(1000, 'x'), true);
+        QCOMPARE(QFile(path()).size(), qint64(8192));
+    }
+    writer->WriteLog("after", true);
+    QVERIFY(content().endsWith("after\r\n"));
+    QVERIFY(QFile(path()).size() < 50 * 1000);
+}
+
+void tst_CLogObject::offersItsSlotsInOrder()
+{
+    const QMetaObject& meta = CLogObject::staticMetaObject;
+    QCOMPARE(meta.methodCount() - meta.methodOffset(), 2);
+    QCOMPARE(meta.method(meta.methodOffset()).methodSignature(),
+             QByteArray("WriteLog(QString,bool)"));
+    QCOMPARE(meta.method(meta.methodOffset() + 1).methodSignature(), QByteArray("flushLog()"));
+}
+
+QTEST_GUILESS_MAIN(tst_CLogObject)
+#include "tst_clogobject.moc"

@@ -1,0 +1,127 @@
+#include "LogTask/logexcerpt_p.h"
+#include "LogTask/logtext_p.h"
+
+#include <QElapsedTimer>
+#include <QRegularExpression>
+#include <QTest>
+#include <QTime>
+
+class tst_LogText : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void writesTheTimeOfDay();
+    void writesTheStampWithUnpaddedMilliseconds();
+    void writesNumbers();
+    void writesUtf8();
+    void dropsAnUnfinishedCharacter_data();
+    void dropsAnUnfinishedCharacter();
+    void keepsTextsUpToTheLimit();
+    void cutsLongerTextsAndNamesTheirLength();
+    void splitsNoSurrogatePair();
+};
+
+void tst_LogText::writesTheTimeOfDay()
+{
+    // Twice, because the text of a second is kept.
+    for (int i = 0; i < 2; ++i) {
+        const QTime before = QTime::currentTime();
+        QString line = "x";
+        appendTime(&line);
+        QCOMPARE(line.size(), 9);
+        const QTime time = QTime::fromString(line.mid(1), "HH:mm:ss");
+        QVERIFY2(time.isValid(), qPrintable(line));
+        // At midnight the day's seconds start anew.
+        const int elapsed = (before.secsTo(time) + 86400 + 1) % 86400 - 1;
+        QVERIFY2(elapsed >= -1 && elapsed < 60, qPrintable(line));
+    }
+}
+
+void tst_LogText::writesTheStampWithUnpaddedMilliseconds()
+{
+    const QRegularExpression form("^\\d\\d:\\d\\d:\\d\\d (0|[1-9]\\d{0,2}) $");
+    bool sawFewDigits = false;
+    QElapsedTimer timer;
+    timer.start();
+    // Within two seconds every millisecond below 100 has come by.
+    while (!sawFewDigits && timer.elapsed() < 2000) {
+        QString line;
+        appendStamp(&line);
+        QVERIFY2(form.match(line).hasMatch(), qPrintable(line));
+        sawFewDigits = line.size() < 13;
+    }
+    QVERIFY(sawFewDigits);
+}
+
+void tst_LogText::writesNumbers()
+{
+    QString line;
+    for (const int number : {0, 5, -5, 2147483647, -2147483647 - 1}) {
+        appendNumber(&line, number);
+        line += ' ';
+    }
+    for (const int number : {0, 26, 2147483647, -1}) {
+        appendNumber(&line, number, 16);
+        line += ' ';
+    }
+    QCOMPARE(line, QString("0 5 -5 2147483647 -2147483648 0 1a 7fffffff ffffffff "));
+}
+
+void tst_LogText::writesUtf8()
+{
+    QString line;
+    appendUtf8(&line, "abc", 3);
+    appendUtf8(&line, "\xC3\xA9", 2);
+    appendUtf8(&line, nullptr, 0);
+    appendUtf8(&line, "\xFF", 1);
+    QCOMPARE(line, QString("abc") + QChar(0xE9) + QChar(0xFFFD));
+}
+
+void tst_LogText::dropsAnUnfinishedCharacter_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<int>("kept");
+    QTest::newRow("empty") << QByteArray() << 0;
+    QTest::newRow("ASCII") << QByteArray("abc") << 3;
+    QTest::newRow("two bytes, whole") << QByteArray("a\xC3\xA9") << 3;
+    QTest::newRow("two bytes, one") << QByteArray("a\xC3") << 1;
+    QTest::newRow("three bytes, whole") << QByteArray("a\xE2\x82\xAC") << 4;
+    QTest::newRow("three bytes, two") << QByteArray("a\xE2\x82") << 1;
+    QTest::newRow("three bytes, one") << QByteArray("a\xE2") << 1;
+    QTest::newRow("four bytes, whole") << QByteArray("a\xF0\x9F\x98\x80") << 5;
+    QTest::newRow("four bytes, three") << QByteArray("a\xF0\x9F\x98") << 1;
+    QTest::newRow("four bytes, one") << QByteArray("a\xF0") << 1;
+    QTest::newRow("no UTF-8") << QByteArray("a\x80\x80\x80\x80\x80") << 6;
+    QTest::newRow("only continuations") << QByteArray("\x80\x80") << 2;
+}
+
+void tst_LogText::dropsAnUnfinishedCharacter()
+{
+    QFETCH(QByteArray, text);
+    QFETCH(int, kept);
+    QCOMPARE(int(wholeUtf8(text.constData(), std::size_t(text.size()))), kept);
+}
+
+void tst_LogText::keepsTextsUpToTheLimit()
+{
+    QCOMPARE(logExcerpt(QString()), QString());
+    QCOMPARE(logExcerpt("frame"), QString("frame"));
+    const QString longest(16384, 'x');
+    QCOMPARE(logExcerpt(longest), longest);
+}
+
+void tst_LogText::cutsLongerTextsAndNamesTheirLength()
+{
+    QCOMPARE(logExcerpt(QString(16385, 'x')), QString(16384, 'x') + "... 16385 characters");
+    QCOMPARE(logExcerpt(QString(1000000, 'x')), QString(16384, 'x') + "... 1000000 characters");
+}
+
+void tst_LogText::splitsNoSurrogatePair()
+{
+    const QString pair = QString::fromUtf8("\xF0\x9F\x98\x80");
+    QCOMPARE(logExcerpt(QString(16383, 'x') + pair), QString(16383, 'x') + "... 16385 characters");
+}
+
+QTEST_GUILESS_MAIN(tst_LogText)
+#include "tst_logtext.moc"

@@ -1,0 +1,143 @@
+#include "LogTask/clog.h"
+#include "support/logcapture.h"
+
+#include <QTest>
+
+#include <atomic>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+class tst_LogThreads : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void writesLinesOfAllThreadsInTheOrderOfTheirEmission();
+    void losesNoLineAtStart();
+    void looksUpNewCodesFromSeveralThreads();
+    void acceptsLinesEmittedAsSignals();
+    void survivesThreadsThatLogWhileItEnds();
+    void keepsLinesWhole();
+};
+
+namespace {
+
+void inThreads(int count, const std::function<void(int)>& work)
+{
+    std::vector<std::thread> threads;
+    threads.reserve(static_cast<std::size_t>(count));
+    for (int t = 0; t < count; ++t)
+        threads.emplace_back(work, t);
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+} // namespace
+
+void tst_LogThreads::writesLinesOfAllThreadsInTheOrderOfTheirEmission()
+{
+    LogCapture log;
+    std::mutex mutex;
+    int next = 0;
+    inThreads(4, [&](int) {
+        for (int i = 0; i < 2000; ++i) {
+            const std::lock_guard<std::mutex> lock(mutex);
+            CLogFile() << "number" << next++;
+        }
+    });
+    const QStringList lines = log.lines();
+    QCOMPARE(lines.size(), 8000);
+    for (int i = 0; i < 8000; ++i)
+        QVERIFY2(lines[i].endsWith(QString(" number %1 ").arg(i)), qPrintable(lines[i]));
+}
+
+void tst_LogThreads::losesNoLineAtStart()
+{
+    for (int run = 0; run < 20; ++run) {
+        LogCapture log;
+        CLogFile() << "first";
+        Log("second");
+        const QStringList lines = log.lines();
+        QCOMPARE(lines.size(), 2);
+        QVERIFY(lines[0].endsWith(" first "));
+        QVERIFY(lines[1].endsWith(" second"));
+    }
+}
+
+void tst_LogThreads::looksUpNewCodesFromSeveralThreads()
+{
+    LogCapture log;
+    inThreads(4, [](int t) {
+        for (int i = 0; i < 500; ++i)
+            LogErr(4 * i + t, "thread %d", t);
+    });
+    for (int t = 0; t < 4; ++t) {
+        const QStringList lines = log.lines().filter(QString("thread %1 ").arg(t));
+        QCOMPARE(lines.size(), 500);
+        for (int i = 0; i < 500; ++i)
+            QVERIFY2(lines[i].endsWith(QString(" Error code:%1 ").arg(4 * i + t, 0, 16)),
+                     qPrintable(lines[i]));
+    }
+}
+
+void tst_LogThreads::acceptsLinesEmittedAsSignals()
+{
+    LogCapture log;
+    CLog* instance = CLog::Instance();
+    inThreads(1, [instance](int) {
+        Q_EMIT instance->WriteLog("half ", false);
+        Q_EMIT instance->WriteLog("line", true);
+        Q_EMIT instance->flushLog();
+        Q_EMIT instance->WriteLog("other", true);
+    });
+    QCOMPARE(log.lines(), QStringList({"half line", "other"}));
+    QVERIFY(log.text().contains("half line\r\nflush to file \r\nother\r\n"));
+}
+
+void tst_LogThreads::survivesThreadsThatLogWhileItEnds()
+{
+    for (int run = 0; run < 5; ++run) {
+        std::atomic<bool> end{false};
+        std::atomic<int> running{0};
+        std::vector<std::thread> threads;
+        {
+            LogCapture log;
+            for (int t = 0; t < 3; ++t) {
+                threads.emplace_back([&end, &running, t] {
+                    ++running;
+                    while (!end) {
+                        CLogFile() << "late" << t;
+                        LogErr(t, "late");
+                        FlushLog();
+                        std::this_thread::yield();
+                    }
+                });
+            }
+            QTRY_COMPARE(running.load(), 3);
+            QVERIFY(log.contains("late"));
+        }
+        QVERIFY(!g_bLog);
+        end = true;
+        for (std::thread& thread : threads)
+            thread.join();
+    }
+}
+
+void tst_LogThreads::keepsLinesWhole()
+{
+    LogCapture log;
+    inThreads(4, [](int t) {
+        const QString text(5000, QChar('a' + t));
+        for (int i = 0; i < 50; ++i)
+            CLogFile() << text;
+    });
+    const QStringList lines = log.lines();
+    QCOMPARE(lines.size(), 200);
+    for (const QString& line : lines)
+        QVERIFY(line.endsWith(' ' + QString(5000, line[line.size() - 2]) + ' '));
+}
+
+QTEST_GUILESS_MAIN(tst_LogThreads)
+#include "tst_logthreads.moc"
