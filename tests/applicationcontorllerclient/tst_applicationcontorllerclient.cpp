@@ -1,0 +1,554 @@
+#include "applicationcontorllerclient/applicationcontorllerclient.h"
+#include "fakecontroller.h"
+#include "support/logcapture.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+namespace {
+
+/// A client and everything it reports, as text in the order of the signals.
+struct Recorder
+{
+    explicit Recorder(const QString& name = QStringLiteral("dashboard"))
+        : client(std::make_unique<ApplicationContorllerClient>(name, nullptr))
+    {
+        using Client = ApplicationContorllerClient;
+        const Client* sender = client.get();
+        QObject::connect(sender, &Client::sigConnectStatusChanged, &context,
+                         [this](int status) { note(QString("status %1").arg(status)); });
+        QObject::connect(sender, &Client::sigResponseGetDevID, &context,
+                         [this](bool ok, const QString& device, const QString& id, int event) {
+                             note(QString("id %1 '%2' '%3' %4").arg(ok).arg(device, id).arg(event));
+                         });
+        QObject::connect(sender, &Client::sigResponseGetMultDevID, &context,
+                         [this](bool ok, const QMap<QString, QString>& ids) {
+                             QString line = QString("ids %1").arg(ok);
+                             for (auto i = ids.begin(); i != ids.end(); ++i)
+                                 line += QString(" %1=%2").arg(i.key(), i.value());
+                             note(line);
+                         });
+        QObject::connect(sender, &Client::sigDataCardUnpluged, &context,
+                         [this] { note("unplugged"); });
+        QObject::connect(sender, &Client::sigQuit, &context, [this] { note("quit"); });
+        QObject::connect(sender, &Client::sigMessageIncoming, &context,
+                         [this](CDataValue* value) { note("incoming " + value->asQString()); });
+    }
+
+    void note(const QString& line)
+    {
+        lines << line;
+        if (deleteOnNextSignal)
+            client.reset();
+    }
+
+    /// Lets the client act on an envelope.
+    void receive(const QString& text)
+    {
+        CDataValue envelope;
+        if (!CDataValue::parseToDataValue(text, envelope))
+            qFatal("no JSON: %s", qPrintable(text));
+        client->handleAppControllerMessageReceived(&envelope);
+    }
+
+    QObject context;
+    QStringList lines;
+    bool deleteOnNextSignal = false;
+    std::unique_ptr<ApplicationContorllerClient> client;
+};
+
+/// Handles events until the time is over: for what must not happen meanwhile.
+void passTime(int milliseconds)
+{
+    QTimer timer;
+    timer.setTimerType(Qt::PreciseTimer);
+    timer.setSingleShot(true);
+    QSignalSpy over(&timer, &QTimer::timeout);
+    timer.start(milliseconds);
+    QVERIFY(over.wait(milliseconds + 5000));
+}
+
+} // namespace
+
+class TestApplicationContorllerClient : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+
+    void listsEveryFormOfItsSignalsAndSlots();
+    void introducesItselfOnceConnected();
+    void introducesItselfAgainUntilItIsAccepted();
+    void pollsWithoutASignalUntilTheControllerRuns();
+    void keepsOnePollHoweverOftenItIsAsked();
+    void doesNothingWhenConnected();
+    void repeatsAnIntroductionThatCannotBeSent();
+
+    void asksForADeviceID();
+    void asksForSeveralDeviceIDs();
+    void sendsAnyMessage();
+    void requestsFailAtOnceWithoutAConnection();
+
+    void actsOnEnvelopes_data();
+    void actsOnEnvelopes();
+    void ignoresANullEnvelope();
+    void passesMessagesThrough();
+    void tellsOfUnplugAndQuit();
+
+    void reportsTheLossAndDoesNotReconnect();
+    void aLossEndsPendingIntroductions();
+    void aLossEndsPendingPolls();
+    void connectsAgainWhenAsked();
+
+    void logsWhatItDoes();
+    void itsSlotsMayDeleteIt();
+    void endsSilently();
+
+private:
+    QTemporaryDir m_folder;
+};
+
+void TestApplicationContorllerClient::initTestCase()
+{
+    // The controller's name is fixed; its socket file stands in the folder for temporary files.
+    QVERIFY(m_folder.isValid());
+    qputenv("TMPDIR", QFile::encodeName(m_folder.path()));
+}
+
+void TestApplicationContorllerClient::listsEveryFormOfItsSignalsAndSlots()
+{
+    const QMetaObject& meta = ApplicationContorllerClient::staticMetaObject;
+    for (const char* signal :
+         {"sigConnectStatusChanged(int)", "sigResponseGetMultDevID(bool,QMap<QString,QString>)",
+          "sigResponseGetDevID(bool,QString,QString,int)", "sigDataCardUnpluged()",
+          "sigMessageIncoming(CDataValue*)", "sigQuit()"})
+        QVERIFY2(meta.indexOfSignal(signal) >= 0, signal);
+    for (const char* slot :
+         {"connectToServer()", "sendMsgToAppController_ClientInit()",
+          "handleAppControllerMessageReceived(CDataValue*)", "handleAppControllerServerConnected()",
+          "handleAppControllerServerDisconnected()", "handleMsgFromAppController(CDataValue*)"})
+        QVERIFY2(meta.indexOfSlot(slot) >= 0, slot);
+    QCOMPARE(meta.methodCount() - meta.methodOffset(), 12);
+}
+
+void TestApplicationContorllerClient::introducesItselfOnceConnected()
+{
+    FakeController controller;
+    Recorder recorder(QString::fromUtf8("dash\xC3\xBC"));
+    recorder.client->startConnect();
+    QTRY_COMPARE(recorder.lines, QStringList("status 2"));
+    QCOMPARE(controller.received,
+             QStringList(QString::fromUtf8("{\"IPCMSG_TYPE\":\"WZR_MESSAGE_APPLICATION_CLIENT_INIT"
+                                           "\",\"IPCMSG_USER_DATA\":\"dash\xC3\xBC\"}\n")));
+}
+
+void TestApplicationContorllerClient::introducesItselfAgainUntilItIsAccepted()
+{
+    FakeController controller;
+    controller.introductionErrors = {5, -1};
+    Recorder recorder;
+    recorder.client->startConnect();
+    QTRY_COMPARE_WITH_TIMEOUT(recorder.lines, QStringList({"status 0", "status 0", "status 2"}),
+                              10000);
+    QCOMPARE(controller.connections, 1);
+    QCOMPARE(controller.introducedAt.size(), 3);
+    for (int i = 1; i < 3; ++i) {
+        const qint64 pause = controller.introducedAt[i] - controller.introducedAt[i - 1];
+        QVERIFY2(pause >= 1990, qPrintable(QString::number(pause)));
+    }
+    passTime(2500);
+    QCOMPARE(controller.introducedAt.size(), 3);
+}
+
+void TestApplicationContorllerClient::pollsWithoutASignalUntilTheControllerRuns()
+{
+    LogCapture log;
+    Recorder recorder;
+    recorder.client->startConnect();
+    const auto attempts = [&] { return log.count("connectToServer Enter connectToServer "); };
+    QCOMPARE(attempts(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(attempts(), 3, 10000);
+    QCOMPARE(recorder.lines, QStringList());
+
+    FakeController controller;
+    QTRY_COMPARE_WITH_TIMEOUT(recorder.lines, QStringList("status 2"), 5000);
+    QCOMPARE(controller.connections, 1);
+    passTime(4500);
+    // At most one more: the check that finds the connection up.
+    QVERIFY(attempts() <= 5);
+    QCOMPARE(recorder.lines, QStringList("status 2"));
+}
+
+void TestApplicationContorllerClient::keepsOnePollHoweverOftenItIsAsked()
+{
+    LogCapture log;
+    Recorder recorder;
+    for (int i = 0; i < 5; ++i)
+        recorder.client->startConnect();
+    const auto attempts = [&] { return log.count("connectToServer Enter connectToServer "); };
+    QCOMPARE(attempts(), 5);
+    QTRY_COMPARE_WITH_TIMEOUT(attempts(), 6, 5000);
+    passTime(1000);
+    QCOMPARE(attempts(), 6);
+}
+
+void TestApplicationContorllerClient::doesNothingWhenConnected()
+{
+    LogCapture log;
+    FakeController controller;
+    Recorder recorder;
+    recorder.client->startConnect();
+    QTRY_COMPARE(recorder.lines, QStringList("status 2"));
+    log.clear();
+    recorder.client->connectToServer();
+    recorder.client->startConnect();
+    QCOMPARE(log.count("applicationcontorllerclient/applicationcontorllerclient connectToServer "
+                       "already connected!!! "),
+             2);
+    passTime(200);
+    QCOMPARE(controller.received.size(), 1);
+    QCOMPARE(controller.connections, 1);
+}
+
+void TestApplicationContorllerClient::repeatsAnIntroductionThatCannotBeSent()
+{
+    Recorder recorder;
+    for (int i = 0; i < 3; ++i)
+        recorder.client->sendMsgToAppController_ClientInit();
+    QCOMPARE(recorder.lines, QStringList({"status 0", "status 0", "status 0"}));
+    recorder.lines.clear();
+    QTRY_COMPARE_WITH_TIMEOUT(recorder.lines, QStringList("status 0"), 5000);
+    passTime(1000);
+    QCOMPARE(recorder.lines, QStringList("status 0"));
+
+    FakeController controller;
+    recorder.client->startConnect();
+    QTRY_COMPARE_WITH_TIMEOUT(recorder.lines, QStringList({"status 0", "status 2"}), 5000);
+    passTime(2500);
+    QCOMPARE(controller.introducedAt.size(), 1);
+}
+
+void TestApplicationContorllerClient::asksForADeviceID()
+{
+    FakeController controller;
+    controller.replies["WZR_MESSAGE_APPLICATION_GET_DEV_ID"] =
+        "{\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":{\"modem\":\"wzr-7\",\"x\":\"y\"}}";
+    Recorder recorder;
+    recorder.client->startConnect();
+    QTRY_COMPARE(recorder.lines, QStringList("status 2"));
+    recorder.client->sendMsgToAppController_GetDevID("modem", -3);
+    QTRY_COMPARE(recorder.lines.value(1), QString("id 1 'modem' 'wzr-7' -3"));
+    QCOMPARE(controller.received.value(1),
+             QString("{\"IPCMSG_TYPE\":\"WZR_MESSAGE_APPLICATION_GET_DEV_ID\","
+                     "\"IPCMSG_USER_DATA\":{\"ID\":-3,\"Name\":\"modem\"}}\n"));
+}
+
+void TestApplicationContorllerClient::asksForSeveralDeviceIDs()
+{
+    FakeController controller;
+    controller.replies["WZR_MESSAGE_APPLICATION_GET_MULT_DEV_ID"] =
+        "{\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":{\"a\":\"1\",\"b\":\"2\"}}";
+    Recorder recorder;
+    recorder.client->startConnect();
+    QTRY_COMPARE(recorder.lines, QStringList("status 2"));
+    recorder.client->sendMsgToAppController_GetMultDevID({"b", "a"});
+    QTRY_COMPARE(recorder.lines.value(1), QString("ids 1 a=1 b=2"));
+    QCOMPARE(controller.received.value(1),
+             QString("{\"IPCMSG_TYPE\":\"WZR_MESSAGE_APPLICATION_GET_MULT_DEV_ID\","
+                     "\"IPCMSG_USER_DATA\":[\"b\",\"a\"]}\n"));
+    recorder.client->sendMsgToAppController_GetMultDevID({});
+    QTRY_COMPARE(controller.received.value(2),
+                 QString("{\"IPCMSG_TYPE\":\"WZR_MESSAGE_APPLICATION_GET_MULT_DEV_ID\","
+                         "\"IPCMSG_USER_DATA\":[]}\n"));
+}
+
+void TestApplicationContorllerClient::sendsAnyMessage()
+{
+    FakeController controller;
+    Recorder recorder;
+    recorder.client->startConnect();
+    QTRY_COMPARE(recorder.lines, QStringList("status 2"));
+    CDataValue payload(5);
+    recorder.client->sendMsgToAppController("SHOW", &payload);
+    recorder.client->sendMsgToAppController("HIDE", nullptr);
+    QTRY_COMPARE(controller.received.mid(1),
+                 QStringList({"{\"IPCMSG_TYPE\":\"SHOW\",\"IPCMSG_USER_DATA\":5}\n",
+                              "{\"IPCMSG_TYPE\":\"HIDE\"}\n"}));
+}
+
+void TestApplicationContorllerClient::requestsFailAtOnceWithoutAConnection()
+{
+    Recorder recorder;
+    const auto askAll = [&] {
+        recorder.lines.clear();
+        recorder.client->sendMsgToAppController_GetDevID("modem", 9);
+        recorder.client->sendMsgToAppController_GetMultDevID({"modem"});
+        recorder.client->sendMsgToAppController("WZR_MESSAGE_OTHER", nullptr);
+        return recorder.lines;
+    };
+    const QStringList refused = {"id 0 'modem' '' 9", "ids 0"};
+    QCOMPARE(askAll(), refused);
+    recorder.client->startConnect();
+    QCOMPARE(askAll(), refused);
+}
+
+void TestApplicationContorllerClient::actsOnEnvelopes_data()
+{
+    QTest::addColumn<QString>("envelope");
+    QTest::addColumn<QStringList>("expected");
+    const auto row = [](const char* name, const char* identifier, const char* rest,
+                        const QStringList& expected) {
+        QTest::newRow(name) << QString("{\"IPCMSG_TYPE\":\"WZR_MESSAGE_%1\"%2}")
+                                   .arg(QString(identifier), QString(rest))
+                            << expected;
+    };
+    const auto init = "APPLICATION_CLIENT_INIT";
+    row("introduction accepted", init, ",\"IPCMSG_ERROR_CODE\":0", {"status 2"});
+    row("introduction refused", init, ",\"IPCMSG_ERROR_CODE\":-1", {"status 0"});
+    row("introduction without a code", init, "", {"status 2"});
+
+    const auto one = "APPLICATION_GET_DEV_ID";
+    row("one: known", one,
+        ",\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":{\"n\":\"d\"},"
+        "\"IPCMSG_USER_DATA\":{\"Name\":\"n\",\"ID\":4}",
+        {"id 1 'n' 'd' 4"});
+    row("one: unknown", one,
+        ",\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":{\"m\":\"d\"},"
+        "\"IPCMSG_USER_DATA\":{\"Name\":\"n\",\"ID\":4}",
+        {"id 1 'n' '' 4"});
+    row("one: error hides the ID", one,
+        ",\"IPCMSG_ERROR_CODE\":3,\"IPCMSG_RESPONSE_DATA\":{\"n\":\"d\"},"
+        "\"IPCMSG_USER_DATA\":{\"Name\":\"n\",\"ID\":4}",
+        {"id 0 'n' '' 4"});
+    row("one: response is no map", one,
+        ",\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":[\"d\"],"
+        "\"IPCMSG_USER_DATA\":{\"Name\":\"n\",\"ID\":4}",
+        {"id 1 'n' '' 4"});
+    row("one: user data is no map", one,
+        ",\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":{},\"IPCMSG_USER_DATA\":7",
+        {"id 1 '' '' 0"});
+    row("one: wrong kinds", one,
+        ",\"IPCMSG_ERROR_CODE\":\"3\",\"IPCMSG_RESPONSE_DATA\":{\"n\":{}},"
+        "\"IPCMSG_USER_DATA\":{\"Name\":\"n\",\"ID\":\"4\"}",
+        {"id 1 'n' '' 0"});
+    row("one: nothing", one, "", {"id 1 '' '' 0"});
+
+    const auto several = "APPLICATION_GET_MULT_DEV_ID";
+    row("several", several,
+        ",\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":{\"\xC3\xBC\":\"1\",\"b\":2}",
+        {QString::fromUtf8("ids 1 b= \xC3\xBC=1")});
+    row("several: none", several, ",\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":{}",
+        {"ids 1"});
+    row("several: error", several,
+        ",\"IPCMSG_ERROR_CODE\":1,\"IPCMSG_RESPONSE_DATA\":{\"a\":\"1\"}", {"ids 0"});
+    row("several: response is no map", several,
+        ",\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":[\"a\"]", {});
+    row("several: no response", several, ",\"IPCMSG_ERROR_CODE\":0", {});
+
+    row("unplug", "RPT_DEVICE_UNPLUG", "", {"unplugged"});
+    row("quit", "QUIT", ",\"IPCMSG_ERROR_CODE\":1", {"quit"});
+
+    row("unknown", "RESTART", "", {});
+    row("other case", "quit", "", {});
+    QTest::newRow("no identifier") << "{\"IPCMSG_ERROR_CODE\":0}" << QStringList();
+    QTest::newRow("identifier is a number") << "{\"IPCMSG_TYPE\":0}" << QStringList();
+    QTest::newRow("no map") << "[\"WZR_MESSAGE_QUIT\"]" << QStringList();
+    QTest::newRow("null") << "null" << QStringList();
+}
+
+void TestApplicationContorllerClient::actsOnEnvelopes()
+{
+    QFETCH(QString, envelope);
+    QFETCH(QStringList, expected);
+    Recorder recorder;
+    recorder.receive(envelope);
+    QCOMPARE(recorder.lines, expected);
+}
+
+void TestApplicationContorllerClient::ignoresANullEnvelope()
+{
+    Recorder recorder;
+    recorder.client->handleAppControllerMessageReceived(nullptr);
+    QCOMPARE(recorder.lines, QStringList());
+}
+
+void TestApplicationContorllerClient::passesMessagesThrough()
+{
+    Recorder recorder;
+    CDataValue value("text");
+    recorder.client->handleMsgFromAppController(&value);
+    QCOMPARE(recorder.lines, QStringList("incoming text"));
+}
+
+void TestApplicationContorllerClient::tellsOfUnplugAndQuit()
+{
+    FakeController controller;
+    Recorder recorder;
+    recorder.client->startConnect();
+    QTRY_COMPARE(recorder.lines, QStringList("status 2"));
+    controller.send("{\"IPCMSG_TYPE\":\"WZR_MESSAGE_RPT_DEVICE_UNPLUG\"}");
+    controller.send("no JSON");
+    controller.send("{\"IPCMSG_TYPE\":\"WZR_MESSAGE_QUIT\"}");
+    QTRY_COMPARE(recorder.lines, QStringList({"status 2", "unplugged", "quit"}));
+}
+
+void TestApplicationContorllerClient::reportsTheLossAndDoesNotReconnect()
+{
+    auto controller = std::make_unique<FakeController>();
+    Recorder recorder;
+    recorder.client->startConnect();
+    QTRY_COMPARE(recorder.lines, QStringList("status 2"));
+    controller.reset();
+    QTRY_COMPARE(recorder.lines, QStringList({"status 2", "status 3"}));
+
+    FakeController next;
+    passTime(4500);
+    QCOMPARE(next.connections, 0);
+    QCOMPARE(recorder.lines, QStringList({"status 2", "status 3"}));
+}
+
+void TestApplicationContorllerClient::aLossEndsPendingIntroductions()
+{
+    auto controller = std::make_unique<FakeController>();
+    controller->introductionErrors = {5};
+    Recorder recorder;
+    recorder.client->startConnect();
+    QTRY_COMPARE(recorder.lines, QStringList("status 0"));
+    controller.reset();
+    QTRY_COMPARE(recorder.lines, QStringList({"status 0", "status 3"}));
+    passTime(2500);
+    QCOMPARE(recorder.lines, QStringList({"status 0", "status 3"}));
+}
+
+void TestApplicationContorllerClient::aLossEndsPendingPolls()
+{
+    Recorder recorder;
+    recorder.client->connectToServer(); // polls in 2000 ms
+    FakeController controller;
+    recorder.client->handleAppControllerServerDisconnected();
+    QCOMPARE(recorder.lines, QStringList("status 3"));
+    passTime(2500);
+    QCOMPARE(controller.connections, 0);
+}
+
+void TestApplicationContorllerClient::connectsAgainWhenAsked()
+{
+    auto controller = std::make_unique<FakeController>();
+    Recorder recorder;
+    QObject::connect(recorder.client.get(), &ApplicationContorllerClient::sigConnectStatusChanged,
+                     recorder.client.get(), [&](int status) {
+                         if (status == 3)
+                             recorder.client->startConnect();
+                     });
+    recorder.client->startConnect();
+    QTRY_COMPARE(recorder.lines, QStringList("status 2"));
+    controller.reset();
+    QTRY_COMPARE(recorder.lines, QStringList({"status 2", "status 3"}));
+    FakeController next;
+    QTRY_COMPARE_WITH_TIMEOUT(recorder.lines, QStringList({"status 2", "status 3", "status 2"}),
+                              5000);
+    QCOMPARE(next.introducedAt.size(), 1);
+}
+
+void TestApplicationContorllerClient::logsWhatItDoes()
+{
+    LogCapture log;
+    Recorder recorder;
+    const auto logged = [&](const char* text) {
+        const bool is = log.contains(
+            QString("applicationcontorllerclient/applicationcontorllerclient %1 ").arg(text));
+        if (!is)
+            qWarning("not logged: %s", text);
+        return is;
+    };
+    recorder.client->connectToServer();
+    QVERIFY(logged("connectToServer Enter connectToServer"));
+    recorder.client->sendMsgToAppController("OTHER", nullptr);
+    QVERIFY(logged("sendMsgToAppController sendMsgToAppController"));
+    QVERIFY(logged("handleAppControllerMessageReceived OTHER"));
+    recorder.client->sendMsgToAppController_ClientInit();
+    QVERIFY(logged("sendMsgToAppController_ClientInit Enter sendMsgToAppController_ClientInit"));
+    QVERIFY(logged(
+        "handleMsgFromAppController_ClientInit Enter handleMsgFromAppController_ClientInit"));
+    recorder.client->sendMsgToAppController_GetDevID("modem", 4);
+    QVERIFY(logged("sendMsgToAppController_GetDevID Enter sendMsgToAppController_GetDevID"));
+    const QString function("handleMsgFromAppController_GetDevID ");
+    const auto inReply = [&](const char* text) {
+        return logged(qPrintable(function + QLatin1String(text)));
+    };
+    QVERIFY(inReply("Enter handleMsgFromAppController_GetDevID"));
+    QVERIFY(inReply("incoming data is : {\"IPCMSG_ERROR_CODE\":6,"
+                    "\"IPCMSG_TYPE\":\"WZR_MESSAGE_APPLICATION_GET_DEV_ID\","
+                    "\"IPCMSG_USER_DATA\":{\"ID\":4,\"Name\":\"modem\"}}\n"));
+    QVERIFY(inReply("user data response is: null\n"));
+    QVERIFY(inReply("user data is: {\"ID\":4,\"Name\":\"modem\"}\n"));
+    QVERIFY(inReply("strDevID: "));
+    QVERIFY(inReply("strDevName: modem"));
+    recorder.client->sendMsgToAppController_GetMultDevID({"modem"});
+    QVERIFY(logged("sendMsgToAppController_GetMultDevID Enter "
+                   "sendMsgToAppController_GetMultDevID"));
+    QVERIFY(logged("handleMsgFromAppController_GetMultDevID Enter "
+                   "handleMsgFromAppController_GetMultDevID"));
+    QVERIFY(logged("handleMsgFromAppController_GetMultDevID GetMultDevID error = 6"));
+    recorder.receive("{\"IPCMSG_TYPE\":\"WZR_MESSAGE_RPT_DEVICE_UNPLUG\"}");
+    QVERIFY(logged("handleMsgFromAppController_DeviceUnplug Enter "
+                   "handleMsgFromAppController_DeviceUnplug"));
+    recorder.client->handleAppControllerServerConnected();
+    QVERIFY(logged("handleAppControllerServerConnected Enter handleAppControllerServerConnected"));
+    recorder.client->handleAppControllerServerDisconnected();
+    QVERIFY(logged("handleAppControllerServerDisconnected Enter "
+                   "handleAppControllerServerDisconnected"));
+    recorder.receive("{\"IPCMSG_TYPE\":\"" + QString(100000, 'x') + "\"}");
+    QVERIFY(log.contains("... 100000 characters"));
+}
+
+void TestApplicationContorllerClient::itsSlotsMayDeleteIt()
+{
+    {
+        Recorder recorder;
+        recorder.deleteOnNextSignal = true;
+        recorder.client->sendMsgToAppController_GetDevID("modem", 1);
+        QVERIFY(!recorder.client);
+    }
+    {
+        auto controller = std::make_unique<FakeController>();
+        Recorder recorder;
+        recorder.deleteOnNextSignal = true;
+        recorder.client->startConnect();
+        QTRY_COMPARE(recorder.lines, QStringList("status 2"));
+        QVERIFY(!recorder.client);
+    }
+    {
+        auto controller = std::make_unique<FakeController>();
+        Recorder recorder;
+        recorder.client->startConnect();
+        QTRY_COMPARE(recorder.lines, QStringList("status 2"));
+        recorder.deleteOnNextSignal = true;
+        controller.reset();
+        QTRY_COMPARE(recorder.lines, QStringList({"status 2", "status 3"}));
+        QVERIFY(!recorder.client);
+    }
+    {
+        Recorder recorder;
+        recorder.client->sendMsgToAppController_ClientInit();
+        recorder.deleteOnNextSignal = true;
+        QTRY_VERIFY_WITH_TIMEOUT(!recorder.client, 5000);
+    }
+}
+
+void TestApplicationContorllerClient::endsSilently()
+{
+    FakeController controller;
+    Recorder recorder;
+    recorder.client->startConnect();
+    QTRY_COMPARE(recorder.lines, QStringList("status 2"));
+    recorder.client.reset();
+    passTime(200);
+    QCOMPARE(recorder.lines, QStringList("status 2"));
+}
+
+QTEST_GUILESS_MAIN(TestApplicationContorllerClient)
+#include "tst_applicationcontorllerclient.moc"
