@@ -1,0 +1,10 @@
+#include "serialport/serialport.h"
+
+#include "serialport/serialport_posix.h"
+
+CSerialPort::~CSerialPort() = default;
+
+CSerialPort* CSerialPort::CreateObject()
+{
+    return new CSerialPort_posix;
+}
