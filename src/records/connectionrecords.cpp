@@ -4,7 +4,7 @@
 
 using namespace records;
 
-RecordGroup records::connectionRecords;
+RecordGroup records::connectionRecords{"records/connectionrecords.h"};
 static RecordGroup& recordGroup = records::connectionRecords;
 
 WZR_RECORD(BLCallVolume, "Volume of a voice call.")

@@ -4,7 +4,7 @@
 
 using namespace records;
 
-RecordGroup records::diagnosticRecords;
+RecordGroup records::diagnosticRecords{"records/diagnosticrecords.h"};
 static RecordGroup& recordGroup = records::diagnosticRecords;
 
 WZR_RECORD(BLDiagInfo, "The whole state of device, SIM and network at one moment.")

@@ -4,7 +4,7 @@
 
 using namespace records;
 
-RecordGroup records::messageRecords;
+RecordGroup records::messageRecords{"records/messagerecords.h"};
 static RecordGroup& recordGroup = records::messageRecords;
 
 WZR_RECORD(BLSmsAddress, "A phone number that a message goes to or comes from.")

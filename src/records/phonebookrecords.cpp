@@ -4,7 +4,7 @@
 
 using namespace records;
 
-RecordGroup records::phonebookRecords;
+RecordGroup records::phonebookRecords{"records/phonebookrecords.h"};
 static RecordGroup& recordGroup = records::phonebookRecords;
 
 WZR_RECORD(BLPbItem, "One phonebook entry. Its fields are open: the services agree on their names.")

@@ -62,7 +62,7 @@ std::vector<RecordInfo> describeAllRecords()
     for (const RecordGroup* group :
          {&connectionRecords, &messageRecords, &phonebookRecords, &diagnosticRecords}) {
         for (const RecordRegistration* entry = group->first; entry; entry = entry->next) {
-            all.push_back({entry->type.name, entry->type.meaning, {}});
+            all.push_back({entry->type.name, entry->type.meaning, group->header, {}});
             Describer describer(all.back().fields);
             entry->describe(describer);
         }

@@ -33,6 +33,7 @@ struct RecordInfo
 {
     const char* name;                    ///< name of the struct
     const char* meaning;                 ///< what the record says
+    const char* header;                  ///< the header that declares it
     std::vector<RecordFieldInfo> fields; ///< in the order in which they are written and read
 };
 

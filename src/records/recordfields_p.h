@@ -187,6 +187,7 @@ QDebug printRecord(const RecordType& type, const void* record, QDebug debug);
 class RecordRegistration;
 struct RecordGroup
 {
+    const char* header; ///< which declares them
     const RecordRegistration* first = nullptr;
     const RecordRegistration* last = nullptr;
 };
@@ -198,7 +199,7 @@ public:
                        void (*describe)(FieldVisitor& visitor)) noexcept;
 
     const RecordType& type;
-    /// Walks the list of a record with default values.
+    /// Walks the list of a record with default values. Runs once, hence small rather than fast.
     void (*const describe)(FieldVisitor& visitor);
     mutable const RecordRegistration* next = nullptr;
 };
@@ -239,7 +240,7 @@ extern RecordGroup diagnosticRecords;
         return printRecord(RecordTypeOf<Record>::value, &record, std::move(debug));                \
     }                                                                                              \
     static const RecordRegistration registrationOf##Record(                                        \
-        recordGroup, RecordTypeOf<Record>::value, [](FieldVisitor& visitor) {                      \
+        recordGroup, RecordTypeOf<Record>::value, [](FieldVisitor& visitor) Q_DECL_COLD_FUNCTION { \
             Record record;                                                                         \
             visitFields(visitor, record);                                                          \
         });                                                                                        \
