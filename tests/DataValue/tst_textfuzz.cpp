@@ -1,0 +1,180 @@
+#include "randomjson.h"
+#include "referencemodel.h"
+
+#include <QDir>
+#include <QFile>
+#include <QtTest>
+
+#include <algorithm>
+#include <iterator>
+#include <vector>
+
+namespace {
+
+/// A text that is shown in a message: what is not printable stands as \xNN.
+QByteArray shown(const std::string& text)
+{
+    QByteArray out;
+    for (const char c : text) {
+        if (c >= ' ' && c <= '~')
+            out += c;
+        else
+            out += "\\x" + QByteArray(1, c).toHex();
+    }
+    return out;
+}
+
+/// One change as a broken sender or an attacker makes it.
+void mutate(Dice& dice, std::string& text, const std::string& other)
+{
+    static const std::array<std::string, 24> pieces{
+        "[",   "]",  "{",    "}",    ",",     ":",     "\"",      "\\",
+        "\\u", "/*", "*/",   "//",   "\n",    " ",     "null",    "-",
+        "e",   ".",  "\xff", "\xc3", "\\ud8", "99999", "\\udc00", std::string(1, '\0')};
+    const auto place = [&](const std::string& s) {
+        return dice.below(static_cast<unsigned int>(s.size()) + 1);
+    };
+    const std::size_t at = place(text);
+    const std::size_t length = dice.below(dice.oneIn(4) ? 60 : 4);
+    switch (dice.below(6)) {
+    case 0:
+        text.insert(at, dice.of(pieces));
+        break;
+    case 1:
+        text.erase(at, length);
+        break;
+    case 2:
+        text.insert(at, text.substr(place(text), length));
+        break;
+    case 3:
+        text.insert(at, other.substr(place(other), length));
+        break;
+    case 4:
+        text.resize(at);
+        break;
+    default:
+        if (at < text.size())
+            text[at] = static_cast<char>(dice.below(256));
+    }
+}
+
+std::vector<std::string> corpus()
+{
+    const QDir folder(QStringLiteral(TEST_CORPUS));
+    std::vector<std::string> texts;
+    for (const QString& name : folder.entryList(QDir::Files, QDir::Name)) {
+        QFile file(folder.filePath(name));
+        if (!file.open(QIODevice::ReadOnly))
+            qFatal("The corpus cannot be read");
+        texts.push_back(file.readAll().toStdString());
+    }
+    return texts;
+}
+
+/// What is wrong with the value of the text; empty when nothing is.
+QString difference(const CDataValue& value, const Json::Value& expected)
+{
+    for (const ENUM_STYLE style : {FAST_STYLE, STYLED_STYLE}) {
+        const QString should = QString::fromStdString(modelText(expected, style));
+        const QString is = value.parseToQString(style);
+        if (is != should)
+            return "is\n" + is + "\nshould be\n" + should;
+        CDataValue again;
+        if (!CDataValue::parseToDataValue(is, again))
+            return "its own text is refused: " + is;
+        if (again.type() != value.type() && value.type() != REAL_VALUE)
+            return "its own text reads back as another kind: " + is;
+        if (again.getSize() != value.getSize())
+            return "its own text reads back with another size: " + is;
+    }
+    return QString();
+}
+
+/// Reads the text in both forms and compares with JsonCpp's reader and the rule for numbers.
+QString check(const std::string& text, bool* accepted = nullptr)
+{
+    const QString wide = QString::fromUtf8(text.data(), static_cast<int>(text.size()));
+    for (const bool asBytes : {true, false}) {
+        Json::Value expected;
+        const bool valid =
+            modelReadJson(asBytes ? std::string(text.c_str()) : wide.toStdString(), &expected);
+        CDataValue value("before");
+        const bool parsed = asBytes ? CDataValue::parseToDataValue(text.c_str(), value)
+                                    : CDataValue::parseToDataValue(wide, value);
+        if (parsed != valid)
+            return parsed ? "is accepted" : "is refused";
+        if (!parsed && value.asQString() != QLatin1String("before"))
+            return "is refused, but the value was changed";
+        const QString wrong = parsed ? difference(value, expected) : QString();
+        if (!wrong.isEmpty())
+            return wrong;
+        if (accepted)
+            *accepted = parsed;
+    }
+    return QString();
+}
+
+} // namespace
+
+/// Reading JSON text from strangers: the corpus as it is, changed at random, and made-up texts.
+/// A text that once crashed belongs into the corpus.
+class tst_TextFuzz : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void replaysTheCorpus();
+    void cutsTheCorpusAtEveryByte();
+    void readsMutatedAndGeneratedTexts();
+};
+
+void tst_TextFuzz::replaysTheCorpus()
+{
+    const std::vector<std::string> texts = corpus();
+    QVERIFY(texts.size() >= 14);
+    for (const std::string& text : texts) {
+        const QString wrong = check(text);
+        QVERIFY2(wrong.isEmpty(), shown(text) + " " + wrong.toUtf8());
+    }
+}
+
+void tst_TextFuzz::cutsTheCorpusAtEveryByte()
+{
+    for (const std::string& text : corpus()) {
+        for (std::size_t length = 0; length < text.size(); ++length) {
+            const std::string cut = text.substr(0, length);
+            const QString wrong = check(cut);
+            QVERIFY2(wrong.isEmpty(), shown(cut) + " " + wrong.toUtf8());
+        }
+    }
+}
+
+void tst_TextFuzz::readsMutatedAndGeneratedTexts()
+{
+    const quint32 seed = seedOfThisRun();
+    const int steps = stepsOfThisRun(12000);
+    qInfo("WZR_SEED=%u WZR_STEPS=%d", seed, steps);
+    Dice dice(seed);
+    const std::vector<std::string> texts = corpus();
+    const auto anyText = [&] {
+        return dice.oneIn(2) ? randomJson(dice, 5)
+                             : texts[dice.below(static_cast<unsigned int>(texts.size()))];
+    };
+    int accepted = 0;
+    for (int step = 0; step < steps; ++step) {
+        std::string text = anyText();
+        for (unsigned int changes = dice.below(5); changes > 0; --changes)
+            mutate(dice, text, anyText());
+        bool valid = false;
+        const QString wrong = check(text, &valid);
+        QVERIFY2(wrong.isEmpty(), shown(text) + " " + wrong.toUtf8());
+        accepted += valid ? 1 : 0;
+    }
+    // Neither side of the reader went untested.
+    QVERIFY(accepted > steps / 20);
+    QVERIFY(accepted < steps - steps / 20);
+}
+
+QTEST_APPLESS_MAIN(tst_TextFuzz)
+
+#include "tst_textfuzz.moc"
