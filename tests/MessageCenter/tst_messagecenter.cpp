@@ -8,6 +8,9 @@
 #include <memory>
 #include <new>
 
+using Operation = std::function<void(QObject*)>;
+Q_DECLARE_METATYPE(Operation)
+
 namespace {
 
 MessageCenter* center()
@@ -628,10 +631,10 @@ void TestMessageCenter::aNewReceiverAtAnOldAddressIsItsOwn()
 void TestMessageCenter::refusesNullAsIfMemoryWereShort_data()
 {
     using Registration = int (MessageCenter::*)(const char*, const char*, const QObject*);
-    QTest::addColumn<std::function<void(QObject*)>>("operation");
+    QTest::addColumn<Operation>("operation");
     const auto rows = [](const char* name, Registration registration) {
         const auto row = [&](const char* what, const char* id, const char* slot, bool receiver) {
-            const std::function<void(QObject*)> operation = [=](QObject* module) {
+            const Operation operation = [=](QObject* module) {
                 (center()->*registration)(id, slot, receiver ? module : nullptr);
             };
             QTest::newRow(qPrintable(QString("%1, %2").arg(name, what))) << operation;
@@ -643,15 +646,15 @@ void TestMessageCenter::refusesNullAsIfMemoryWereShort_data()
     rows("module message", &MessageCenter::registerModuleMessage);
     rows("service", &MessageCenter::registerModuleServiceMessage);
     rows("device message", &MessageCenter::registerDeviceMessage);
-    QTest::newRow("post to modules") << std::function<void(QObject*)>(
-        [](QObject*) { center()->postModuleMessage(nullptr, nullptr); });
-    QTest::newRow("post to the device") << std::function<void(QObject*)>(
-        [](QObject*) { center()->postDeviceMessage(nullptr, nullptr, nullptr); });
+    QTest::newRow("post to modules")
+        << Operation([](QObject*) { center()->postModuleMessage(nullptr, nullptr); });
+    QTest::newRow("post to the device")
+        << Operation([](QObject*) { center()->postDeviceMessage(nullptr, nullptr, nullptr); });
 }
 
 void TestMessageCenter::refusesNullAsIfMemoryWereShort()
 {
-    QFETCH(std::function<void(QObject*)>, operation);
+    QFETCH(Operation, operation);
     Module a("a", &m_diary);
     QVERIFY_EXCEPTION_THROWN(operation(&a), std::bad_alloc);
     QCOMPARE(center()->postModuleMessage("NEWS", nullptr), -1);
@@ -669,8 +672,6 @@ void TestMessageCenter::toleratesNullElsewhere()
     center()->postModuleMessage("NEWS", nullptr);
     QCOMPARE(m_diary, QStringList({"a.onMessage"}));
 }
-
-Q_DECLARE_METATYPE(std::function<void(QObject*)>)
 
 QTEST_GUILESS_MAIN(TestMessageCenter)
 #include "tst_messagecenter.moc"
