@@ -167,7 +167,8 @@ void CLog::run()
     QAbstractEventDispatcher* dispatcher = QAbstractEventDispatcher::instance();
     std::vector<LogQueue::Entry> entries;
     const auto writeWaiting = [&] {
-        d->queue.takeAll(&entries);
+        if (!d->queue.takeAll(&entries))
+            return false;
         for (const LogQueue::Entry& entry : entries) {
             if (entry.kind == LogQueue::Entry::Flush)
                 writer.flushLog();
@@ -175,12 +176,13 @@ void CLog::run()
                 writer.WriteLog(entry.text, entry.kind == LogQueue::Entry::TextWithNewLine);
         }
         d->queue.written();
+        return true;
     };
 
     d->queue.attach(dispatcher);
     while (!isInterruptionRequested()) {
-        writeWaiting();
-        dispatcher->processEvents(QEventLoop::WaitForMoreEvents);
+        const bool wrote = writeWaiting();
+        dispatcher->processEvents(wrote ? QEventLoop::AllEvents : QEventLoop::WaitForMoreEvents);
     }
     writeWaiting();
     d->queue.detach();

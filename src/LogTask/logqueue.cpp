@@ -7,8 +7,10 @@ void LogQueue::push(Entry::Kind kind, const QString& text)
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_waiting.push_back({kind, text});
     ++m_pushed;
-    if (m_waiting.size() == 1 && m_dispatcher)
+    if (m_idle && m_dispatcher) {
+        m_idle = false;
         m_dispatcher->wakeUp();
+    }
 }
 
 void LogQueue::attach(QAbstractEventDispatcher* dispatcher)
@@ -25,12 +27,14 @@ void LogQueue::detach()
     m_changed.notify_all();
 }
 
-void LogQueue::takeAll(std::vector<Entry>* entries)
+bool LogQueue::takeAll(std::vector<Entry>* entries)
 {
     entries->clear();
     const std::lock_guard<std::mutex> lock(m_mutex);
     entries->swap(m_waiting);
     m_taken = m_pushed;
+    m_idle = entries->empty();
+    return !m_idle;
 }
 
 void LogQueue::written()

@@ -27,12 +27,13 @@ public:
 
     void push(Entry::Kind kind, const QString& text = QString());
 
-    /// The writer is ready; from now on `dispatcher` is woken when entries come.
+    /// The writer is ready; from now on `dispatcher` is woken when an entry comes after takeAll()
+    /// found none. A busy log thread is not woken: that would cost each caller a system call.
     void attach(QAbstractEventDispatcher* dispatcher);
     void detach();
 
-    /// Replaces `entries` by all that wait.
-    void takeAll(std::vector<Entry>* entries);
+    /// Replaces `entries` by all that wait. False when there are none.
+    bool takeAll(std::vector<Entry>* entries);
     /// What takeAll() gave has been written.
     void written();
 
@@ -49,6 +50,7 @@ private:
     std::condition_variable m_changed;
     std::vector<Entry> m_waiting;
     QAbstractEventDispatcher* m_dispatcher = nullptr;
+    bool m_idle = false;
     unsigned long long m_pushed = 0;
     unsigned long long m_taken = 0;
     unsigned long long m_written = 0;
