@@ -7,6 +7,7 @@
 #include "LogTask/logexcerpt_p.h"
 
 #include <QPointer>
+#include <QTimer>
 
 namespace {
 
@@ -14,6 +15,8 @@ const char sourceName[] = "Ipc/ipcclient";
 
 constexpr int notSent = 6;      // could not be sent; also "IPCMSG_ERROR_CODE" of the made-up reply
 constexpr int notConnected = 7; // nothing was tried
+
+constexpr int slotCheckMs = 10; // how often to look whether a slot has returned
 
 void logLine(const char* function, const char* text)
 {
@@ -67,8 +70,23 @@ void IPCClient::connectToServer()
     if (m_connected)
         return;
     logLine("connectToServer", "Enter in IPCClient::connectToServer BEGIN");
-    m_socket->connectToServer(m_serverName, QIODevice::ReadWrite);
+    if (m_slotDepth == 0)
+        m_socket->connectToServer(m_serverName, QIODevice::ReadWrite);
+    else
+        connectLater(0);
     logLine("connectToServer", "Enter in IPCClient::connectToServer END");
+}
+
+// A socket that is in the middle of its own code, say in the emission of disconnected(), must not
+// be connected anew: it would tear down the new connection when the emission returns.
+void IPCClient::connectLater(int milliseconds)
+{
+    QTimer::singleShot(milliseconds, this, [this] {
+        if (m_slotDepth > 0) // a slot runs an event loop
+            connectLater(slotCheckMs);
+        else if (m_socket->state() == QLocalSocket::UnconnectedState)
+            m_socket->connectToServer(m_serverName, QIODevice::ReadWrite);
+    });
 }
 
 bool IPCClient::isConnected()

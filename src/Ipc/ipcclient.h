@@ -49,8 +49,9 @@ public:
     void initSocket();
 
     /// Starts to connect; does nothing when connected. The outcome is sigIPCServerConnected() or
-    /// sigIPCSocketError(); where the system answers at once, it comes inside the call. Nothing
-    /// is retried. The same object can connect again after a disconnection.
+    /// sigIPCSocketError(); where the system answers at once, it comes inside the call. Called
+    /// from a slot of this object's signals, it starts when the slot has returned. Nothing is
+    /// retried. The same object can connect again after a disconnection.
     void connectToServer();
 
     bool isConnected();
@@ -92,6 +93,7 @@ private Q_SLOTS:
     void socket_error(QLocalSocket::LocalSocketError code);
 
 private:
+    void connectLater(int milliseconds);
     void deliver(const QString& body);
 
     QLocalSocket* m_socket = nullptr;

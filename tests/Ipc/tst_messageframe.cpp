@@ -225,9 +225,9 @@ void tst_MessageFrame::damagesACharacterCutByAZeroByteOnly()
     MessageFrame frame;
     read(frame, QByteArray("a\xE2\x82\0z", 5));
     QVERIFY(frame.buffer().startsWith(QString("a") + QChar(0xFFFD)));
-    const QString cut = frame.buffer();
+    const QString both = frame.buffer() + QChar(0xFFFD);
     read(frame, "\xAC");
-    QCOMPARE(frame.buffer(), cut + QChar(0xFFFD));
+    QCOMPARE(frame.buffer(), both);
 
     // What a read held back is lost to the zero byte of the next as well.
     frame.clear();

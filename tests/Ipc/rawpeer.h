@@ -1,0 +1,79 @@
+#ifndef TESTS_IPC_RAWPEER_H
+#define TESTS_IPC_RAWPEER_H
+
+#include <QByteArray>
+#include <QFile>
+#include <QLocalServer>
+#include <QString>
+
+#include <cerrno>
+#include <cstring>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+/// A client of a local socket without any Qt behind it: it writes single bytes when told to, does
+/// not read unless told to, and vanishes at once. Nothing here waits for the other end.
+class RawPeer
+{
+public:
+    RawPeer() = default;
+    /// `path`: QLocalServer::fullServerName().
+    explicit RawPeer(const QString& path)
+    {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        const QByteArray name = QFile::encodeName(path);
+        std::memcpy(address.sun_path, name.constData(),
+                    qMin<size_t>(size_t(name.size()), sizeof address.sun_path - 1));
+        m_fd = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+        if (connect(m_fd, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0)
+            end();
+    }
+    ~RawPeer() { end(); }
+    RawPeer(const RawPeer&) = delete;
+    RawPeer& operator=(const RawPeer&) = delete;
+
+    bool isOpen() const { return m_fd >= 0; }
+
+    /// Writes what fits into the system's buffer; returns how many bytes did, -1 on an error.
+    int send(const QByteArray& bytes)
+    {
+        const ssize_t sent =
+            ::send(m_fd, bytes.constData(), size_t(bytes.size()), MSG_NOSIGNAL | MSG_DONTWAIT);
+        return sent < 0 && errno == EAGAIN ? 0 : int(sent);
+    }
+
+    /// What has arrived so far.
+    QByteArray receive()
+    {
+        QByteArray result;
+        char buffer[4096];
+        for (;;) {
+            const ssize_t got = recv(m_fd, buffer, sizeof buffer, MSG_DONTWAIT);
+            if (got <= 0)
+                return result;
+            result.append(buffer, int(got));
+        }
+    }
+
+    /// Whether the other end has ended the connection.
+    bool isEnded() const
+    {
+        pollfd watched{m_fd, POLLIN | POLLRDHUP, 0};
+        return poll(&watched, 1, 0) > 0 && (watched.revents & (POLLHUP | POLLRDHUP)) != 0;
+    }
+
+    void end()
+    {
+        if (m_fd >= 0)
+            ::close(m_fd);
+        m_fd = -1;
+    }
+
+private:
+    int m_fd = -1;
+};
+
+#endif

@@ -1,0 +1,315 @@
+// Peers that behave badly, and peers that are real processes.
+#include "DataValue/datavalue.h"
+#include "Ipc/ipcclient.h"
+#include "Ipc/ipcserver.h"
+
+#include "ipcfixture.h"
+#include "rawpeer.h"
+
+#include <QElapsedTimer>
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QProcess>
+#include <QtTest>
+
+#include <memory>
+
+namespace {
+
+/// A helper process, killed when the object dies.
+class Peer
+{
+public:
+    explicit Peer(const QStringList& arguments) { m_process.start(HELPER_IPCPEER, arguments); }
+    ~Peer() { kill(); }
+
+    bool isReady()
+    {
+        return QTest::qWaitFor([this] { return output().contains("ready\n"); }, 20000);
+    }
+    QString output()
+    {
+        m_output += m_process.readAllStandardOutput();
+        return QString::fromUtf8(m_output);
+    }
+    void kill()
+    {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+    /// Its exit code; -1 when it did not end by itself.
+    int exitCode()
+    {
+        if (!QTest::qWaitFor([this] { return m_process.state() == QProcess::NotRunning; }, 20000))
+            return -1;
+        return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
+    }
+
+private:
+    QProcess m_process;
+    QByteArray m_output;
+};
+
+// Whether the server still serves: a client asks and hears back.
+void compareEcho(IPCServer& server)
+{
+    const auto echo = QObject::connect(&server, &IPCServer::sigMessageReceived, &server,
+                                       [&](const QString& text, int id) {
+                                           if (text == "ping")
+                                               server.sendResponse("pong", id);
+                                       });
+    RawPeer peer(socketPath(server));
+    peer.send("__BEGIN__ping__END__");
+    QByteArray answer;
+    QVERIFY(QTest::qWaitFor([&] {
+        answer += peer.receive();
+        return answer == "__BEGIN__pong__END__";
+    }));
+    QObject::disconnect(echo);
+}
+
+} // namespace
+
+class tst_IPCPeers : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void serverOutlivesAClientKilledInMidFrame();
+    void serverTakesAFloodOfFrames();
+    void serverTakesAFloodWithoutMarkers();
+    void serverDoesNotWaitForAClientThatDoesNotRead();
+    void serverTakesEveryByteValue();
+    void serverTakesManyConnections();
+    void clientOutlivesAServerThatVanishesInMidFrame();
+    void clientDoesNotWaitForAServerThatDoesNotRead();
+    void clientTakesEveryByteValue();
+    void processesTalkBothWays();
+    void clientProcessHearsTheBroadcast();
+    void aKilledServersNameIsTakenOver();
+};
+
+void tst_IPCPeers::serverOutlivesAClientKilledInMidFrame()
+{
+    IPCServer server;
+    server.startListen(randomServerName());
+    QSignalSpy came(&server, &IPCServer::sigIPCServerConnected);
+    QSignalSpy went(&server, &IPCServer::sigIPCServerDisconnected);
+    QSignalSpy received(&server, &IPCServer::sigMessageReceived);
+    Peer peer({"half", socketPath(server)});
+    QVERIFY(peer.isReady());
+    QTRY_COMPARE(came.size(), 1);
+    peer.kill();
+    QTRY_COMPARE(went.size(), 1);
+    QCOMPARE(received.size(), 0);
+    QVERIFY(!server.hasClientConnected());
+    compareEcho(server);
+}
+
+void tst_IPCPeers::serverTakesAFloodOfFrames()
+{
+    IPCServer server;
+    server.startListen(randomServerName());
+    int messages = 0;
+    connect(&server, &IPCServer::sigMessageReceived, &server,
+            [&](const QString& text) { messages += text == "[1]"; });
+    Peer peer({"flood", socketPath(server), "200000"});
+    compareEcho(server); // while the flood comes in
+    QTRY_COMPARE_WITH_TIMEOUT(messages, 200000, 60000);
+    QCOMPARE(peer.exitCode(), 0);
+}
+
+void tst_IPCPeers::serverTakesAFloodWithoutMarkers()
+{
+    IPCServer server;
+    server.startListen(randomServerName());
+    QSignalSpy received(&server, &IPCServer::sigMessageReceived);
+    RawPeer peer(socketPath(server));
+    const QByteArray noise(64 << 10, '_');
+    qint64 sent = 0;
+    while (sent < (16 << 20)) {
+        const int count = peer.send(noise);
+        QVERIFY(count >= 0);
+        sent += count;
+        QCoreApplication::processEvents();
+    }
+    compareEcho(server);
+    QCOMPARE(received.size(), 1); // the ping
+}
+
+void tst_IPCPeers::serverDoesNotWaitForAClientThatDoesNotRead()
+{
+    IPCServer server;
+    server.startListen(randomServerName());
+    const RawPeer deaf(socketPath(server));
+    QTRY_VERIFY(server.hasClientConnected());
+    const QString message(1 << 20, 'x');
+    for (int i = 0; i < 20; ++i)
+        QCOMPARE(server.sendResponse(message, 1), 0);
+    server.broadcastMsg(message);
+    compareEcho(server);
+    QVERIFY(server.hasClientConnected());
+}
+
+void tst_IPCPeers::serverTakesEveryByteValue()
+{
+    IPCServer server;
+    server.startListen(randomServerName());
+    QByteArray bytes;
+    for (int i = 255; i >= 0; --i)
+        bytes += char(i);
+    RawPeer peer(socketPath(server));
+    for (int i = 0; i < 200; ++i) {
+        QVERIFY(peer.send(bytes.mid(i) + bytes.left(i) + "__BEGIN__" + bytes.left(i) + "__END__") >=
+                0);
+        QCoreApplication::processEvents();
+    }
+    compareEcho(server);
+}
+
+void tst_IPCPeers::serverTakesManyConnections()
+{
+    IPCServer server;
+    server.startListen(randomServerName());
+    QSignalSpy came(&server, &IPCServer::sigIPCServerConnected);
+    QSignalSpy went(&server, &IPCServer::sigIPCServerDisconnected);
+    for (int i = 1; i <= 200; ++i) {
+        RawPeer peer(socketPath(server));
+        peer.send("__BEGIN__");
+        QTRY_COMPARE(came.size(), i);
+    }
+    QTRY_COMPARE(went.size(), 200);
+    compareEcho(server);
+}
+
+void tst_IPCPeers::clientOutlivesAServerThatVanishesInMidFrame()
+{
+    // A listener without any rules: it sends half a frame and ends the connection.
+    QLocalServer listener;
+    const QString name = randomServerName();
+    QVERIFY(listener.listen(name));
+    IPCClient client(name);
+    QSignalSpy received(&client, &IPCClient::sigMessageReceived);
+    QSignalSpy lost(&client, &IPCClient::sigIPCServerDisconnected);
+    client.connectToServer();
+    QTRY_VERIFY(listener.hasPendingConnections());
+    std::unique_ptr<QLocalSocket> end(listener.nextPendingConnection());
+    end->write("__BEGIN__{\"half\":");
+    end->flush();
+    end.reset();
+    QTRY_COMPARE(lost.size(), 1);
+    QCOMPARE(received.size(), 0);
+    client.messageSend("T", nullptr);
+    QCOMPARE(received.size(), 1); // the client's own
+}
+
+void tst_IPCPeers::clientDoesNotWaitForAServerThatDoesNotRead()
+{
+    QLocalServer listener;
+    const QString name = randomServerName();
+    QVERIFY(listener.listen(name));
+    IPCClient client(name);
+    QSignalSpy received(&client, &IPCClient::sigMessageReceived);
+    client.connectToServer();
+    QTRY_VERIFY(client.isConnected());
+    const QString message(1 << 20, 'x'); // nobody accepts the connection
+    for (int i = 0; i < 20; ++i)
+        QCOMPARE(client.sendblock(message), 0);
+    client.messageSend("T", nullptr);
+    QCOMPARE(received.size(), 0);
+    QVERIFY(client.isConnected());
+}
+
+void tst_IPCPeers::clientTakesEveryByteValue()
+{
+    QLocalServer listener;
+    const QString name = randomServerName();
+    QVERIFY(listener.listen(name));
+    IPCClient client(name);
+    int received = 0;
+    connect(&client, &IPCClient::sigMessageReceived, &client, [&] { ++received; });
+    client.connectToServer();
+    QTRY_VERIFY(listener.hasPendingConnections());
+    QLocalSocket* end = listener.nextPendingConnection();
+    for (int i = 0; i < 256; ++i) {
+        end->write(QByteArray(1, char(i)) + "__BEGIN__" + QByteArray(1, char(i)) + "__END__");
+        end->flush();
+        QCoreApplication::processEvents();
+    }
+    received = 0;
+    end->write("__END__");
+    end->flush();
+    QCoreApplication::processEvents();
+    end->write("__BEGIN__[1]__END__");
+    QTRY_VERIFY(received > 0);
+    QVERIFY(client.isConnected());
+}
+
+void tst_IPCPeers::processesTalkBothWays()
+{
+    const QString name = randomServerName();
+    Peer peer({"server", name});
+    QVERIFY(peer.isReady());
+    IPCClient client(name);
+    QStringList texts;
+    connect(&client, &IPCClient::sigMessageReceived, &client,
+            [&](CDataValue* value) { texts << value->parseToQString(FAST_STYLE).trimmed(); });
+    client.connectToServer();
+    QTRY_VERIFY(client.isConnected());
+    const CDataValue data(QString(QChar(0x20AC)));
+    client.messageSend("ASK", &data, "test");
+    QTRY_COMPARE(texts,
+                 QStringList{QString("{\"IPCMSG_MSG_SENDER\":\"test\",\"IPCMSG_TYPE\":\"ASK\","
+                                     "\"IPCMSG_USER_DATA\":\"") +
+                             QChar(0x20AC) + "\"}"});
+    QCOMPARE(client.sendblock("quit"), 0);
+    QCOMPARE(peer.exitCode(), 0);
+    QTRY_VERIFY(!client.isConnected());
+}
+
+void tst_IPCPeers::clientProcessHearsTheBroadcast()
+{
+    auto server = std::make_unique<IPCServer>();
+    QStringList received;
+    connect(server.get(), &IPCServer::sigMessageReceived, server.get(),
+            [&](const QString& text) { received << text; });
+    const QString name = randomServerName();
+    server->startListen(name);
+    Peer first({"client", name});
+    Peer second({"client", name});
+    QVERIFY(first.isReady());
+    QVERIFY(second.isReady());
+    QTRY_COMPARE(received.size(), 2);
+    for (const QString& text : std::as_const(received))
+        QVERIFY(text.startsWith("{\"IPCMSG_MSG_SENDER\":\"ipcpeer\",\"IPCMSG_TYPE\":\"HELLO\","));
+    server->broadcastMsg("{\"IPCMSG_TYPE\":\"REPORT\"}");
+    QTRY_VERIFY(first.output().contains("\n{\"IPCMSG_TYPE\":\"REPORT\"}\n"));
+    QTRY_VERIFY(second.output().contains("\n{\"IPCMSG_TYPE\":\"REPORT\"}\n"));
+    server.reset();
+    QCOMPARE(first.exitCode(), 0);
+    QCOMPARE(second.exitCode(), 0);
+}
+
+void tst_IPCPeers::aKilledServersNameIsTakenOver()
+{
+    const QString name = randomServerName();
+    IPCClient client(name);
+    QSignalSpy lost(&client, &IPCClient::sigIPCServerDisconnected);
+    {
+        Peer peer({"server", name});
+        QVERIFY(peer.isReady());
+        client.connectToServer();
+        QTRY_VERIFY(client.isConnected());
+    }
+    QTRY_COMPARE(lost.size(), 1);
+    Peer next({"server", name}); // the socket file of the killed one is still there
+    QVERIFY(next.isReady());
+    QSignalSpy received(&client, &IPCClient::sigMessageReceived);
+    client.connectToServer();
+    QTRY_VERIFY(client.isConnected());
+    client.messageSend("ASK", nullptr);
+    QTRY_COMPARE(received.size(), 1);
+}
+
+QTEST_GUILESS_MAIN(tst_IPCPeers)
+#include "tst_ipcpeers.moc"

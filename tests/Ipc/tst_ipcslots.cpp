@@ -1,0 +1,418 @@
+// What slots may do: everything, up to deleting the object that calls them.
+#include "DataValue/datavalue.h"
+#include "Ipc/ipcclient.h"
+#include "Ipc/ipcserver.h"
+
+#include "ipcfixture.h"
+#include "rawpeer.h"
+
+#include <QPointer>
+#include <QTimer>
+#include <QtTest>
+
+#include <functional>
+#include <memory>
+
+namespace {
+
+using ServerAction = std::function<void(QPointer<IPCServer>)>;
+using ClientAction = std::function<void(QPointer<IPCClient>)>;
+
+enum ServerSignal { ClientCame, ClientWent, MessageCame };
+
+struct NamedServerAction
+{
+    const char* name;
+    ServerAction run;
+};
+
+struct NamedClientAction
+{
+    const char* name;
+    ClientAction run;
+};
+
+const NamedServerAction serverActions[] = {
+    {"delete", [](QPointer<IPCServer> server) { delete server; }},
+    {"delete later", [](QPointer<IPCServer> server) { server->deleteLater(); }},
+    {"close", [](QPointer<IPCServer> server) { server->close(); }},
+    {"close and delete",
+     [](QPointer<IPCServer> server) {
+         server->close();
+         delete server;
+     }},
+    {"listen anew",
+     [](QPointer<IPCServer> server) {
+         server->close();
+         server->startListen(randomServerName());
+     }},
+    {"reply", [](QPointer<IPCServer> server) { server->sendResponse("reply", 1); }},
+    {"broadcast", [](QPointer<IPCServer> server) { server->broadcastMsg("all"); }},
+    {"other markers",
+     [](QPointer<IPCServer> server) { server->setMessageHeadAndEndIndication("<", ">"); }},
+    {"run an event loop",
+     [](QPointer<IPCServer>) {
+         QEventLoop loop;
+         QTimer::singleShot(20, &loop, &QEventLoop::quit);
+         loop.exec();
+     }},
+};
+
+const NamedClientAction clientActions[] = {
+    {"delete", [](QPointer<IPCClient> client) { delete client; }},
+    {"delete later", [](QPointer<IPCClient> client) { client->deleteLater(); }},
+    {"send", [](QPointer<IPCClient> client) { client->sendblock("again"); }},
+    {"connect", [](QPointer<IPCClient> client) { client->connectToServer(); }},
+    {"connect and delete",
+     [](QPointer<IPCClient> client) {
+         client->connectToServer();
+         delete client;
+     }},
+    {"other markers", [](QPointer<IPCClient> client) { client->setDataSplitString("<", ">"); }},
+    {"run an event loop",
+     [](QPointer<IPCClient>) {
+         QEventLoop loop;
+         QTimer::singleShot(20, &loop, &QEventLoop::quit);
+         loop.exec();
+     }},
+};
+
+void onSignal(IPCServer* server, ServerSignal signal, const std::function<void()>& slot)
+{
+    if (signal == ClientCame)
+        QObject::connect(server, &IPCServer::sigIPCServerConnected, server, slot);
+    else if (signal == ClientWent)
+        QObject::connect(server, &IPCServer::sigIPCServerDisconnected, server, slot);
+    else
+        QObject::connect(server, &IPCServer::sigMessageReceived, server, slot);
+}
+
+// The peers' part of a run: two clients come, one sends several messages and goes.
+void comeAndGo(const QString& path, const QPointer<IPCServer>& server, const bool& done)
+{
+    RawPeer first(path);
+    const RawPeer second(path);
+    first.send("__BEGIN__1__END____BEGIN__2__END____BEGIN__3__END____BEGIN__half");
+    QCoreApplication::processEvents();
+    first.end();
+    QVERIFY(QTest::qWaitFor([&] { return done; }));
+    if (server)
+        server->broadcastMsg("after");
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+} // namespace
+
+class tst_IPCSlots : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void serverSlotsMayDoAnything_data();
+    void serverSlotsMayDoAnything();
+    void serverMayEndInsideAReply();
+    void serverMayEndInsideABroadcast();
+    void broadcastPassesOverClientsThatSlotsEnd();
+    void serverStopsDeliveringWhenItIsDeleted();
+    void serverDeliversTheRestOfAReadWhenTheClientIsGone();
+    void serverDeliversWhatCameWhileASlotRanAnEventLoop();
+    void clientSlotsMayDoAnything_data();
+    void clientSlotsMayDoAnything();
+    void clientMayEndInsideItsOwnReply();
+    void clientMayEndInsideASend();
+    void clientMaySendWheneverAnErrorComes();
+    void clientMayAskAgainWheneverAReplyComes();
+    void clientDeliversWhatCameWhileASlotRanAnEventLoop();
+    void peersInOneProcessMayEndEachOther();
+};
+
+void tst_IPCSlots::serverSlotsMayDoAnything_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::addColumn<int>("action");
+    const char* const signalNames[] = {"client came", "client went", "message"};
+    for (int signal = ClientCame; signal <= MessageCame; ++signal) {
+        for (int action = 0; action < int(std::size(serverActions)); ++action)
+            QTest::addRow("%s: %s", signalNames[signal], serverActions[action].name)
+                << signal << action;
+    }
+}
+
+void tst_IPCSlots::serverSlotsMayDoAnything()
+{
+    QFETCH(int, signal);
+    QFETCH(int, action);
+
+    QPointer<IPCServer> server = new IPCServer;
+    server->startListen(randomServerName());
+    bool done = false;
+    onSignal(server, ServerSignal(signal), [&] {
+        done = true;
+        if (server)
+            serverActions[action].run(server);
+    });
+    comeAndGo(socketPath(*server), server, done);
+    const bool ends = QByteArray(serverActions[action].name).contains("delete");
+    QTRY_COMPARE(server.isNull(), ends);
+    delete server;
+}
+
+void tst_IPCSlots::serverMayEndInsideAReply()
+{
+    QPointer<IPCServer> server = new IPCServer;
+    server->startListen(randomServerName());
+    connect(server, &IPCServer::sigIPCServerDisconnected, server, [&] { delete server; });
+    RawPeer peer(socketPath(*server));
+    QTRY_VERIFY(server->hasClientConnected());
+    peer.end();
+    const int result = server->sendResponse("late", 1); // the write finds out
+    QCOMPARE(result, 0);
+    QTRY_VERIFY(server.isNull());
+}
+
+void tst_IPCSlots::serverMayEndInsideABroadcast()
+{
+    QPointer<IPCServer> server = new IPCServer;
+    server->startListen(randomServerName());
+    QSignalSpy came(server, &IPCServer::sigIPCServerConnected);
+    connect(server, &IPCServer::sigIPCServerDisconnected, server, [&] { delete server; });
+    RawPeer first(socketPath(*server));
+    const RawPeer second(socketPath(*server));
+    QTRY_COMPARE(came.size(), 2);
+    first.end();
+    server->broadcastMsg("late");
+    QTRY_VERIFY(server.isNull());
+    QTRY_VERIFY(second.isEnded());
+}
+
+void tst_IPCSlots::broadcastPassesOverClientsThatSlotsEnd()
+{
+    IPCServer server;
+    server.startListen(randomServerName());
+    QSignalSpy came(&server, &IPCServer::sigIPCServerConnected);
+    QList<int> gone;
+    connect(&server, &IPCServer::sigIPCServerDisconnected, &server, [&](int id) {
+        gone << id;
+        server.broadcastMsg("inner");
+    });
+    RawPeer first(socketPath(server));
+    RawPeer second(socketPath(server));
+    RawPeer third(socketPath(server));
+    RawPeer fourth(socketPath(server));
+    QTRY_COMPARE(came.size(), 4);
+    first.end();
+    third.end();
+    server.broadcastMsg("outer");
+    QTRY_COMPARE(gone.size(), 2);
+    QVERIFY(gone.contains(1) && gone.contains(3));
+    QCOMPARE(second.receive().count("outer"), 1);
+    QCOMPARE(fourth.receive().count("outer"), 1);
+}
+
+void tst_IPCSlots::serverStopsDeliveringWhenItIsDeleted()
+{
+    QPointer<IPCServer> server = new IPCServer;
+    server->startListen(randomServerName());
+    QStringList bodies;
+    connect(server, &IPCServer::sigMessageReceived, server, [&](const QString& body) {
+        bodies << body;
+        delete server;
+    });
+    RawPeer peer(socketPath(*server));
+    peer.send("__BEGIN__1__END____BEGIN__2__END__");
+    QTRY_VERIFY(server.isNull());
+    QCOMPARE(bodies, QStringList{"1"});
+    QTRY_VERIFY(peer.isEnded());
+}
+
+void tst_IPCSlots::serverDeliversTheRestOfAReadWhenTheClientIsGone()
+{
+    IPCServer server;
+    server.startListen(randomServerName());
+    QStringList events;
+    connect(&server, &IPCServer::sigMessageReceived, &server, [&](const QString& body, int id) {
+        events << QString("%1:%2").arg(id).arg(body);
+        events << QString::number(server.sendResponse("reply", id));
+    });
+    connect(&server, &IPCServer::sigIPCServerDisconnected, &server, [&] { events << "gone"; });
+    RawPeer peer(socketPath(server));
+    QTRY_VERIFY(server.hasClientConnected());
+    peer.send("__BEGIN__1__END____BEGIN__2__END____BEGIN__3__END__");
+    peer.end();
+    QTRY_VERIFY(events.contains("1:3"));
+    QCOMPARE(events, (QStringList{"1:1", "gone", "0", "1:2", "-1", "1:3", "-1"}));
+}
+
+void tst_IPCSlots::serverDeliversWhatCameWhileASlotRanAnEventLoop()
+{
+    IPCServer server;
+    server.startListen(randomServerName());
+    RawPeer peer(socketPath(server));
+    QStringList bodies;
+    connect(&server, &IPCServer::sigMessageReceived, &server, [&](const QString& body) {
+        bodies << body;
+        if (body != "first")
+            return;
+        peer.send("__BEGIN__second__END__");
+        QEventLoop loop;
+        QTimer::singleShot(20, &loop, &QEventLoop::quit);
+        loop.exec();
+    });
+    peer.send("__BEGIN__first__END__");
+    QTRY_COMPARE(bodies, (QStringList{"first", "second"}));
+}
+
+void tst_IPCSlots::clientSlotsMayDoAnything_data()
+{
+    QTest::addColumn<QByteArray>("signal");
+    QTest::addColumn<int>("action");
+    for (const char* signal : {"connected", "disconnected", "message", "error"}) {
+        for (int action = 0; action < int(std::size(clientActions)); ++action)
+            QTest::addRow("%s: %s", signal, clientActions[action].name)
+                << QByteArray(signal) << action;
+    }
+}
+
+void tst_IPCSlots::clientSlotsMayDoAnything()
+{
+    QFETCH(QByteArray, signal);
+    QFETCH(int, action);
+
+    const QString name = randomServerName();
+    auto server = std::make_unique<IPCServer>();
+    connect(server.get(), &IPCServer::sigIPCServerConnected, server.get(), [&](int id) {
+        server->sendResponse("1__END____BEGIN__2", id);
+        server->sendResponse("3", id);
+    });
+    server->startListen(name);
+    QPointer<IPCClient> client = new IPCClient(name);
+    bool done = false;
+    const auto slot = [&] {
+        if (!done && client)
+            clientActions[action].run(client);
+        done = true;
+    };
+    bool heard = false;
+    connect(client, &IPCClient::sigMessageReceived, this, [&] { heard = true; });
+    if (signal == "connected")
+        connect(client, &IPCClient::sigIPCServerConnected, client, slot);
+    else if (signal == "disconnected")
+        connect(client, &IPCClient::sigIPCServerDisconnected, client, slot);
+    else if (signal == "message")
+        connect(client, &IPCClient::sigMessageReceived, client, slot);
+    else
+        connect(client, &IPCClient::sigIPCSocketError, client, slot);
+    client->connectToServer();
+    QTRY_VERIFY(heard || done);
+    server.reset();
+    QTRY_VERIFY(done);
+    const bool ends = QByteArray(clientActions[action].name).contains("delete");
+    QTRY_COMPARE(client.isNull(), ends);
+    delete client;
+}
+
+void tst_IPCSlots::clientMayEndInsideItsOwnReply()
+{
+    QPointer<IPCClient> client = new IPCClient(randomServerName());
+    connect(client, &IPCClient::sigMessageReceived, client, [&] { delete client; });
+    client->messageSend("T", nullptr);
+    QVERIFY(client.isNull());
+}
+
+void tst_IPCSlots::clientMayEndInsideASend()
+{
+    auto server = std::make_unique<IPCServer>();
+    const QString name = randomServerName();
+    server->startListen(name);
+    QPointer<IPCClient> client = new IPCClient(name);
+    connect(client, &IPCClient::sigIPCServerDisconnected, client, [&] { delete client; });
+    client->connectToServer();
+    QTRY_VERIFY(server->hasClientConnected());
+    server.reset();
+    client->messageSend("T", nullptr); // the write finds out
+    QVERIFY(client.isNull());
+}
+
+void tst_IPCSlots::clientMaySendWheneverAnErrorComes()
+{
+    auto server = std::make_unique<IPCServer>();
+    const QString name = randomServerName();
+    server->startListen(name);
+    IPCClient client(name);
+    int errors = 0;
+    connect(&client, &IPCClient::sigIPCSocketError, &client, [&] {
+        ++errors;
+        client.messageSend("T", nullptr);
+    });
+    client.connectToServer();
+    QTRY_VERIFY(server->hasClientConnected());
+    server.reset();
+    QTRY_VERIFY(!client.isConnected());
+    QVERIFY(errors < 10);
+}
+
+void tst_IPCSlots::clientMayAskAgainWheneverAReplyComes()
+{
+    IPCClient client(randomServerName());
+    int replies = 0;
+    connect(&client, &IPCClient::sigMessageReceived, &client, [&](CDataValue* value) {
+        if (++replies < 100)
+            client.messageSend("T", value);
+    });
+    client.messageSend("T", nullptr);
+    QCOMPARE(replies, 100);
+}
+
+void tst_IPCSlots::clientDeliversWhatCameWhileASlotRanAnEventLoop()
+{
+    IPCServer server;
+    const QString name = randomServerName();
+    server.startListen(name);
+    IPCClient client(name);
+    QStringList bodies;
+    connect(&client, &IPCClient::sigMessageReceived, &client, [&](CDataValue* value) {
+        bodies << value->parseToQString(FAST_STYLE).trimmed();
+        if (bodies.size() > 1)
+            return;
+        server.broadcastMsg("2");
+        QEventLoop loop;
+        QTimer::singleShot(20, &loop, &QEventLoop::quit);
+        loop.exec();
+    });
+    client.connectToServer();
+    QTRY_VERIFY(server.hasClientConnected());
+    server.broadcastMsg("1");
+    QTRY_COMPARE(bodies, (QStringList{"1", "2"}));
+}
+
+void tst_IPCSlots::peersInOneProcessMayEndEachOther()
+{
+    auto server = std::make_unique<IPCServer>();
+    const QString name = randomServerName();
+    server->startListen(name);
+    auto client = std::make_unique<IPCClient>(name);
+    // The server's slot ends the client, whose end makes the next reply fail.
+    connect(server.get(), &IPCServer::sigMessageReceived, server.get(),
+            [&](const QString&, int id) {
+                client.reset();
+                server->sendResponse("reply", id);
+            });
+    client->connectToServer();
+    QTRY_VERIFY(server->hasClientConnected());
+    client->sendblock("a");
+    client->sendblock("b");
+    QTRY_VERIFY(!server->hasClientConnected());
+    QVERIFY(!client);
+
+    client = std::make_unique<IPCClient>(name);
+    connect(client.get(), &IPCClient::sigMessageReceived, client.get(), [&] { server.reset(); });
+    client->connectToServer();
+    QTRY_VERIFY(server->hasClientConnected());
+    server->broadcastMsg("1__END____BEGIN__2");
+    QTRY_VERIFY(!server);
+    QTRY_VERIFY(!client->isConnected());
+}
+
+QTEST_GUILESS_MAIN(tst_IPCSlots)
+#include "tst_ipcslots.moc"
