@@ -95,6 +95,7 @@ public:
         : call("work", this)
     {
         foundEarly = invoke();
+        invokeGreeting();
     }
     bool invoke()
     {
@@ -102,9 +103,20 @@ public:
         return call.call(QGenericArgument("Answer*", &none));
     }
 
+    void invokeGreeting()
+    {
+        Answer* none = nullptr;
+        greeting.call(QGenericArgument("Answer*", &none));
+    }
+
     SlotCall call;
+    SlotCall greeting{"greet", this};
+    QStringList greetings;
     bool foundEarly = false;
     int worked = 0;
+
+public Q_SLOTS:
+    void greet(Answer*) { greetings << "early"; }
 };
 
 class LateReceiver : public EarlyCaller
@@ -113,6 +125,7 @@ class LateReceiver : public EarlyCaller
 
 public Q_SLOTS:
     void work(Answer*) { ++worked; }
+    void greet(Answer*) { greetings << "late"; }
 };
 
 class Destroyer : public QObject
@@ -277,6 +290,8 @@ void TestSlotCall::looksAgainWhenTheReceiverIsFurtherConstructed()
     QVERIFY(!receiver.foundEarly);
     QVERIFY(receiver.invoke());
     QCOMPARE(receiver.worked, 1);
+    receiver.invokeGreeting();
+    QCOMPARE(receiver.greetings, QStringList({"early", "late"}));
 }
 
 void TestSlotCall::passesOverADestroyedReceiver()
