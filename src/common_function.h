@@ -16,6 +16,16 @@ WZRFRAMEWORK_EXPORT QString getActiveUserName();
 /// Always empty, and meant to be: callers build the paths of a user themselves.
 WZRFRAMEWORK_EXPORT QString getActiveUserDirectory();
 
+/// Starts another application in the background, through the command shell, and returns the shell's
+/// status as system() gives it. `path` is the file to run; where nothing stands at that path, it is
+/// the name of an application: of a bundle on macOS ("Notes" opens "Notes.app"), of a desktop entry
+/// on Linux ("notes" launches "notes.desktop" of the user or of the system, through "gio launch").
+///
+/// The path is never read as code: what the shell would act on is escaped. Nothing else is checked:
+/// 0 says that the shell could begin, not that the file could be run; a name that nobody has gives
+/// another status. Any thread may call; it waits for the shell and, for a name, for the launcher.
+WZRFRAMEWORK_EXPORT int startApplication(QString path);
+
 // Helpers on zero-terminated strings of UCS-2 code units (`unsigned short`), wide characters and
 // bytes. They keep no state, so any thread may call them. A target must have room for what is
 // written; source and target must not overlap. Counts are code units without the closing zero. A

@@ -1,0 +1,6 @@
+#include "common_function_launch_p.h"
+
+QString openByNameCommand(const QString& name)
+{
+    return QLatin1String("open -a ") + shellQuoted(name + QLatin1String(".app"));
+}
