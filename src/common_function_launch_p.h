@@ -8,7 +8,7 @@
 inline QString shellQuoted(QString text)
 {
     // The backslash first, so that those added after it stay single.
-    for (const char* special : {"\\", "\"", "$"}) {
+    for (const char* special : {"\\", "\"", "$", "`"}) {
         const QLatin1String character(special);
         text.replace(character, QLatin1Char('\\') + QString(character));
     }
