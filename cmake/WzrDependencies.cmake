@@ -10,3 +10,4 @@ set(WZR_QT Qt${WZR_QT_VERSION})
 
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(JSONCPP REQUIRED IMPORTED_TARGET jsoncpp>=1.9.5)
+pkg_check_modules(TINYXML REQUIRED IMPORTED_TARGET tinyxml>=2.6.2)
