@@ -1,0 +1,60 @@
+#ifndef DEMO_CODES_H
+#define DEMO_CODES_H
+
+/// The numbers that the demo's records carry. Where 3GPP TS 27.007 gives them, they are the same.
+
+/// Error numbers of the modem's command interface ("+CME ERROR: 16"); 0 stands for success.
+/// DeviceService_Global::atError2IpcError() maps them to the "IPCMSG_ERROR_CODE" of an answer.
+namespace AtError {
+enum Number {
+    None = 0,
+    OperationNotAllowed = 3,
+    OperationNotSupported = 4,
+    SimPinRequired = 11,
+    SimPukRequired = 12,
+    SimFailure = 13,
+    IncorrectPassword = 16,
+    MemoryFull = 20,
+    InvalidIndex = 21,
+    NotFound = 22,
+    NoNetworkService = 30,
+    IncorrectParameters = 50
+};
+}
+
+/// BLPinCheckState::nState and BLDiagInfo::nPinState.
+namespace PinState {
+enum Code { Ready = 0, PinNeeded = 1, PukNeeded = 2, Blocked = 3 };
+}
+
+/// BLNetRegState::nState (+CREG).
+namespace Registration {
+enum Code { None = 0, Home = 1, Searching = 2, Denied = 3, Unknown = 4, Roaming = 5 };
+}
+
+/// BLNetworkListItem::nState (+COPS).
+namespace Availability {
+enum Code { Unknown = 0, Available = 1, Current = 2, Forbidden = 3 };
+}
+
+/// The access technology in nAct (+COPS).
+namespace AccessTechnology {
+enum Code { Gsm = 0, Umts = 2, Lte = 7 };
+}
+
+/// The way in which the operator is named, nFormat (+COPS).
+namespace OperatorFormat {
+enum Code { Long = 0, Short = 1, Numeric = 2 };
+}
+
+/// The selection mode in nMode (+COPS).
+namespace SelectionMode {
+enum Code { Automatic = 0, Manual = 1 };
+}
+
+/// BLConnectState::nState.
+namespace Connection {
+enum Code { Disconnected = 0, Connected = 1 };
+}
+
+#endif

@@ -1,0 +1,51 @@
+#ifndef DEMO_DEMOMESSAGES_H
+#define DEMO_DEMOMESSAGES_H
+
+/// The vocabulary of the demo: the message identifiers that its processes agree on. A request and
+/// its answer have the same identifier. Beside each: the record in the request's
+/// "IPCMSG_USER_DATA", and the one in the answer's "IPCMSG_RESPONSE_DATA".
+///
+/// The identifiers of the application controller are the library's: see ControllerMessage.
+namespace DemoMessage {
+
+constexpr char NetworkInfo[] = "DEMO_MESSAGE_NETWORK_INFO";          // - ; BLNetworkInfo
+constexpr char NetworkRegState[] = "DEMO_MESSAGE_NETWORK_REG_STATE"; // - ; BLNetRegState
+constexpr char NetworkCell[] = "DEMO_MESSAGE_NETWORK_CELL";          // - ; BLNetLacAndCellID
+constexpr char NetworkList[] = "DEMO_MESSAGE_NETWORK_LIST";          // - ; BLNetworkListCnf
+constexpr char NetworkSet[] = "DEMO_MESSAGE_NETWORK_SET";            // BLNetworkSet ; -
+
+constexpr char PinState[] = "DEMO_MESSAGE_PIN_STATE";   // - ; BLPinCheckState
+constexpr char PinVerify[] = "DEMO_MESSAGE_PIN_VERIFY"; // the PIN as text ; BLPINInfo
+constexpr char PinChange[] = "DEMO_MESSAGE_PIN_CHANGE"; // BLPINChangeInfo ; BLPINInfo
+constexpr char PinEnable[] = "DEMO_MESSAGE_PIN_ENABLE"; // BLPINEnableInfo ; BLPINInfo
+constexpr char PukVerify[] = "DEMO_MESSAGE_PUK_VERIFY"; // BLPINVerifyPukInfo ; BLPINInfo
+
+constexpr char EquipmentInfo[] = "DEMO_MESSAGE_EQUIPMENT_INFO"; // - ; BLEquipmentInfo
+
+constexpr char Dial[] = "DEMO_MESSAGE_DIAL";                  // BLConnectionDialUp ; BLConnectState
+constexpr char HangUp[] = "DEMO_MESSAGE_HANG_UP";             // - ; BLConnectState
+constexpr char ConnectState[] = "DEMO_MESSAGE_CONNECT_STATE"; // - ; BLConnectState
+constexpr char Statistics[] = "DEMO_MESSAGE_STATISTICS";      // - ; BLGetStatisticsCnf
+
+// Reports, which the device service sends unasked to every client.
+constexpr char ReportNetworkInfo[] = "DEMO_MESSAGE_RPT_NETWORK_INFO";   // BLNetworkInfo
+constexpr char ReportConnectState[] = "DEMO_MESSAGE_RPT_CONNECT_STATE"; // BLConnectState
+
+} // namespace DemoMessage
+
+/// Identifiers that the application controller answers or sends.
+namespace ControllerMessage {
+
+constexpr char ClientInit[] = "WZR_MESSAGE_APPLICATION_CLIENT_INIT";
+constexpr char GetDevID[] = "WZR_MESSAGE_APPLICATION_GET_DEV_ID";
+constexpr char GetMultDevID[] = "WZR_MESSAGE_APPLICATION_GET_MULT_DEV_ID";
+constexpr char DeviceUnplug[] = "WZR_MESSAGE_RPT_DEVICE_UNPLUG";
+constexpr char Quit[] = "WZR_MESSAGE_QUIT";
+
+} // namespace ControllerMessage
+
+/// The device of the demo, unless the command line says otherwise.
+constexpr char DefaultDeviceName[] = "Demo Modem";
+constexpr char DefaultDeviceID[] = "demo-device-1";
+
+#endif

@@ -1,0 +1,57 @@
+#include "common/process.h"
+
+#include "LogTask/clog.h"
+#include "MessageCenter/messagecenter.h"
+#include "deviceservice_global.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QLoggingCategory>
+#include <QSocketNotifier>
+
+#include <csignal>
+#include <unistd.h>
+
+namespace {
+
+int s_signalPipe[2] = {-1, -1};
+
+// Hardly anything may be called from here; write() may, and wakes the event loop.
+void onSignal(int)
+{
+    const char byte = 0;
+    if (::write(s_signalPipe[1], &byte, 1) < 0)
+        ::_exit(1);
+}
+
+void quitOnSignals()
+{
+    if (::pipe(s_signalPipe) != 0)
+        return;
+    auto* notifier =
+        new QSocketNotifier(s_signalPipe[0], QSocketNotifier::Read, QCoreApplication::instance());
+    QObject::connect(notifier, &QSocketNotifier::activated, notifier, [notifier] {
+        notifier->setEnabled(false);
+        QCoreApplication::quit();
+    });
+    std::signal(SIGINT, onSignal);
+    std::signal(SIGTERM, onSignal);
+}
+
+} // namespace
+
+ProcessLife::ProcessLife(const QString& logFile)
+{
+    // The log repeats its lines on the debug output, which is the user's terminal here.
+    QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
+    InitLog(logFile.isEmpty() ? nullptr : QFile::encodeName(logFile).constData());
+    quitOnSignals();
+}
+
+ProcessLife::~ProcessLife()
+{
+    MessageCenter::release();
+    DeviceService_Global::release();
+    FlushLog();
+    DestroyLog();
+}

@@ -1,0 +1,62 @@
+#ifndef DEMO_DASHBOARD_H
+#define DEMO_DASHBOARD_H
+
+#include "DataValue/datavalue.h"
+#include "dashboard/deviceslots.h"
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+/// The conversation with the device: what is asked, when, and in which order. A module like
+/// RecordView, which shows the answers; both know the message center only.
+class Dashboard : public QObject
+{
+    Q_OBJECT
+
+public:
+    struct Plan
+    {
+        QString pin;       ///< Entered when the SIM asks for it
+        bool dial = false; ///< Connect, after everything was asked
+        int reports = 0;   ///< In a one-shot run: end only after so many reports
+    };
+
+    Dashboard(const QString& senderID, const Plan& plan, QObject* parent = nullptr);
+
+    /// Asks for everything, beginning with the PIN.
+    void begin();
+    /// What was asked will not be answered any more.
+    void forgetQuestions();
+    /// Does what a line of the user says. False when it says nothing known.
+    bool obey(const QString& line);
+
+Q_SIGNALS:
+    /// Everything that was planned is done; `failures` answers told of an error.
+    void finished(int failures);
+
+private Q_SLOTS:
+    // Called by the message center, by name.
+    void onAnswer(CDataValue* envelope);
+    void onPinState(CDataValue* envelope);
+    void onPinVerified(CDataValue* envelope);
+    void onReport(CDataValue* envelope);
+
+private:
+    void ask(const char* messageID, const CDataValue& data = CDataValue());
+    void askEverything();
+    void dial();
+    void selectNetwork(const QString& name);
+    void finishWhenDone();
+
+    QByteArray m_senderID;
+    Plan m_plan;
+    bool m_begun = false;
+    bool m_pinTried = false;
+    int m_open = 0;     // questions without an answer
+    int m_failures = 0; // answers with an error code
+    int m_reports = 0;
+    DeviceSlots m_slots;
+};
+
+#endif

@@ -1,0 +1,156 @@
+#include "dashboard/recordtext.h"
+
+#include "common/codes.h"
+
+#include <QMap>
+#include <QStringList>
+
+namespace {
+
+QString number(int value)
+{
+    return QString::number(value);
+}
+
+QString nameOf(const QMap<int, QString>& names, int code)
+{
+    return names.value(code, QStringLiteral("code %1").arg(code));
+}
+
+QString technology(int code)
+{
+    static const QMap<int, QString> names{{AccessTechnology::Gsm, QStringLiteral("GSM")},
+                                          {AccessTechnology::Umts, QStringLiteral("UMTS")},
+                                          {AccessTechnology::Lte, QStringLiteral("LTE")}};
+    return nameOf(names, code);
+}
+
+QString attempts(int pin, int puk)
+{
+    return QStringLiteral("%1 attempts left for the PIN, %2 for the PUK").arg(pin).arg(puk);
+}
+
+// -113 dBm and 2 dBm a step, as +CSQ counts it.
+QString signalStrength(int rssi)
+{
+    if (rssi < 0 || rssi > 31)
+        return QStringLiteral("signal unknown");
+    return QStringLiteral("signal %1 of 31 (%2 dBm)").arg(rssi).arg(2 * rssi - 113);
+}
+
+QString amount(long long bytes)
+{
+    if (bytes < 1000)
+        return QStringLiteral("%1 B").arg(bytes);
+    if (bytes < 1000000)
+        return QStringLiteral("%1 kB").arg(static_cast<double>(bytes) / 1e3, 0, 'f', 1);
+    return QStringLiteral("%1 MB").arg(static_cast<double>(bytes) / 1e6, 0, 'f', 1);
+}
+
+} // namespace
+
+QString textOf(const BLEquipmentInfo& info)
+{
+    QString text = QStringLiteral("%1 %2, firmware %3, hardware %4, serial number %5")
+                       .arg(info.strManufacturer, info.strModel, info.strRevision,
+                            info.strHardwareVersion, info.strSerialNumber);
+    if (!info.strImsi.isEmpty())
+        text += QStringLiteral(", SIM %1, own number %2").arg(info.strImsi, info.strMsisdn);
+    return text;
+}
+
+QString textOf(const BLNetworkInfo& info)
+{
+    return QStringLiteral("%1, %2, %3, %4")
+        .arg(info.strOperator, technology(info.nAct), signalStrength(info.nRssi),
+             info.nRoamState == 0 ? QStringLiteral("at home") : QStringLiteral("roaming"));
+}
+
+QString textOf(const BLNetRegState& state)
+{
+    static const QMap<int, QString> names{
+        {Registration::None, QStringLiteral("not registered")},
+        {Registration::Home, QStringLiteral("registered in the home network")},
+        {Registration::Searching, QStringLiteral("searching")},
+        {Registration::Denied, QStringLiteral("registration denied")},
+        {Registration::Unknown, QStringLiteral("unknown")},
+        {Registration::Roaming, QStringLiteral("registered, roaming")}};
+    return nameOf(names, state.nState);
+}
+
+QString textOf(const BLNetLacAndCellID& cell)
+{
+    return QStringLiteral("area %1, cell %2")
+        .arg(QString::number(cell.nLac, 16).toUpper(), QString::number(cell.nCellID, 16).toUpper());
+}
+
+QString textOf(const BLNetworkListCnf& networks)
+{
+    static const QMap<int, QString> names{{Availability::Unknown, QStringLiteral("unknown")},
+                                          {Availability::Available, QStringLiteral("available")},
+                                          {Availability::Current, QStringLiteral("in use")},
+                                          {Availability::Forbidden, QStringLiteral("forbidden")}};
+    QStringList lines{QStringLiteral("%1 found").arg(networks.listNetworkItem.size())};
+    for (const BLNetworkListItem& item : networks.listNetworkItem) {
+        lines += QStringLiteral("%1 (%2), %3, %4")
+                     .arg(item.strLongAlpha, item.strNumericAlpha, technology(item.nAct),
+                          nameOf(names, item.nState));
+    }
+    return lines.join(QLatin1Char('\n'));
+}
+
+QString textOf(const BLPinCheckState& state)
+{
+    static const QMap<int, QString> names{
+        {PinState::Ready, QStringLiteral("the SIM is ready")},
+        {PinState::PinNeeded, QStringLiteral("the SIM asks for the PIN")},
+        {PinState::PukNeeded, QStringLiteral("the SIM asks for the PUK")},
+        {PinState::Blocked, QStringLiteral("the SIM is blocked")}};
+    return nameOf(names, state.nState) + QStringLiteral("; ") +
+           attempts(state.nPinCnt, state.nPukCnt);
+}
+
+QString textOf(const BLPINInfo& info)
+{
+    return attempts(info.nPinCnt, info.nPukCnt);
+}
+
+QString textOf(const BLConnectState& state)
+{
+    QString text = state.nState == Connection::Connected ? QStringLiteral("connected")
+                                                         : QStringLiteral("not connected");
+    if (!state.strError.isEmpty())
+        text += QStringLiteral(" (%1)").arg(state.strError);
+    return text;
+}
+
+QString textOf(const BLGetStatisticsCnf& statistics)
+{
+    if (statistics.tState.nState != Connection::Connected)
+        return textOf(statistics.tState);
+    const BLConnectionStatistics& info = statistics.tInfo;
+    return QStringLiteral("%1 for %2 s, %3 received, %4 sent, at %5/s and %6/s")
+        .arg(textOf(statistics.tState), QString::number(info.dwDuration),
+             amount(info.dwByteReceived), amount(info.dwByteSent), amount(info.dwRateReceived),
+             amount(info.dwRateSent));
+}
+
+QString errorText(int code)
+{
+    static const QMap<int, QString> names{
+        {-1, QStringLiteral("refused by the modem")},
+        {2, QStringLiteral("operation not allowed")},
+        {6, QStringLiteral("could not be sent")},
+        {9, QStringLiteral("operation not supported")},
+        {16, QStringLiteral("the SIM asks for the PIN")},
+        {17, QStringLiteral("the SIM asks for the PUK")},
+        {18, QStringLiteral("SIM failure")},
+        {21, QStringLiteral("incorrect password")},
+        {25, QStringLiteral("memory full")},
+        {26, QStringLiteral("invalid index")},
+        {27, QStringLiteral("not found")},
+        {35, QStringLiteral("no network service")},
+        {42, QStringLiteral("the device service knows no such request")}};
+    return QStringLiteral("%1 (error %2)")
+        .arg(names.value(code, QStringLiteral("failed")), number(code));
+}

@@ -1,0 +1,38 @@
+#ifndef DEMO_RECORDVIEW_H
+#define DEMO_RECORDVIEW_H
+
+#include "DataValue/datavalue.h"
+#include "dashboard/deviceslots.h"
+
+#include <QObject>
+#include <QString>
+
+/// The part of the user interface that shows answers and reports: a module that registers one
+/// slot per message identifier with the message center and prints the record that comes.
+class RecordView : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit RecordView(QObject* parent = nullptr);
+
+private Q_SLOTS:
+    // Called by the message center, by name. The envelope belongs to the caller.
+    void showNetworkInfo(CDataValue* envelope);
+    void showRegistration(CDataValue* envelope);
+    void showCell(CDataValue* envelope);
+    void showNetworks(CDataValue* envelope);
+    void showSelection(CDataValue* envelope);
+    void showPinState(CDataValue* envelope);
+    void showAttempts(CDataValue* envelope);
+    void showEquipment(CDataValue* envelope);
+    void showConnection(CDataValue* envelope);
+    void showStatistics(CDataValue* envelope);
+    void showNetworkReport(CDataValue* envelope);
+    void showConnectionReport(CDataValue* envelope);
+
+private:
+    DeviceSlots m_slots;
+};
+
+#endif

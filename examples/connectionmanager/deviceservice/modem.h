@@ -1,0 +1,56 @@
+#ifndef DEMO_MODEM_H
+#define DEMO_MODEM_H
+
+#include "DataValue/datavalue.h"
+#include "records/records.h"
+
+#include <QObject>
+#include <QString>
+
+/// The device as the plug-ins see it: requests in the terms of the business records, and events.
+///
+/// Every request returns an error number of the modem's command interface (AtError), 0 for
+/// success. What it fills in counts on success only, except where a function says otherwise.
+/// Requests wait for the device; they are called in the service's one thread.
+class Modem : public QObject
+{
+    Q_OBJECT
+
+public:
+    using QObject::QObject;
+
+    virtual int equipment(BLEquipmentInfo& info) = 0;
+
+    virtual int networkInfo(BLNetworkInfo& info) = 0;
+    virtual int registration(BLNetRegState& state) = 0;
+    virtual int cell(BLNetLacAndCellID& cell) = 0;
+    virtual int searchNetworks(BLNetworkListCnf& networks) = 0;
+    virtual int selectNetwork(const BLNetworkSet& selection) = 0;
+
+    virtual int pinState(BLPinCheckState& state) = 0;
+    virtual int verifyPin(const QString& pin) = 0;
+    virtual int unblockPin(const BLPINVerifyPukInfo& unblocking) = 0;
+    virtual int changePin(const BLPINChangeInfo& change) = 0;
+    virtual int enablePin(const BLPINEnableInfo& enabling) = 0;
+
+    virtual int dial(const BLConnectionDialUp& profile) = 0;
+    virtual int hangUp() = 0;
+    virtual int connectState(BLConnectState& state) = 0;
+    virtual int statistics(BLConnectionStatistics& statistics) = 0;
+
+Q_SIGNALS:
+    /// The device reports something unasked. `event` is one of ModemEvent, `text` what the device
+    /// said, `data` what it means; `data` is valid during the emission only. May come from inside
+    /// a request.
+    void reported(const QString& event, QString text, CDataValue* data);
+};
+
+/// What a modem reports. The plug-ins register for these with registererUnsolicitedMessage().
+namespace ModemEvent {
+
+constexpr char Signal[] = "MODEM_SIGNAL";         // the new strength, 0 to 31, or 99 for unknown
+constexpr char Connection[] = "MODEM_CONNECTION"; // the new state, a number of Connection::Code
+
+} // namespace ModemEvent
+
+#endif

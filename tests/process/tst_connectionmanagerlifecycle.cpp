@@ -1,0 +1,191 @@
+#include "connectionmanager.h"
+
+class tst_connectionmanagerlifecycle : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void waitsForAControllerThatStartsLate();
+    void waitsForAServiceThatStartsLate();
+    void findsAServiceThatWasKilledAndRestarted();
+    void findsAControllerThatWasKilledAndRestarted();
+    void endsTheServiceOfAnUnpluggedDevice();
+    void findsADeviceThatIsPluggedInAgain();
+    void keepsTheOtherDevicesService();
+    void endsEverybodyOnQuit();
+    void endsTheControllerThatIsAlone();
+    void endsCleanlyWhenTerminated();
+    void refusesWrongUsage();
+};
+
+void tst_connectionmanagerlifecycle::waitsForAControllerThatStartsLate()
+{
+    ConnectionManager manager;
+    const auto service = manager.startService();
+    const auto dashboard = manager.startDashboard({"--once", "--pin", "1234"});
+    const auto controller = manager.startController();
+    QVERIFY(dashboard->says("application controller: introduced"));
+    QCOMPARE(dashboard->exitCode(), 0);
+    QVERIFY(service->says("application controller: introduced"));
+}
+
+void tst_connectionmanagerlifecycle::waitsForAServiceThatStartsLate()
+{
+    ConnectionManager manager;
+    const auto controller = manager.startController();
+    const auto dashboard = manager.startDashboard();
+    QVERIFY(dashboard->says("device: Demo Modem is demo-device-1"));
+    dashboard->enter("ask");
+    QVERIFY(dashboard->says("PIN           could not be sent (error 6)"));
+    const auto service = manager.startService();
+    QVERIFY(dashboard->says("PIN           the SIM asks for the PIN"));
+}
+
+void tst_connectionmanagerlifecycle::findsAServiceThatWasKilledAndRestarted()
+{
+    ConnectionManager manager;
+    const auto controller = manager.startController();
+    const auto service = manager.startService();
+    const auto dashboard = manager.startDashboard({"--pin", "1234"});
+    QVERIFY(dashboard->says("Statistics    not connected"));
+    service->kill();
+    QCOMPARE(service->exitCode(), ChildProcess::Crashed);
+    QVERIFY(dashboard->says("device: connection lost"));
+    dashboard->enter("ask");
+    QVERIFY(dashboard->says("PIN           could not be sent (error 6)"));
+
+    // A new one knows nothing of the PIN that the first had.
+    const auto restarted = manager.startService();
+    QVERIFY(dashboard->says("PIN           the SIM asks for the PIN"));
+    QVERIFY(dashboard->says("PIN           accepted"));
+    QVERIFY(dashboard->says("Statistics    not connected"));
+    restarted->enter("signal 9");
+    QVERIFY(dashboard->says("* Network     Example Mobile, LTE, signal 9 of 31"));
+}
+
+void tst_connectionmanagerlifecycle::findsAControllerThatWasKilledAndRestarted()
+{
+    ConnectionManager manager;
+    const auto controller = manager.startController();
+    const auto service = manager.startService();
+    const auto dashboard = manager.startDashboard();
+    QVERIFY(service->says("application controller: introduced"));
+    QVERIFY(dashboard->says("Statistics"));
+    controller->kill();
+    QVERIFY(service->says("application controller: lost"));
+    QVERIFY(dashboard->says("application controller: lost"));
+
+    // The device is asked as before.
+    dashboard->enter("ask");
+    QVERIFY(dashboard->says("Statistics"));
+
+    const auto restarted = manager.startController();
+    QVERIFY(service->says("application controller: introduced"));
+    QVERIFY(dashboard->says("application controller: introduced"));
+    restarted->enter("quit");
+    QCOMPARE(service->exitCode(), 0);
+    QCOMPARE(dashboard->exitCode(), 0);
+    QCOMPARE(restarted->exitCode(), 0);
+}
+
+void tst_connectionmanagerlifecycle::endsTheServiceOfAnUnpluggedDevice()
+{
+    ConnectionManager manager;
+    const auto controller = manager.startController();
+    const auto service = manager.startService();
+    QVERIFY(service->says("application controller: introduced"));
+    controller->enter("unplug Nobody");
+    QVERIFY(controller->says("cannot do: unplug Nobody"));
+    controller->enter("unplug Demo Modem");
+    QVERIFY(service->says("not plugged in: Demo Modem"));
+    QCOMPARE(service->exitCode(), 0);
+}
+
+void tst_connectionmanagerlifecycle::findsADeviceThatIsPluggedInAgain()
+{
+    ConnectionManager manager;
+    const auto controller = manager.startController();
+    const auto service = manager.startService();
+    const auto dashboard = manager.startDashboard();
+    QVERIFY(dashboard->says("Statistics"));
+    controller->enter("unplug Demo Modem");
+    QVERIFY(dashboard->says("device: Demo Modem was unplugged"));
+    // Whichever the dashboard notices first, the loss is said before.
+    QCOMPARE(dashboard->output().count("device: connection lost"), 1);
+    controller->enter("plug Demo Modem=demo-device-2");
+    QVERIFY(dashboard->says("device: Demo Modem is demo-device-2"));
+    const auto second = manager.startService({"--id", "demo-device-2"});
+    QVERIFY(dashboard->says("PIN           the SIM asks for the PIN"));
+}
+
+void tst_connectionmanagerlifecycle::keepsTheOtherDevicesService()
+{
+    ConnectionManager manager;
+    const auto controller = manager.startController({"--device", "A=a", "--device", "B=b"});
+    const auto serviceA = manager.startService({"--name", "A", "--id", "a"});
+    const auto serviceB = manager.startService({"--name", "B", "--id", "b"});
+    const auto dashboardB = manager.startDashboard({"--device", "B"});
+    QVERIFY(serviceA->says("application controller: introduced"));
+    QVERIFY(dashboardB->says("Statistics"));
+    controller->enter("unplug A");
+    QCOMPARE(serviceA->exitCode(), 0);
+    dashboardB->enter("ask");
+    QVERIFY(dashboardB->says("Statistics"));
+    QVERIFY(!dashboardB->output().contains("lost"));
+}
+
+void tst_connectionmanagerlifecycle::endsEverybodyOnQuit()
+{
+    ConnectionManager manager;
+    const auto controller = manager.startController();
+    const auto service = manager.startService();
+    const auto first = manager.startDashboard();
+    const auto second = manager.startDashboard();
+    QVERIFY(service->says("application controller: introduced"));
+    QVERIFY(first->says("Statistics"));
+    QVERIFY(second->says("Statistics"));
+    controller->enter("quit");
+    QVERIFY(first->says("the controller wants everybody to quit"));
+    QCOMPARE(first->exitCode(), 0);
+    QCOMPARE(second->exitCode(), 0);
+    QCOMPARE(service->exitCode(), 0);
+    QCOMPARE(controller->exitCode(), 0);
+}
+
+void tst_connectionmanagerlifecycle::endsTheControllerThatIsAlone()
+{
+    ConnectionManager manager;
+    const auto controller = manager.startController();
+    controller->enter("quit");
+    QCOMPARE(controller->exitCode(), 0);
+}
+
+void tst_connectionmanagerlifecycle::endsCleanlyWhenTerminated()
+{
+    ConnectionManager manager;
+    const auto controller = manager.startController();
+    const auto service = manager.startService();
+    const auto dashboard = manager.startDashboard();
+    QVERIFY(dashboard->says("Statistics"));
+    dashboard->terminate();
+    QCOMPARE(dashboard->exitCode(), 0);
+    service->terminate();
+    QCOMPARE(service->exitCode(), 0);
+    controller->terminate();
+    QCOMPARE(controller->exitCode(), 0);
+}
+
+void tst_connectionmanagerlifecycle::refusesWrongUsage()
+{
+    const QTemporaryDir folder;
+    QCOMPARE(ChildProcess(HELPER_DASHBOARD, {"--reports", "many"}, folder.path()).exitCode(), 2);
+    QCOMPARE(
+        ChildProcess(HELPER_DEVICESERVICE, {"--signal-interval", "x"}, folder.path()).exitCode(),
+        2);
+    QCOMPARE(ChildProcess(HELPER_APPLICATIONCONTROLLER, {"--device", "nameless"}, folder.path())
+                 .exitCode(),
+             2);
+}
+
+QTEST_GUILESS_MAIN(tst_connectionmanagerlifecycle)
+#include "tst_connectionmanagerlifecycle.moc"
