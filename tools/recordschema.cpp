@@ -35,8 +35,11 @@ std::string linedObject(const Members& members, std::size_t depth)
 {
     const std::string indentation(2 * depth, ' ');
     std::string text;
-    for (const auto& [key, value] : members)
-        text += (text.empty() ? "\n" : ",\n") + indentation + "  " + quoted(key) + ": " + value;
+    for (const auto& [key, value] : members) {
+        text += text.empty() ? "\n" : ",\n";
+        text += indentation;
+        text += "  " + quoted(key) + ": " + value;
+    }
     return members.empty() ? "{}" : '{' + text + '\n' + indentation + '}';
 }
 

@@ -30,6 +30,7 @@ class CDataValue;
 /// that lacks keys must happen on the one thread that may miss (see CDataValue). The record is
 /// not changed by writing, although it is passed without `const`. Address kinds are refused as
 /// CDataValue refuses them.
+// NOLINTBEGIN(bugprone-macro-parentheses): the argument is a type.
 #define WZR_DECLARE_RECORD(Record)                                                                 \
     WZRFRAMEWORK_EXPORT void GetDataValueFromStruct(Record& record, CDataValue& data);             \
     WZRFRAMEWORK_EXPORT void GetStructFromDataValue(CDataValue& data, Record& record);             \
@@ -39,5 +40,6 @@ class CDataValue;
         return !(left == right);                                                                   \
     }                                                                                              \
     WZRFRAMEWORK_EXPORT QDebug operator<<(QDebug debug, const Record& record);
+// NOLINTEND(bugprone-macro-parentheses)
 
 #endif

@@ -213,6 +213,7 @@ extern RecordGroup diagnosticRecords;
 
 /// Defines everything that WZR_DECLARE_RECORD declares. The list of the fields follows in braces,
 /// in which `record` is the record and `field` the visitor. The file names its group `recordGroup`.
+// NOLINTBEGIN(bugprone-macro-parentheses): the argument is a type.
 #define WZR_RECORD(Record, meaning)                                                                \
     static void visitFields(FieldVisitor& field, Record& record);                                  \
     template<>                                                                                     \
@@ -245,5 +246,6 @@ extern RecordGroup diagnosticRecords;
             visitFields(visitor, record);                                                          \
         });                                                                                        \
     static void visitFields(FieldVisitor& field, Record& record)
+// NOLINTEND(bugprone-macro-parentheses)
 
 #endif
