@@ -331,6 +331,13 @@ enum class Integers {
 constexpr Json::Int64 kLowest = -2147483639;
 constexpr Json::Int64 kHighest = 4294967289;
 
+/// The nearest double: JsonCpp's own conversion of unsigned numbers rounds twice.
+double nearestReal(const Json::Value& json)
+{
+    return json.type() == Json::uintValue ? static_cast<double>(json.asLargestUInt())
+                                          : json.asDouble();
+}
+
 void constructInteger(CDataValue& value, const Json::Value& json, Integers rule)
 {
     const bool byText = rule == Integers::ByTheirText;
@@ -342,7 +349,7 @@ void constructInteger(CDataValue& value, const Json::Value& json, Integers rule)
     else if (!ruledOut && !isUnsigned && json.isInt())
         Tree::constructInt(value, json.asInt());
     else
-        Tree::constructReal(value, json.asDouble());
+        Tree::constructReal(value, nearestReal(json));
 }
 
 struct BuildStep

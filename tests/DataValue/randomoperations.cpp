@@ -191,13 +191,16 @@ void RandomWorld::clearValue(NodePair& node)
 void RandomWorld::copyOut(NodePair& node)
 {
     ModelValue model(*node.model);
-    CDataValue copy(*node.real);
-    if (m_dice.oneIn(2)) {
-        keep(copy, model);
-    } else {
-        CDataValue moved(std::move(copy));
+    if (node.place == NodePair::PoolRoot && m_dice.oneIn(2)) {
+        note("moved out");
+        CDataValue moved(std::move(*node.real));
+        *node.real = CDataValue(7);
+        *node.model = ModelValue(7);
         keep(moved, model);
+        return;
     }
+    CDataValue copy(*node.real);
+    keep(copy, model);
 }
 
 void RandomWorld::parseText(NodePair& node)

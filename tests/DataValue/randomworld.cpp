@@ -33,6 +33,8 @@ bool RandomWorld::run(quint32 step)
                          " on " + node.name;
         m_mayKeep = left == 1; // a kept result could take the place of the node
         (this->*operation.apply)(node);
+        if (left > 1 && node.place != NodePair::SharedNull && m_dice.oneIn(2))
+            descend(node);
     }
 
     for (ValuePair& pair : m_pool) {

@@ -66,7 +66,7 @@ private Q_SLOTS:
 void tst_DataValueRandom::agreesWithTheReferenceModel()
 {
     const quint32 seed = seedOfThisRun();
-    const int steps = stepsOfThisRun(21000);
+    const int steps = stepsOfThisRun(12000);
     qInfo("WZR_SEED=%u WZR_STEPS=%d", seed, steps);
     Dice dice(seed);
     for (int done = 0; done < steps; done += sequenceLength) {
