@@ -84,7 +84,8 @@ QString difference(const CDataValue& value, const Json::Value& expected)
             return "its own text is refused: " + is;
         if (again.type() != value.type() && value.type() != REAL_VALUE)
             return "its own text reads back as another kind: " + is;
-        if (again.getSize() != value.getSize())
+        // Keys of broken UTF-8 may become one on their way through a QString.
+        if (!is.contains(QChar::ReplacementCharacter) && again.getSize() != value.getSize())
             return "its own text reads back with another size: " + is;
     }
     return QString();
