@@ -276,6 +276,31 @@ public:
     /// The kind of a JSON value; an unknown JSON type gives NULL_VALUE.
     static ENUM_VALUE_TYPE toValueType(const Json::Value& json);
 
+    // Files. The end of the path, case-sensitive, chooses the form: ".xml" is the typed XML form,
+    // ".config" and ".perso" are the compact JSON text. Files are regular files of at most 16 MiB
+    // whose values nest at most 1000 levels deep, scalars included; others are neither read nor
+    // written.
+
+    /// Reads a file into this value and remembers its path. False, with this value unchanged, when
+    /// that fails: any other name is refused with a line in the log, and so is an XML file that
+    /// cannot be read; a JSON file that cannot be read is not logged.
+    bool readFile(const QString& path);
+    bool readFile(const char* path);
+    /// The two forms for themselves, whatever the name.
+    bool readXMLFile(const QString& path);
+    bool readConfigFile(const QString& path);
+    /// Saves to the path of the last successful read.
+    bool saveFile();
+    /// Saves what the text shows. The file is replaced as a whole or not at all: false means that
+    /// an old one is still as it was. Any other name is refused with a line in the log. A value
+    /// that holds an address ends the process.
+    bool saveFileAs(const QString& path);
+    bool saveFileAs(const char* path);
+    /// The two forms for themselves; false for a path that does not end accordingly. Doubles keep
+    /// six decimals in the XML form; unsigned integers stay unsigned there and only there.
+    bool saveXMLFile(const QString& path);
+    bool saveConfigFile(const QString& path);
+
     /// Returns m_sNull after making it null again. When somebody had written into it, that is
     /// lost and one warning is logged.
     static CDataValue& referToMemberNull();
