@@ -59,6 +59,24 @@ void tst_connectionmanager::showsEveryRecordAndTheReports()
         "              Example Mobile (00101), LTE, in use",
         "              Sample Telecom (00102), UMTS, available",
         "              Closed Network (99999), GSM, forbidden",
+        "Messages      8 messages",
+        "              1 unread from +15550101, 17/05/2024 12:01: Welcome to Example Mobile.",
+        "              2 unread from +15550101, 17/05/2024 12:02: Your bill is ready.",
+        "              3 unread from +15550102, 17/05/2024 12:03: Are you at home?",
+        "              4 unread from +15550102, 17/05/2024 12:04: Call me back, please.",
+        "              5 unread from +15550103, 17/05/2024 12:05: The train is late.",
+        "              6 unread from +15550103, 17/05/2024 12:06: Now it is here.",
+        "              7 unread from +15550104, 17/05/2024 12:07: Grüße aus Köln!",
+        "              8 unread from +15550105, 17/05/2024 12:08: See you tomorrow.",
+        "Messages      room for messages on the SIM: 8 of 20 used",
+        "Phonebook     3 entries",
+        "              1 Ada: +15550102",
+        "              2 Grace: +15550103",
+        "              3 Zoë: +15550104",
+        "Phonebook     room for entries on the SIM: 3 of 10 used",
+        "Diagnosis     Example Devices Simulated Modem, Example Mobile, signal 21 of 31 (-71 dBm), "
+        "the SIM is ready, registered in the home network",
+        "Diagnosis     nothing wrong",
         "* Connection  connected",
         "Connection    connected",
         "Connection    connected",
@@ -87,13 +105,13 @@ void tst_connectionmanager::carriesTheSameTextOnBothEnds()
     QCOMPARE(service->exitCode(), 0);
 
     const QList<QByteArray> sent = traced(*dashboard, "IPCClient sends");
-    QCOMPARE(sent.size(), 10);
+    QCOMPARE(sent.size(), 16);
     QCOMPARE(sent.first(), QByteArray("__BEGIN__{\"IPCMSG_MSG_SENDER\":\"desk\","
                                       "\"IPCMSG_TYPE\":\"DEMO_MESSAGE_PIN_STATE\"}\\n__END__"));
     QCOMPARE(sent, traced(*service, "IPCServer received"));
 
     const QList<QByteArray> received = traced(*dashboard, "IPCClient received");
-    QCOMPARE(received.size(), 12);
+    QCOMPARE(received.size(), 18);
     QCOMPARE(received.first(),
              QByteArray("__BEGIN__{\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_MSG_SENDER\":\"desk\","
                         "\"IPCMSG_RESPONSE_DATA\":{\"nPinCnt\":3,\"nPukCnt\":10,\"nState\":1},"

@@ -54,6 +54,9 @@ private Q_SLOTS:
     void introducesClientsWithANameOnly();
     void tellsTheIDsOfKnownDevices();
     void refusesADialUpForAnotherDevice();
+    void cancelsOnlyWhatAPluginKnows();
+    void refusesToDeleteNothing();
+    void deletesOneListAtATime();
 };
 
 void tst_connectionmanagerwire::repeatsPayloadAndSenderInTheAnswer()
@@ -193,6 +196,50 @@ void tst_connectionmanagerwire::refusesADialUpForAnotherDevice()
     client.send(request.arg("demo-device-1"));
     QVERIFY(client.answer().contains("DEMO_MESSAGE_RPT_CONNECT_STATE"));
     QVERIFY(client.answer().contains(R"("IPCMSG_ERROR_CODE":0,)"));
+}
+
+void tst_connectionmanagerwire::cancelsOnlyWhatAPluginKnows()
+{
+    ConnectionManager manager;
+    const auto service = manager.startService();
+    RawClient client(manager.socket("demo-device-1"));
+    const QString request =
+        R"({"IPCMSG_TYPE":"DEMO_MESSAGE_CANCEL","IPCMSG_USER_DATA":{"msgId":"%1"}})";
+    client.send(request.arg("DEMO_MESSAGE_SMS_DELETE"));
+    QVERIFY(client.answer().contains(R"("IPCMSG_ERROR_CODE":0,)"));
+    client.send(request.arg("NOBODY_KNOWS"));
+    QVERIFY(client.answer().contains(R"("IPCMSG_ERROR_CODE":42,)"));
+    client.send(R"({"IPCMSG_TYPE":"DEMO_MESSAGE_CANCEL"})");
+    QVERIFY(client.answer().contains(R"("IPCMSG_ERROR_CODE":42,)"));
+}
+
+void tst_connectionmanagerwire::refusesToDeleteNothing()
+{
+    ConnectionManager manager;
+    const auto service = manager.startService();
+    RawClient client(manager.socket("demo-device-1"));
+    for (const char* references : {"[]", "null", "7", R"({"a":1})"}) {
+        client.send(QString(R"({"IPCMSG_TYPE":"DEMO_MESSAGE_SMS_DELETE",)"
+                            R"("IPCMSG_USER_DATA":{"vRef":%1}})")
+                        .arg(references));
+        QVERIFY(client.answer().contains(R"("IPCMSG_ERROR_CODE":-1,)"));
+    }
+}
+
+void tst_connectionmanagerwire::deletesOneListAtATime()
+{
+    ConnectionManager manager;
+    const auto service = manager.startService({"--pace", "5000"});
+    RawClient client(manager.socket("demo-device-1"));
+    const QString request =
+        R"({"IPCMSG_TYPE":"DEMO_MESSAGE_SMS_DELETE","IPCMSG_USER_DATA":{"vRef":[1]}})";
+    client.send(request);
+    QVERIFY(client.answer().contains(R"("IPCMSG_ERROR_CODE":0,)"));
+    client.send(request);
+    QVERIFY(client.answer().contains(R"("IPCMSG_ERROR_CODE":2,)"));
+    // Everything else is answered meanwhile.
+    client.send(R"({"IPCMSG_TYPE":"DEMO_MESSAGE_PIN_STATE"})");
+    QVERIFY(client.answer().contains("DEMO_MESSAGE_PIN_STATE"));
 }
 
 QTEST_GUILESS_MAIN(tst_connectionmanagerwire)

@@ -57,4 +57,29 @@ namespace Connection {
 enum Code { Disconnected = 0, Connected = 1 };
 }
 
+/// The store of a message or of a phonebook entry.
+namespace Store {
+enum Code { Computer = 0, Sim = 1 };
+}
+
+/// BLSmsListItem::nBoxType.
+namespace MessageBox {
+enum Code { Inbox = 0, Outbox = 1 };
+}
+
+/// BLSmsListItem::nTag.
+namespace MessageTag {
+enum Code { Unread = 0, Read = 1 };
+}
+
+/// BLUssdReport::nReportType (+CUSD).
+namespace UssdReport {
+enum Code { Done = 0, NotSupported = 4 };
+}
+
+/// GLDiagInfo::nGroup.
+namespace DiagnosisGroup {
+enum Code { Sim = 0, Network = 1, Messages = 2 };
+}
+
 #endif

@@ -10,10 +10,33 @@ Console::Console(QObject* parent)
     connect(&m_notifier, &QSocketNotifier::activated, this, [this] { readInput(); });
 }
 
+namespace {
+
+bool s_lineIsOpen = false; // the last line was one of progress and has no end yet
+
+void write(const QString& text)
+{
+    std::fputs(text.toUtf8().constData(), stdout);
+    std::fflush(stdout);
+}
+
+} // namespace
+
 void Console::say(const QString& line)
 {
-    std::fputs((line + QLatin1Char('\n')).toUtf8().constData(), stdout);
-    std::fflush(stdout);
+    write((s_lineIsOpen ? QStringLiteral("\n") : QString()) + line + QLatin1Char('\n'));
+    s_lineIsOpen = false;
+}
+
+void Console::sayProgress(const QString& line, bool last)
+{
+    if (::isatty(STDOUT_FILENO) == 0) {
+        say(line);
+        return;
+    }
+    write((s_lineIsOpen ? QStringLiteral("\r") : QString()) + line +
+          (last ? QStringLiteral("\n") : QString()));
+    s_lineIsOpen = !last;
 }
 
 void Console::readInput()

@@ -17,6 +17,9 @@ public:
 
     /// Writes one line to standard output, at once.
     static void say(const QString& line);
+    /// Writes a line that shows how far something has come. On a terminal the next such line takes
+    /// its place, until the `last` one.
+    static void sayProgress(const QString& line, bool last);
 
 Q_SIGNALS:
     /// A line was entered; blanks at both ends are removed, empty lines are not reported.

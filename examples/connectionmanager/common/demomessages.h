@@ -27,8 +27,30 @@ constexpr char HangUp[] = "DEMO_MESSAGE_HANG_UP";             // - ; BLConnectSt
 constexpr char ConnectState[] = "DEMO_MESSAGE_CONNECT_STATE"; // - ; BLConnectState
 constexpr char Statistics[] = "DEMO_MESSAGE_STATISTICS";      // - ; BLGetStatisticsCnf
 
+constexpr char SmsList[] = "DEMO_MESSAGE_SMS_LIST";       // BLSmsGetListReq ; BLSmsGetListCnf
+constexpr char SmsStorage[] = "DEMO_MESSAGE_SMS_STORAGE"; // - ; BLSmsStorageState
+// BLSmsDeleteReq ; -. Answered when the work has begun; the reports tell how it goes on.
+constexpr char SmsDelete[] = "DEMO_MESSAGE_SMS_DELETE";
+
+constexpr char PbList[] = "DEMO_MESSAGE_PB_LIST";       // BLPbInitListReq ; BLPbInitListCnf
+constexpr char PbAdd[] = "DEMO_MESSAGE_PB_ADD";         // BLPBNewItemReq ; BLPbAddItemCnf
+constexpr char PbStorage[] = "DEMO_MESSAGE_PB_STORAGE"; // - ; BLPbGetStorageInfoCnf
+
+// BLUssdSendCmd ; -. Answered when it was sent; what the network says comes as a report.
+constexpr char UssdSend[] = "DEMO_MESSAGE_USSD_SEND";
+
+constexpr char DiagInfo[] = "DEMO_MESSAGE_DIAG_INFO";         // - ; BLDiagInfo
+constexpr char DiagFindings[] = "DEMO_MESSAGE_DIAG_FINDINGS"; // - ; GLDiagInfoList
+
+// BLCancelMessage ; -. Gives up a request whose work goes on after its answer.
+constexpr char Cancel[] = "DEMO_MESSAGE_CANCEL";
+
 // Reports, which the device service sends unasked to every client.
 constexpr char ReportNetworkInfo[] = "DEMO_MESSAGE_RPT_NETWORK_INFO";   // BLNetworkInfo
+constexpr char ReportNewSms[] = "DEMO_MESSAGE_RPT_NEW_SMS";             // BLNewSmsReport
+constexpr char ReportSmsProgress[] = "DEMO_MESSAGE_RPT_SMS_PROGRESS";   // BLSmsProgressBarPos
+constexpr char ReportSmsDeleted[] = "DEMO_MESSAGE_RPT_SMS_DELETED";     // BLSmsDeleteReturnItem
+constexpr char ReportUssd[] = "DEMO_MESSAGE_RPT_USSD";                  // BLUssdReport
 constexpr char ReportConnectState[] = "DEMO_MESSAGE_RPT_CONNECT_STATE"; // BLConnectState
 
 } // namespace DemoMessage
@@ -43,6 +65,14 @@ constexpr char DeviceUnplug[] = "WZR_MESSAGE_RPT_DEVICE_UNPLUG";
 constexpr char Quit[] = "WZR_MESSAGE_QUIT";
 
 } // namespace ControllerMessage
+
+/// The names of a phonebook entry's texts, in BLPbItem::contents.
+namespace PhonebookField {
+
+constexpr char Name[] = "name";
+constexpr char Number[] = "number";
+
+} // namespace PhonebookField
 
 /// The device of the demo, unless the command line says otherwise.
 constexpr char DefaultDeviceName[] = "Demo Modem";

@@ -6,6 +6,8 @@
 #include "common/envelope.h"
 #include "records/records.h"
 
+#include <QMap>
+
 namespace {
 
 // The slots of one identifier are called in this order.
@@ -20,14 +22,30 @@ constexpr DeviceSlots::Item Slots[] = {
     {DemoMessage::PinState, "onAnswer"},
     {DemoMessage::PinVerify, "onAnswer"},
     {DemoMessage::PinChange, "onAnswer"},
+    {DemoMessage::PinEnable, "onAnswer"},
     {DemoMessage::PukVerify, "onAnswer"},
     {DemoMessage::EquipmentInfo, "onAnswer"},
     {DemoMessage::Dial, "onAnswer"},
     {DemoMessage::HangUp, "onAnswer"},
     {DemoMessage::ConnectState, "onAnswer"},
     {DemoMessage::Statistics, "onAnswer"},
+    {DemoMessage::SmsList, "onMessages"},
+    {DemoMessage::SmsList, "onAnswer"},
+    {DemoMessage::SmsStorage, "onAnswer"},
+    {DemoMessage::SmsDelete, "onAnswer"},
+    {DemoMessage::PbList, "onAnswer"},
+    {DemoMessage::PbAdd, "onAnswer"},
+    {DemoMessage::PbStorage, "onAnswer"},
+    {DemoMessage::UssdSend, "onAnswer"},
+    {DemoMessage::DiagInfo, "onAnswer"},
+    {DemoMessage::DiagFindings, "onAnswer"},
+    {DemoMessage::Cancel, "onAnswer"},
     {DemoMessage::ReportNetworkInfo, "onReport"},
     {DemoMessage::ReportConnectState, "onReport"},
+    {DemoMessage::ReportNewSms, "onReport"},
+    {DemoMessage::ReportSmsProgress, "onReport"},
+    {DemoMessage::ReportSmsDeleted, "onReport"},
+    {DemoMessage::ReportUssd, "onReport"},
 };
 
 int errorCodeOf(CDataValue* envelope)
@@ -72,10 +90,31 @@ void Dashboard::askEverything()
     ask(DemoMessage::NetworkInfo);
     ask(DemoMessage::NetworkCell);
     ask(DemoMessage::NetworkList);
+    askForMessages();
+    askForPhonebook();
+    diagnose();
     if (m_plan.dial)
         dial();
     ask(DemoMessage::ConnectState);
     ask(DemoMessage::Statistics);
+}
+
+void Dashboard::askForMessages()
+{
+    ask(DemoMessage::SmsList, valueOf(BLSmsGetListReq()));
+    ask(DemoMessage::SmsStorage);
+}
+
+void Dashboard::askForPhonebook()
+{
+    ask(DemoMessage::PbList, valueOf(BLPbInitListReq()));
+    ask(DemoMessage::PbStorage);
+}
+
+void Dashboard::diagnose()
+{
+    ask(DemoMessage::DiagInfo);
+    ask(DemoMessage::DiagFindings);
 }
 
 void Dashboard::dial()
@@ -106,6 +145,14 @@ void Dashboard::onPinVerified(CDataValue* envelope)
     if (m_pinTried && errorCodeOf(envelope) == 0)
         askEverything();
     m_pinTried = false;
+}
+
+void Dashboard::onMessages(CDataValue* envelope)
+{
+    const auto list = recordFrom<BLSmsGetListCnf>(envelope->mapGet("IPCMSG_RESPONSE_DATA"));
+    m_messageRefs.clear();
+    for (const BLSmsListItem& message : list.listSmsItem)
+        m_messageRefs.append(message.nRef);
 }
 
 void Dashboard::onAnswer(CDataValue* envelope)
@@ -139,25 +186,82 @@ void Dashboard::selectNetwork(const QString& name)
     ask(DemoMessage::NetworkSet, valueOf(selection));
 }
 
+// The numbers of the messages, or "all" of those that were listed last.
+void Dashboard::deleteMessages(const QStringList& numbers)
+{
+    BLSmsDeleteReq removal;
+    removal.nBoxType = MessageBox::Inbox;
+    removal.nStoreIn = Store::Sim;
+    if (numbers == QStringList(QStringLiteral("all")))
+        removal.vRef = m_messageRefs;
+    else
+        for (const QString& number : numbers)
+            removal.vRef.append(number.toInt());
+    ask(DemoMessage::SmsDelete, valueOf(removal));
+}
+
+void Dashboard::cancelDeleting()
+{
+    ask(DemoMessage::Cancel, valueOf(BLCancelMessage{QLatin1String(DemoMessage::SmsDelete)}));
+}
+
+void Dashboard::addToPhonebook(const QString& number, const QString& name)
+{
+    BLPbItem entry;
+    entry.contents.insert(QLatin1String(PhonebookField::Name), name);
+    entry.contents.insert(QLatin1String(PhonebookField::Number), number);
+    BLPBNewItemReq addition;
+    addition.newItemList.append(entry);
+    ask(DemoMessage::PbAdd, valueOf(addition));
+}
+
+void Dashboard::sendUssd(const QString& text)
+{
+    BLUssdSendCmd command;
+    command.strUssdCmd = text;
+    command.strClientID = QString::fromUtf8(m_senderID);
+    command.nTimeOutSec = 30;
+    ask(DemoMessage::UssdSend, valueOf(command));
+}
+
 bool Dashboard::obey(const QString& line)
 {
+    using Words = const QStringList&;
+    struct Command
+    {
+        int words; // at least so many, the command's name included
+        void (*run)(Dashboard& self, Words words);
+    };
+    static const QMap<QString, Command> commands{
+        {"ask", {1, [](Dashboard& self, Words) { self.begin(); }}},
+        {"pin",
+         {2, [](Dashboard& self, Words w) { self.ask(DemoMessage::PinVerify, CDataValue(w[1])); }}},
+        {"changepin",
+         {3,
+          [](Dashboard& self, Words w) {
+              self.ask(DemoMessage::PinChange, valueOf(BLPINChangeInfo{w[1], w[2]}));
+          }}},
+        {"puk",
+         {3,
+          [](Dashboard& self, Words w) {
+              self.ask(DemoMessage::PukVerify, valueOf(BLPINVerifyPukInfo{w[1], w[2]}));
+          }}},
+        {"network", {1, [](Dashboard& self, Words w) { self.selectNetwork(w.mid(1).join(' ')); }}},
+        {"dial", {1, [](Dashboard& self, Words) { self.dial(); }}},
+        {"hangup", {1, [](Dashboard& self, Words) { self.ask(DemoMessage::HangUp); }}},
+        {"messages", {1, [](Dashboard& self, Words) { self.askForMessages(); }}},
+        {"delete", {2, [](Dashboard& self, Words w) { self.deleteMessages(w.mid(1)); }}},
+        {"cancel", {1, [](Dashboard& self, Words) { self.cancelDeleting(); }}},
+        {"phonebook", {1, [](Dashboard& self, Words) { self.askForPhonebook(); }}},
+        {"add",
+         {3, [](Dashboard& self, Words w) { self.addToPhonebook(w[1], w.mid(2).join(' ')); }}},
+        {"ussd", {2, [](Dashboard& self, Words w) { self.sendUssd(w[1]); }}},
+        {"diagnose", {1, [](Dashboard& self, Words) { self.diagnose(); }}},
+    };
     const QStringList words = line.split(QLatin1Char(' '));
-    const QString& command = words.first();
-    if (command == QLatin1String("ask"))
-        begin();
-    else if (command == QLatin1String("pin") && words.size() == 2)
-        ask(DemoMessage::PinVerify, CDataValue(words[1]));
-    else if (command == QLatin1String("changepin") && words.size() == 3)
-        ask(DemoMessage::PinChange, valueOf(BLPINChangeInfo{words[1], words[2]}));
-    else if (command == QLatin1String("puk") && words.size() == 3)
-        ask(DemoMessage::PukVerify, valueOf(BLPINVerifyPukInfo{words[1], words[2]}));
-    else if (command == QLatin1String("network"))
-        selectNetwork(line.section(QLatin1Char(' '), 1).trimmed());
-    else if (command == QLatin1String("dial"))
-        dial();
-    else if (command == QLatin1String("hangup"))
-        ask(DemoMessage::HangUp);
-    else
+    const auto command = commands.constFind(words.first());
+    if (command == commands.constEnd() || words.size() < command->words)
         return false;
+    command->run(*this, words);
     return true;
 }

@@ -7,6 +7,7 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <QVector>
 
 /// The conversation with the device: what is asked, when, and in which order. A module like
 /// RecordView, which shows the answers; both know the message center only.
@@ -40,12 +41,20 @@ private Q_SLOTS:
     void onAnswer(CDataValue* envelope);
     void onPinState(CDataValue* envelope);
     void onPinVerified(CDataValue* envelope);
+    void onMessages(CDataValue* envelope);
     void onReport(CDataValue* envelope);
 
 private:
     void ask(const char* messageID, const CDataValue& data = CDataValue());
     void askEverything();
     void dial();
+    void askForMessages();
+    void askForPhonebook();
+    void diagnose();
+    void deleteMessages(const QStringList& numbers);
+    void cancelDeleting();
+    void addToPhonebook(const QString& number, const QString& name);
+    void sendUssd(const QString& text);
     void selectNetwork(const QString& name);
     void finishWhenDone();
 
@@ -56,6 +65,7 @@ private:
     int m_open = 0;     // questions without an answer
     int m_failures = 0; // answers with an error code
     int m_reports = 0;
+    QVector<int> m_messageRefs; // of the messages that were listed last
     DeviceSlots m_slots;
 };
 

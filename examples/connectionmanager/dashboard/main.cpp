@@ -2,7 +2,10 @@
 // lines that begin with "*" are reports that came unasked. Then it ends (--once), or stays and
 // takes commands from standard input:
 //
-//     ask | pin PIN | changepin OLD NEW | puk PUK NEWPIN | network [NAME] | dial | hangup | quit
+//     ask | messages | phonebook | diagnose | quit
+//     pin PIN | changepin OLD NEW | puk PUK NEWPIN
+//     network [NAME] | dial | hangup | ussd TEXT
+//     delete all | delete NUMBER... | cancel | add NUMBER NAME
 //
 // Exit codes: 0 done, 1 the device refused something, 2 wrong usage, 3 no answer in time (--once).
 

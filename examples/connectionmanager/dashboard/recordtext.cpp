@@ -1,6 +1,7 @@
 #include "dashboard/recordtext.h"
 
 #include "common/codes.h"
+#include "common/demomessages.h"
 
 #include <QMap>
 #include <QStringList>
@@ -36,6 +37,16 @@ QString signalStrength(int rssi)
     if (rssi < 0 || rssi > 31)
         return QStringLiteral("signal unknown");
     return QStringLiteral("signal %1 of 31 (%2 dBm)").arg(rssi).arg(2 * rssi - 113);
+}
+
+QString pinState(int code)
+{
+    static const QMap<int, QString> names{
+        {PinState::Ready, QStringLiteral("the SIM is ready")},
+        {PinState::PinNeeded, QStringLiteral("the SIM asks for the PIN")},
+        {PinState::PukNeeded, QStringLiteral("the SIM asks for the PUK")},
+        {PinState::Blocked, QStringLiteral("the SIM is blocked")}};
+    return nameOf(names, code);
 }
 
 QString amount(long long bytes)
@@ -101,13 +112,7 @@ QString textOf(const BLNetworkListCnf& networks)
 
 QString textOf(const BLPinCheckState& state)
 {
-    static const QMap<int, QString> names{
-        {PinState::Ready, QStringLiteral("the SIM is ready")},
-        {PinState::PinNeeded, QStringLiteral("the SIM asks for the PIN")},
-        {PinState::PukNeeded, QStringLiteral("the SIM asks for the PUK")},
-        {PinState::Blocked, QStringLiteral("the SIM is blocked")}};
-    return nameOf(names, state.nState) + QStringLiteral("; ") +
-           attempts(state.nPinCnt, state.nPukCnt);
+    return pinState(state.nState) + QStringLiteral("; ") + attempts(state.nPinCnt, state.nPukCnt);
 }
 
 QString textOf(const BLPINInfo& info)
@@ -133,6 +138,111 @@ QString textOf(const BLGetStatisticsCnf& statistics)
         .arg(textOf(statistics.tState), QString::number(info.dwDuration),
              amount(info.dwByteReceived), amount(info.dwByteSent), amount(info.dwRateReceived),
              amount(info.dwRateSent));
+}
+
+QString textOf(const BLSmsListItem& message)
+{
+    return QStringLiteral("%1 %2 from %3, %4: %5")
+        .arg(QString::number(message.nRef),
+             message.nTag == MessageTag::Unread ? QStringLiteral("unread") : QStringLiteral("read"),
+             message.strAddress, message.strDateTime, message.strContent);
+}
+
+QString textOf(const BLSmsGetListCnf& messages)
+{
+    QStringList lines{QStringLiteral("%1 messages").arg(messages.listSmsItem.size())};
+    for (const BLSmsListItem& message : messages.listSmsItem)
+        lines += textOf(message);
+    return lines.join(QLatin1Char('\n'));
+}
+
+QString textOf(const BLNewSmsReport& report)
+{
+    return textOf(report.tListItem);
+}
+
+QString textOf(const BLSmsStorageState& state)
+{
+    return QStringLiteral("room for messages on the SIM: %1 of %2 used")
+        .arg(state.nSimUsed)
+        .arg(state.nSimTotal);
+}
+
+QString textOf(const BLSmsProgressBarPos& position)
+{
+    constexpr int Width = 20;
+    const int total = qMax(position.nTotal, 1);
+    const int done = qBound(0, position.nCurPos, total);
+    const int filled = static_cast<int>(static_cast<long long>(done) * Width / total);
+    return QStringLiteral("[%1%2] %3 of %4")
+        .arg(QString(filled, QLatin1Char('#')), QString(Width - filled, QLatin1Char('.')))
+        .arg(position.nCurPos)
+        .arg(position.nTotal);
+}
+
+QString textOf(const BLSmsDeleteReturnItem& result)
+{
+    return QStringLiteral("%1 deleted, %2 not deleted")
+        .arg(result.vSuccessRef.size())
+        .arg(result.vFailureRef.size());
+}
+
+QString textOf(const BLPbInitListCnf& phonebook)
+{
+    QStringList lines{QStringLiteral("%1 entries").arg(phonebook.listPBItem.size())};
+    for (const BLPbItem& entry : phonebook.listPBItem) {
+        lines += QStringLiteral("%1 %2: %3")
+                     .arg(QString::number(entry.nIndex),
+                          entry.contents.value(QLatin1String(PhonebookField::Name)),
+                          entry.contents.value(QLatin1String(PhonebookField::Number)));
+    }
+    return lines.join(QLatin1Char('\n'));
+}
+
+QString textOf(const BLPbAddItemCnf& counts)
+{
+    return QStringLiteral("%1 added, %2 not added")
+        .arg(counts.successItemCount)
+        .arg(counts.failureItemCount);
+}
+
+QString textOf(const BLPbGetStorageInfoCnf& state)
+{
+    return QStringLiteral("room for entries on the SIM: %1 of %2 used")
+        .arg(state.nSimUsed)
+        .arg(state.nSimTotal);
+}
+
+QString textOf(const BLUssdReport& report)
+{
+    const QString text = report.nReportType == UssdReport::NotSupported
+                             ? QStringLiteral("the network does not know this")
+                             : report.strContent;
+    return QStringLiteral("%1 (asked by %2)").arg(text, report.strClientID);
+}
+
+QString textOf(const BLDiagInfo& info)
+{
+    BLNetRegState registration;
+    registration.nState = info.nNormalRegState;
+    return QStringLiteral("%1 %2, %3, %4, %5, %6")
+        .arg(info.strManufacturer, info.strModel,
+             info.strOperator.isEmpty() ? QStringLiteral("no network") : info.strOperator,
+             signalStrength(info.nRssi), pinState(info.nPinState), textOf(registration));
+}
+
+QString textOf(const GLDiagInfoList& findings)
+{
+    if (findings.listDiagInfo.isEmpty())
+        return QStringLiteral("nothing wrong");
+    QStringList lines;
+    for (const GLDiagInfo& finding : findings.listDiagInfo) {
+        lines +=
+            QStringLiteral("%1 (%2): %3")
+                .arg(finding.strErr, QStringList(finding.strDiscription).join(QStringLiteral(", ")),
+                     finding.strSolution);
+    }
+    return lines.join(QLatin1Char('\n'));
 }
 
 QString errorText(int code)

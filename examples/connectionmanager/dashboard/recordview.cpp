@@ -23,15 +23,34 @@ constexpr DeviceSlots::Item Slots[] = {
     {DemoMessage::HangUp, "showConnection"},
     {DemoMessage::ConnectState, "showConnection"},
     {DemoMessage::Statistics, "showStatistics"},
+    {DemoMessage::SmsList, "showMessages"},
+    {DemoMessage::SmsStorage, "showMessageStorage"},
+    {DemoMessage::SmsDelete, "showDeletion"},
+    {DemoMessage::PbList, "showPhonebook"},
+    {DemoMessage::PbAdd, "showAddition"},
+    {DemoMessage::PbStorage, "showPhonebookStorage"},
+    {DemoMessage::UssdSend, "showUssdSent"},
+    {DemoMessage::DiagInfo, "showDiagnosis"},
+    {DemoMessage::DiagFindings, "showFindings"},
+    {DemoMessage::Cancel, "showCancel"},
     {DemoMessage::ReportNetworkInfo, "showNetworkReport"},
     {DemoMessage::ReportConnectState, "showConnectionReport"},
+    {DemoMessage::ReportNewSms, "showNewMessage"},
+    {DemoMessage::ReportSmsProgress, "showProgress"},
+    {DemoMessage::ReportSmsDeleted, "showDeleted"},
+    {DemoMessage::ReportUssd, "showUssd"},
 };
 
 // "Title    text", further lines of the text below the first.
-void print(const char* title, QString text)
+QString line(const char* title, QString text)
 {
     text.replace(QLatin1Char('\n'), QLatin1Char('\n') + QString(14, QLatin1Char(' ')));
-    Console::say(QStringLiteral("%1%2").arg(QLatin1String(title), -14).arg(text));
+    return QStringLiteral("%1%2").arg(QLatin1String(title), -14).arg(text);
+}
+
+void print(const char* title, const QString& text)
+{
+    Console::say(line(title, text));
 }
 
 template<class Record>
@@ -42,6 +61,13 @@ void show(const char* title, CDataValue* envelope)
         print(title, errorText(errorCode));
     else
         print(title, textOf(recordFrom<Record>(envelope->mapGet("IPCMSG_RESPONSE_DATA"))));
+}
+
+// An answer that carries no record.
+void showDone(const char* title, CDataValue* envelope, const char* success)
+{
+    const int errorCode = envelope->mapGet("IPCMSG_ERROR_CODE").asInt();
+    print(title, errorCode == 0 ? QLatin1String(success) : errorText(errorCode));
 }
 
 } // namespace
@@ -72,11 +98,9 @@ void RecordView::showNetworks(CDataValue* envelope)
     show<BLNetworkListCnf>("Networks", envelope);
 }
 
-// The answer carries no record.
 void RecordView::showSelection(CDataValue* envelope)
 {
-    const int errorCode = envelope->mapGet("IPCMSG_ERROR_CODE").asInt();
-    print("Selection", errorCode == 0 ? QStringLiteral("done") : errorText(errorCode));
+    showDone("Selection", envelope, "done");
 }
 
 void RecordView::showPinState(CDataValue* envelope)
@@ -118,4 +142,75 @@ void RecordView::showNetworkReport(CDataValue* envelope)
 void RecordView::showConnectionReport(CDataValue* envelope)
 {
     show<BLConnectState>("* Connection", envelope);
+}
+
+void RecordView::showMessages(CDataValue* envelope)
+{
+    show<BLSmsGetListCnf>("Messages", envelope);
+}
+
+void RecordView::showMessageStorage(CDataValue* envelope)
+{
+    show<BLSmsStorageState>("Messages", envelope);
+}
+
+void RecordView::showDeletion(CDataValue* envelope)
+{
+    showDone("Deletion", envelope, "begun");
+}
+
+void RecordView::showPhonebook(CDataValue* envelope)
+{
+    show<BLPbInitListCnf>("Phonebook", envelope);
+}
+
+void RecordView::showAddition(CDataValue* envelope)
+{
+    show<BLPbAddItemCnf>("Phonebook", envelope);
+}
+
+void RecordView::showPhonebookStorage(CDataValue* envelope)
+{
+    show<BLPbGetStorageInfoCnf>("Phonebook", envelope);
+}
+
+void RecordView::showUssdSent(CDataValue* envelope)
+{
+    showDone("USSD", envelope, "sent");
+}
+
+void RecordView::showDiagnosis(CDataValue* envelope)
+{
+    show<BLDiagInfo>("Diagnosis", envelope);
+}
+
+void RecordView::showFindings(CDataValue* envelope)
+{
+    show<GLDiagInfoList>("Diagnosis", envelope);
+}
+
+void RecordView::showCancel(CDataValue* envelope)
+{
+    showDone("Cancel", envelope, "done");
+}
+
+void RecordView::showNewMessage(CDataValue* envelope)
+{
+    show<BLNewSmsReport>("* Message", envelope);
+}
+
+void RecordView::showProgress(CDataValue* envelope)
+{
+    const auto position = recordFrom<BLSmsProgressBarPos>(envelope->mapGet("IPCMSG_RESPONSE_DATA"));
+    Console::sayProgress(line("* Deletion", textOf(position)), position.nCurPos >= position.nTotal);
+}
+
+void RecordView::showDeleted(CDataValue* envelope)
+{
+    show<BLSmsDeleteReturnItem>("* Deletion", envelope);
+}
+
+void RecordView::showUssd(CDataValue* envelope)
+{
+    show<BLUssdReport>("* USSD", envelope);
 }

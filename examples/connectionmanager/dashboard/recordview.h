@@ -30,6 +30,20 @@ private Q_SLOTS:
     void showStatistics(CDataValue* envelope);
     void showNetworkReport(CDataValue* envelope);
     void showConnectionReport(CDataValue* envelope);
+    void showMessages(CDataValue* envelope);
+    void showMessageStorage(CDataValue* envelope);
+    void showDeletion(CDataValue* envelope);
+    void showPhonebook(CDataValue* envelope);
+    void showAddition(CDataValue* envelope);
+    void showPhonebookStorage(CDataValue* envelope);
+    void showUssdSent(CDataValue* envelope);
+    void showDiagnosis(CDataValue* envelope);
+    void showFindings(CDataValue* envelope);
+    void showCancel(CDataValue* envelope);
+    void showNewMessage(CDataValue* envelope);
+    void showProgress(CDataValue* envelope);
+    void showDeleted(CDataValue* envelope);
+    void showUssd(CDataValue* envelope);
 
 private:
     DeviceSlots m_slots;

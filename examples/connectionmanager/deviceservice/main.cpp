@@ -1,8 +1,9 @@
 // The service of one device. It listens under the device's ID; clients find the ID by asking the
-// application controller for the device's name. One line on standard input drives the simulated
+// application controller for the device's name. Lines on standard input drive the simulated
 // modem:
 //
-//     signal N    the signal strength is N from now on, 0 to 31
+//     signal N            the signal strength is N from now on, 0 to 31
+//     message FROM TEXT   a message arrives
 
 #include "applicationcontorllerclient/applicationcontorllerclient.h"
 #include "common/console.h"
@@ -10,11 +11,15 @@
 #include "common/demomessages.h"
 #include "common/process.h"
 #include "deviceservice/connectionplugin.h"
+#include "deviceservice/diagnosticplugin.h"
 #include "deviceservice/equipmentplugin.h"
+#include "deviceservice/messageplugin.h"
 #include "deviceservice/networkplugin.h"
+#include "deviceservice/phonebookplugin.h"
 #include "deviceservice/pinplugin.h"
 #include "deviceservice/pluginhost.h"
 #include "deviceservice/simulatedmodem.h"
+#include "deviceservice/ussdplugin.h"
 #include "deviceservice_global.h"
 
 #include <QCommandLineParser>
@@ -28,6 +33,7 @@ struct Options
     QString deviceID;
     QString logFile;
     int signalInterval = 0;
+    int pace = 0;
     bool trace = false;
 };
 
@@ -44,15 +50,21 @@ Options readOptions(const QCoreApplication& application)
          {QStringLiteral("signal-interval"),
           QStringLiteral("Change the signal every so many milliseconds; 0: never."),
           QStringLiteral("MS"), QStringLiteral("2000")},
+         {QStringLiteral("pace"),
+          QStringLiteral("Rest so many milliseconds between the steps of long operations."),
+          QStringLiteral("MS"), QStringLiteral("100")},
          {QStringLiteral("trace"), QStringLiteral("Print the messages as they travel.")},
          {QStringLiteral("log"), QStringLiteral("Log file."), QStringLiteral("FILE")}});
     parser.process(application);
     bool isNumber = false;
-    Options options{parser.value(QStringLiteral("name")), parser.value(QStringLiteral("id")),
+    bool isPace = false;
+    Options options{parser.value(QStringLiteral("name")),
+                    parser.value(QStringLiteral("id")),
                     parser.value(QStringLiteral("log")),
                     parser.value(QStringLiteral("signal-interval")).toInt(&isNumber),
+                    parser.value(QStringLiteral("pace")).toInt(&isPace),
                     parser.isSet(QStringLiteral("trace"))};
-    if (!isNumber)
+    if (!isNumber || !isPace || options.pace < 0)
         parser.showHelp(2);
     return options;
 }
@@ -103,10 +115,14 @@ void obeyController(ApplicationContorllerClient& controller, const QString& devi
 
 void obeyConsole(SimulatedModem& modem, const QString& line)
 {
+    const QString from = line.section(QLatin1Char(' '), 1, 1);
+    const QString text = line.section(QLatin1Char(' '), 2);
     bool isNumber = false;
     const int rssi = line.section(QLatin1Char(' '), 1).toInt(&isNumber);
     if (isNumber && line.startsWith(QLatin1String("signal ")))
         modem.setSignal(rssi);
+    else if (line.startsWith(QLatin1String("message ")) && !text.isEmpty())
+        modem.receiveMessage(from, text);
     else
         Console::say(QStringLiteral("cannot do: %1").arg(line));
 }
@@ -133,6 +149,10 @@ int main(int argc, char* argv[])
     host.add(new PinPlugin(modem));
     host.add(new EquipmentPlugin(modem));
     host.add(new ConnectionPlugin(modem, options.deviceName));
+    host.add(new MessagePlugin(modem, options.pace));
+    host.add(new PhonebookPlugin(modem));
+    host.add(new UssdPlugin(modem));
+    host.add(new DiagnosticPlugin(modem));
     QObject::connect(&modem, &Modem::reported, &host, &PluginHost::handleEvent);
     server.startListen(options.deviceID);
 

@@ -38,6 +38,18 @@ public:
     virtual int connectState(BLConnectState& state) = 0;
     virtual int statistics(BLConnectionStatistics& statistics) = 0;
 
+    virtual int messages(BLSmsGetListCnf& list) = 0;
+    virtual int messageStorage(BLSmsStorageState& state) = 0;
+    /// `ref` is BLSmsListItem::nRef.
+    virtual int deleteMessage(int ref) = 0;
+
+    virtual int phonebook(BLPbInitListCnf& list) = 0;
+    virtual int phonebookStorage(BLPbGetStorageInfoCnf& state) = 0;
+    virtual int addPhonebookEntry(const BLPbItem& entry) = 0;
+
+    /// Sends the text; the network's answer comes as ModemEvent::Ussd.
+    virtual int sendUssd(const BLUssdSendCmd& command) = 0;
+
 Q_SIGNALS:
     /// The device reports something unasked. `event` is one of ModemEvent, `text` what the device
     /// said, `data` what it means; `data` is valid during the emission only. May come from inside
@@ -48,8 +60,10 @@ Q_SIGNALS:
 /// What a modem reports. The plug-ins register for these with registererUnsolicitedMessage().
 namespace ModemEvent {
 
-constexpr char Signal[] = "MODEM_SIGNAL";         // the new strength, 0 to 31, or 99 for unknown
-constexpr char Connection[] = "MODEM_CONNECTION"; // the new state, a number of Connection::Code
+constexpr char Signal[] = "MODEM_SIGNAL";          // the new strength, 0 to 31, or 99 for unknown
+constexpr char Connection[] = "MODEM_CONNECTION";  // the new state, a number of Connection::Code
+constexpr char NewMessage[] = "MODEM_NEW_MESSAGE"; // BLSmsListItem
+constexpr char Ussd[] = "MODEM_USSD";              // BLUssdReport
 
 } // namespace ModemEvent
 

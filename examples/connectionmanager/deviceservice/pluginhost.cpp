@@ -1,7 +1,9 @@
 #include "deviceservice/pluginhost.h"
 
 #include "LogTask/clog.h"
+#include "common/demomessages.h"
 #include "common/envelope.h"
+#include "records/records.h"
 
 PluginHost::PluginHost(IPCServer& server, QObject* parent)
     : QObject(parent)
@@ -40,19 +42,35 @@ void PluginHost::receive(const QString& text, int clientID)
     const QString messageID = request.mapGet("IPCMSG_TYPE").asQString();
     CDataValue payload(request.mapGet("IPCMSG_USER_DATA"));
     CDataValue response;
-    int errorCode = BusinessPluginBase::NoHandler;
-    if (BusinessPluginBase* plugin = pluginFor(messageID)) {
-        errorCode = plugin->handleMessageComing(messageID, &payload, &response);
-        Q_EMIT passed(QStringLiteral("plug-in %1 answered with error code %2")
-                          .arg(plugin->pluginName())
-                          .arg(errorCode),
-                      response.parseToQString(FAST_STYLE).trimmed());
-    }
+    const int errorCode = handle(messageID, payload, response);
     const QString answer =
         Envelope::answer(request, errorCode, response).parseToQString(FAST_STYLE);
     Q_EMIT passed(QStringLiteral("IPCServer sends to client %1").arg(clientID),
                   Envelope::frame(answer));
     m_server.sendResponse(answer, clientID);
+}
+
+int PluginHost::handle(const QString& messageID, CDataValue& payload, CDataValue& response)
+{
+    if (messageID == QLatin1String(DemoMessage::Cancel))
+        return cancel(payload);
+    BusinessPluginBase* plugin = pluginFor(messageID);
+    if (plugin == nullptr)
+        return BusinessPluginBase::NoHandler;
+    const int errorCode = plugin->handleMessageComing(messageID, &payload, &response);
+    Q_EMIT passed(QStringLiteral("plug-in %1 answered with error code %2")
+                      .arg(plugin->pluginName())
+                      .arg(errorCode),
+                  response.parseToQString(FAST_STYLE).trimmed());
+    return errorCode;
+}
+
+int PluginHost::cancel(CDataValue& payload)
+{
+    const QString messageID = recordFrom<BLCancelMessage>(payload).msgId;
+    for (BusinessPluginBase* plugin : m_plugins)
+        plugin->onCancelMessage(messageID);
+    return pluginFor(messageID) != nullptr ? 0 : BusinessPluginBase::NoHandler;
 }
 
 void PluginHost::report(const QString& messageID, CDataValue* data, int errorCode)

@@ -25,6 +25,9 @@
 /// **A report** is what a plug-in emits as sendUnsolicitedReportDirect(). The host sends it to
 /// every client, with the payload under "IPCMSG_RESPONSE_DATA".
 ///
+/// **A cancel** (DemoMessage::Cancel) is the host's own request: it reaches every plug-in that
+/// knows the identifier in it, and is answered with 42 when none does.
+///
 /// **An event** of the device is handed to every plug-in that has registered for it; a plug-in
 /// turns it into a report when the clients are to know.
 ///
@@ -50,6 +53,8 @@ Q_SIGNALS:
 private:
     void receive(const QString& text, int clientID);
     void report(const QString& messageID, CDataValue* data, int errorCode);
+    int handle(const QString& messageID, CDataValue& payload, CDataValue& response);
+    int cancel(CDataValue& payload);
     BusinessPluginBase* pluginFor(const QString& messageID) const;
 
     IPCServer& m_server;

@@ -1,6 +1,7 @@
 #include "deviceservice/simulatedmodem.h"
 
 #include "common/codes.h"
+#include "common/envelope.h"
 
 #include <array>
 
@@ -293,5 +294,75 @@ int SimulatedModem::statistics(BLConnectionStatistics& statistics)
     statistics.dwRateReceived = BytesReceivedPerMs * 1000;
     statistics.dwRateSent = BytesSentPerMs * 1000;
     statistics.dwRateMax = statistics.dwRateReceived;
+    return AtError::None;
+}
+
+void SimulatedModem::receiveMessage(const QString& number, const QString& text)
+{
+    const BLSmsListItem* item = m_sim.addMessage(number, text);
+    if (item == nullptr)
+        return;
+    CDataValue data = valueOf(*item);
+    Q_EMIT reported(QLatin1String(ModemEvent::NewMessage),
+                    QStringLiteral("+CMTI: \"SM\",%1").arg(item->nRef), &data);
+}
+
+int SimulatedModem::messages(BLSmsGetListCnf& list)
+{
+    list = m_sim.messages();
+    return simError();
+}
+
+int SimulatedModem::messageStorage(BLSmsStorageState& state)
+{
+    state = m_sim.messageStorage();
+    return simError();
+}
+
+int SimulatedModem::deleteMessage(int ref)
+{
+    if (simError() != AtError::None)
+        return simError();
+    return m_sim.deleteMessage(ref) ? AtError::None : AtError::InvalidIndex;
+}
+
+int SimulatedModem::phonebook(BLPbInitListCnf& list)
+{
+    list = m_sim.phonebook();
+    return simError();
+}
+
+int SimulatedModem::phonebookStorage(BLPbGetStorageInfoCnf& state)
+{
+    state = m_sim.phonebookStorage();
+    return simError();
+}
+
+int SimulatedModem::addPhonebookEntry(const BLPbItem& entry)
+{
+    if (simError() != AtError::None)
+        return simError();
+    return m_sim.addPhonebookEntry(entry) ? AtError::None : AtError::MemoryFull;
+}
+
+int SimulatedModem::sendUssd(const BLUssdSendCmd& command)
+{
+    if (simError() != AtError::None)
+        return simError();
+    if (command.strUssdCmd.isEmpty())
+        return AtError::IncorrectParameters;
+    BLUssdReport report;
+    report.strClientID = command.strClientID;
+    report.nReportType = UssdReport::NotSupported;
+    if (command.strUssdCmd == QLatin1String("*100#")) {
+        report.nReportType = UssdReport::Done;
+        report.strContent = QStringLiteral("Your credit is 12.34.");
+    }
+    // The network takes its time.
+    QTimer::singleShot(0, this, [this, report] {
+        CDataValue data = valueOf(report);
+        Q_EMIT reported(QLatin1String(ModemEvent::Ussd),
+                        QStringLiteral("+CUSD: %1").arg(report.nReportType), &data);
+    });
     return AtError::None;
 }

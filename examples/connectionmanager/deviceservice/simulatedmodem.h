@@ -2,6 +2,7 @@
 #define DEMO_SIMULATEDMODEM_H
 
 #include "deviceservice/modem.h"
+#include "deviceservice/simulatedsim.h"
 
 #include <QElapsedTimer>
 #include <QTimer>
@@ -21,6 +22,9 @@ public:
     /// Changes the signal now: 0 to 31, or 99 for unknown; other numbers count as 99.
     void setSignal(int rssi);
 
+    /// Lets a message arrive.
+    void receiveMessage(const QString& number, const QString& text);
+
     int equipment(BLEquipmentInfo& info) override;
     int networkInfo(BLNetworkInfo& info) override;
     int registration(BLNetRegState& state) override;
@@ -36,6 +40,13 @@ public:
     int hangUp() override;
     int connectState(BLConnectState& state) override;
     int statistics(BLConnectionStatistics& statistics) override;
+    int messages(BLSmsGetListCnf& list) override;
+    int messageStorage(BLSmsStorageState& state) override;
+    int deleteMessage(int ref) override;
+    int phonebook(BLPbInitListCnf& list) override;
+    int phonebookStorage(BLPbGetStorageInfoCnf& state) override;
+    int addPhonebookEntry(const BLPbItem& entry) override;
+    int sendUssd(const BLUssdSendCmd& command) override;
 
 private:
     int simError() const;
@@ -56,6 +67,8 @@ private:
 
     bool m_connected = false;
     QElapsedTimer m_connectedFor;
+
+    SimulatedSim m_sim;
 };
 
 #endif

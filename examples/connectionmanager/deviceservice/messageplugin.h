@@ -1,0 +1,41 @@
+#ifndef DEMO_MESSAGEPLUGIN_H
+#define DEMO_MESSAGEPLUGIN_H
+
+#include "BusinessBase/businesspluginbase.h"
+#include "records/records.h"
+
+#include <QTimer>
+
+class Modem;
+
+/// Short messages. Deleting is the example of a long operation: the request is answered when the
+/// work begins; it goes on step by step, so that the service answers others meanwhile, reports
+/// after each step how far it has come, can be cancelled between two steps, and reports the
+/// result at the end. What a cancel leaves undone counts as not deleted.
+class MessagePlugin : public BusinessPluginBase
+{
+    Q_OBJECT
+
+public:
+    /// `pace`: milliseconds of rest between two steps.
+    MessagePlugin(Modem& modem, int pace);
+    QString pluginName() override { return QStringLiteral("Message"); }
+
+private Q_SLOTS:
+    int list(CDataValue& request, CDataValue& response);
+    int storage(CDataValue& request, CDataValue& response);
+    int remove(CDataValue& request, CDataValue& response);
+    int messageArrived(QString text, CDataValue* data);
+
+private:
+    void removeNext();
+    void reportResult();
+
+    Modem& m_modem;
+    QTimer m_nextStep;
+    QVector<int> m_toRemove; // references that are left
+    int m_total = 0;
+    BLSmsDeleteReturnItem m_result;
+};
+
+#endif
