@@ -1,8 +1,8 @@
 # Everything comes from the system's packages; scripts/setup installs them on Debian.
 if(WZR_QT_VERSION STREQUAL "6")
-    find_package(Qt6 6.4 REQUIRED COMPONENTS Core Network)
+    find_package(Qt6 6.4 REQUIRED COMPONENTS Core Network Widgets)
 elseif(WZR_QT_VERSION STREQUAL "5")
-    find_package(Qt5 5.15 REQUIRED COMPONENTS Core Network)
+    find_package(Qt5 5.15 REQUIRED COMPONENTS Core Network Widgets)
 else()
     message(FATAL_ERROR "WZR_QT_VERSION must be 6 or 5, not \"${WZR_QT_VERSION}\"")
 endif()

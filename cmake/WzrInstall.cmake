@@ -5,8 +5,18 @@ set(WZR_PACKAGE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/WzrFramework")
 install(TARGETS wzrframework
     EXPORT WzrFrameworkTargets
     LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
-    FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/wzrframework")
+    FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/wzrframework"
+    FILE_SET singleapplication DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/wzrframework")
 install(EXPORT WzrFrameworkTargets
+    NAMESPACE WzrFramework::
+    DESTINATION "${WZR_PACKAGE_DIR}")
+
+# The component "singleapplication": only who asks for it needs Widgets.
+install(TARGETS wzrsingleapplication
+    EXPORT WzrFrameworkSingleApplicationTargets
+    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+    FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/wzrframework")
+install(EXPORT WzrFrameworkSingleApplicationTargets
     NAMESPACE WzrFramework::
     DESTINATION "${WZR_PACKAGE_DIR}")
 

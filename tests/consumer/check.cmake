@@ -24,6 +24,7 @@ run("${CMAKE_COMMAND}" -S "${SOURCE_DIR}" -B "${WORK_DIR}/build" -G Ninja
     "-DCMAKE_PREFIX_PATH=${prefix}" "-DCMAKE_CXX_COMPILER=${CXX}")
 run("${CMAKE_COMMAND}" --build "${WORK_DIR}/build")
 expect_ready("${WORK_DIR}/build/consumer")
+expect_ready("${WORK_DIR}/build/windowconsumer")
 
 file(GLOB_RECURSE packages "${prefix}/wzrframework.pc")
 list(LENGTH packages count)

@@ -1,0 +1,55 @@
+#ifndef SINGLEAPPLICATION_SINGLEINSTANCE_P_H
+#define SINGLEAPPLICATION_SINGLEINSTANCE_P_H
+
+#include "wzrframework_export.h"
+
+#include <QLocalServer>
+#include <QObject>
+#include <QString>
+
+class QLocalSocket;
+
+/// The role of the one running instance with an id, and the messages to it; what the two
+/// application classes share. Exported for the library with the windowed one alone.
+///
+/// The role is a lock on a file in the user's runtime directory (the temporary one where there is
+/// none). The system drops the lock with the process, however that ends, and the file stays, so
+/// there is nothing to clean up, no process number to mistake, and no moment between the two. Only
+/// its holder listens on the socket beside it, and removes what an instance that crashed left
+/// there.
+///
+/// A message is its length as 4 bytes, highest first, and that many bytes of UTF-8; the answer, as
+/// soon as it is read whole, is the one byte 6.
+class WZRFRAMEWORK_EXPORT SingleInstance : public QObject
+{
+    Q_OBJECT
+
+public:
+    SingleInstance(const QString& id, QObject* parent);
+    ~SingleInstance() override;
+
+    QString id() const { return m_id; }
+
+    /// See the application classes.
+    bool isOtherRunning();
+    bool send(const QString& message, int timeout);
+
+Q_SIGNALS:
+    void messageReceived(const QString& message);
+
+private:
+    enum class Role { Unknown, Mine, Others };
+
+    Role lock();
+    void listen();
+    void takeConnection();
+    void readMessage(QLocalSocket* socket);
+
+    const QString m_id;
+    const QString m_path; // of the lock file and, with a suffix, of the socket
+    int m_lockFile = -1;
+    bool m_isMine = false;
+    QLocalServer m_server;
+};
+
+#endif

@@ -1,0 +1,148 @@
+#include "instanceprocess.h"
+#include "qtsingleapplication.h"
+
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QUuid>
+
+#include <memory>
+
+// The test's own application is the running instance.
+class tst_QtSingleApplication : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit tst_QtSingleApplication(QtSingleApplication& app)
+        : m_app(app)
+    {
+    }
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void messageBringsTheWindowBack();
+    void messageActivatesAmongTheOwnWindows();
+    void windowIsActiveBeforeTheSignal();
+    void activationOnMessageCanBeOff();
+    void activateWindowWorksWhenAsked();
+    void maximisedWindowStaysMaximised();
+    void deletedWindowIsForgotten();
+
+private:
+    void sendFromAnother(const QString& message);
+
+    QtSingleApplication& m_app;
+    std::unique_ptr<QWidget> m_window;
+    std::unique_ptr<QWidget> m_other;
+};
+
+void tst_QtSingleApplication::initTestCase()
+{
+    m_app.initialize();
+    QVERIFY(!m_app.isRunning());
+}
+
+void tst_QtSingleApplication::init()
+{
+    m_window = std::make_unique<QWidget>();
+    m_other = std::make_unique<QWidget>();
+    m_window->show();
+    m_other->show();
+    m_other->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(m_other.get()));
+}
+
+void tst_QtSingleApplication::cleanup()
+{
+    m_app.setActivationWindow(nullptr);
+    m_window.reset();
+    m_other.reset();
+}
+
+void tst_QtSingleApplication::sendFromAnother(const QString& message)
+{
+    QSignalSpy received(&m_app, &QtSingleApplication::messageReceived);
+    InstanceProcess another(m_app.id(), message);
+    QCOMPARE(another.outcome(), QStringLiteral("sent"));
+    QTRY_COMPARE(received.size(), 1);
+    QCOMPARE(received.at(0).at(0).toString(), message);
+}
+
+void tst_QtSingleApplication::messageBringsTheWindowBack()
+{
+    m_window->showMinimized();
+    QTRY_VERIFY(m_window->isMinimized());
+    m_app.setActivationWindow(m_window.get());
+    QCOMPARE(m_app.activationWindow(), m_window.get());
+    sendFromAnother(QStringLiteral("show yourself"));
+    QVERIFY(!m_window->isMinimized());
+    QTRY_VERIFY(m_window->isActiveWindow());
+}
+
+void tst_QtSingleApplication::messageActivatesAmongTheOwnWindows()
+{
+    QVERIFY(!m_window->isActiveWindow());
+    m_app.setActivationWindow(m_window.get());
+    sendFromAnother(QStringLiteral("show yourself"));
+    QTRY_VERIFY(m_window->isActiveWindow());
+}
+
+void tst_QtSingleApplication::windowIsActiveBeforeTheSignal()
+{
+    m_window->showMinimized();
+    m_app.setActivationWindow(m_window.get());
+    bool minimised = true;
+    const auto connection = connect(&m_app, &QtSingleApplication::messageReceived, this,
+                                    [&] { minimised = m_window->isMinimized(); });
+    sendFromAnother(QStringLiteral("show yourself"));
+    disconnect(connection);
+    QVERIFY(!minimised);
+}
+
+void tst_QtSingleApplication::activationOnMessageCanBeOff()
+{
+    m_window->showMinimized();
+    m_app.setActivationWindow(m_window.get(), false);
+    sendFromAnother(QStringLiteral("stay"));
+    QVERIFY(m_window->isMinimized());
+}
+
+void tst_QtSingleApplication::activateWindowWorksWhenAsked()
+{
+    m_window->showMinimized();
+    m_app.setActivationWindow(m_window.get(), false);
+    m_app.activateWindow();
+    QVERIFY(!m_window->isMinimized());
+    QTRY_VERIFY(m_window->isActiveWindow());
+}
+
+void tst_QtSingleApplication::maximisedWindowStaysMaximised()
+{
+    m_window->setWindowState(Qt::WindowMaximized | Qt::WindowMinimized);
+    m_app.setActivationWindow(m_window.get());
+    m_app.activateWindow();
+    QVERIFY(!m_window->isMinimized());
+    QVERIFY(m_window->isMaximized());
+}
+
+void tst_QtSingleApplication::deletedWindowIsForgotten()
+{
+    m_app.setActivationWindow(m_window.get());
+    m_window.reset();
+    QVERIFY(!m_app.activationWindow());
+    sendFromAnother(QStringLiteral("show yourself"));
+    m_app.activateWindow();
+}
+
+int main(int argc, char** argv)
+{
+    const QTemporaryDir runtime;
+    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime.path()));
+    QtSingleApplication app(QUuid::createUuid().toString(), argc, argv);
+    tst_QtSingleApplication test(app);
+    return QTest::qExec(&test, argc, argv);
+}
+#include "tst_qtsingleapplication.moc"
