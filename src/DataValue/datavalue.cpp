@@ -16,9 +16,9 @@ void warn(const char* operation, const char* message)
     CLogFile() << kSource << operation << message;
 }
 
-std::string orEmpty(const char* text)
+std::string_view orEmpty(const char* text)
 {
-    return text ? std::string(text) : std::string();
+    return text ? std::string_view(text) : std::string_view();
 }
 
 // So that values travel through invokeMethod() and queued connections by name, Qt 5 included.
@@ -29,29 +29,20 @@ std::string orEmpty(const char* text)
 
 CDataValue CDataValue::m_sNull(NULL_VALUE);
 
-CDataValue::CDataValue(ENUM_VALUE_TYPE kind)
+void CDataValue::construct(ENUM_VALUE_TYPE kind)
 {
     DataValueTree::construct(*this, kind);
 }
 
-CDataValue::CDataValue(bool value)
+void CDataValue::destroy() noexcept
 {
-    DataValueTree::constructBool(*this, value);
+    DataValueTree::reset(*this);
+    delete m_extras;
 }
 
-CDataValue::CDataValue(int value)
+void CDataValue::takeTree(CDataValue& other) noexcept
 {
-    DataValueTree::constructInt(*this, value);
-}
-
-CDataValue::CDataValue(unsigned int value)
-{
-    DataValueTree::constructUInt(*this, value);
-}
-
-CDataValue::CDataValue(double value)
-{
-    DataValueTree::constructReal(*this, value);
+    DataValueTree::take(*this, other);
 }
 
 CDataValue::CDataValue(const char* utf8)
@@ -61,18 +52,22 @@ CDataValue::CDataValue(const char* utf8)
 
 CDataValue::CDataValue(const std::string& utf8)
 {
-    DataValueTree::constructText(*this, std::string(utf8));
+    DataValueTree::constructText(*this, utf8);
 }
 
 CDataValue::CDataValue(const char* begin, const char* end)
 {
-    DataValueTree::constructText(*this,
-                                 begin && begin < end ? std::string(begin, end) : std::string());
+    const bool any = begin && begin < end;
+    DataValueTree::constructText(
+        *this,
+        any ? std::string_view(begin, static_cast<std::size_t>(end - begin)) : std::string_view());
 }
 
 CDataValue::CDataValue(const QString& text)
 {
-    DataValueTree::constructText(*this, text.toStdString());
+    const QByteArray utf8 = text.toUtf8();
+    DataValueTree::constructText(
+        *this, std::string_view(utf8.constData(), static_cast<std::size_t>(utf8.size())));
 }
 
 CDataValue::CDataValue(const QDate& date)
@@ -90,25 +85,9 @@ CDataValue::CDataValue(unsigned long value)
     DataValueTree::constructText(*this, std::to_string(value));
 }
 
-CDataValue::CDataValue(const void* address)
-    : m_kind(ADDRESS_VALUE)
-{
-    m_payload.address = address;
-}
-
 CDataValue::CDataValue(const CDataValue& other)
 {
     DataValueTree::copy(*this, other, DataValueTree::Copy::Whole);
-}
-
-CDataValue::CDataValue(CDataValue&& other) noexcept
-{
-    DataValueTree::take(*this, other);
-}
-
-CDataValue::~CDataValue()
-{
-    DataValueTree::reset(*this);
 }
 
 CDataValue& CDataValue::operator=(const CDataValue& other)
@@ -228,7 +207,7 @@ const void* CDataValue::asAddress() const
 QString CDataValue::asQString() const
 {
     if (isString())
-        return QString::fromUtf8(m_payload.text.c_str());
+        return QString::fromUtf8(DataValueTree::text(*this).c_str());
     warn("asQString", "The value type is not utf8 string, NULL_VALUE, return QString()!");
     return QString();
 }
@@ -236,7 +215,7 @@ QString CDataValue::asQString() const
 long long CDataValue::asLongLong() const
 {
     if (isString())
-        return std::strtoll(m_payload.text.c_str(), nullptr, 10);
+        return std::strtoll(DataValueTree::text(*this).c_str(), nullptr, 10);
     warn("asLongLong", "The value type is not utf8 string, NULL_VALUE, return long long(0)!");
     return 0;
 }
@@ -244,7 +223,7 @@ long long CDataValue::asLongLong() const
 unsigned long CDataValue::asUnsignedLong() const
 {
     if (isString())
-        return std::strtoul(m_payload.text.c_str(), nullptr, 10);
+        return std::strtoul(DataValueTree::text(*this).c_str(), nullptr, 10);
     warn("asUnsignedLong",
          "The value type is not utf8 string, NULL_VALUE, return unsigned long(0)!");
     return 0;

@@ -8,7 +8,6 @@
 #include <QString>
 
 #include <list>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -78,11 +77,31 @@ public:
 
     /// A value of the given kind with its default content: 0, "", false, no children.
     /// A number outside 0 to 10 gives a value of that kind number without any content.
-    CDataValue(ENUM_VALUE_TYPE kind = NULL_VALUE);
-    CDataValue(bool value);
-    CDataValue(int value);
-    CDataValue(unsigned int value);
-    CDataValue(double value);
+    CDataValue(ENUM_VALUE_TYPE kind = NULL_VALUE)
+    {
+        if (kind != NULL_VALUE)
+            construct(kind);
+    }
+    CDataValue(bool value)
+        : m_kind(BOOLEAN_VALUE)
+    {
+        m_payload.flag = value;
+    }
+    CDataValue(int value)
+        : m_kind(INT_VALUE)
+    {
+        m_payload.signedNumber = value;
+    }
+    CDataValue(unsigned int value)
+        : m_kind(UINT_VALUE)
+    {
+        m_payload.unsignedNumber = value;
+    }
+    CDataValue(double value)
+        : m_kind(REAL_VALUE)
+    {
+        m_payload.real = value;
+    }
     /// A string: the bytes up to the terminating zero; a null pointer gives the empty string.
     CDataValue(const char* utf8);
     CDataValue(const std::string& utf8);
@@ -96,15 +115,23 @@ public:
     /// A string of decimal digits, as for `long long`.
     CDataValue(unsigned long value);
     /// An address. It is neither owned nor ever written as text.
-    CDataValue(const void* address);
+    CDataValue(const void* address)
+        : m_kind(ADDRESS_VALUE)
+    {
+        m_payload.address = address;
+    }
 
     /// A deep copy without parent and file path. The copy's own text is the source's as it
     /// stands, even where it is stale; everything below the copy is brought in step.
     CDataValue(const CDataValue& other);
     /// Takes the content over, with the result of a copy. A source that is itself an element or
     /// member of a container is copied instead and stays as it is.
-    CDataValue(CDataValue&& other) noexcept;
-    ~CDataValue();
+    CDataValue(CDataValue&& other) noexcept { take(other); }
+    ~CDataValue()
+    {
+        if (mayOwn())
+            destroy();
+    }
 
     /// Replaces the content by a deep copy. Parent and file path stay.
     CDataValue& operator=(const CDataValue& other);
@@ -315,19 +342,39 @@ private:
             : address(nullptr)
         {
         }
-        ~Payload() {}
         int signedNumber;
         unsigned int unsignedNumber;
         double real;
         bool flag;
         const void* address;
-        std::string text;
+        char text[16]; // a DataValueText
         Container* children;
     };
 
-    Payload m_payload;                // the member that m_kind names
-    Container* m_holder = nullptr;    // the container that this is a child of
-    std::unique_ptr<Extras> m_extras; // file path and comments: most values have neither
+    /// Whether the destructor has something to do.
+    bool mayOwn() const
+    {
+        return m_extras || m_kind == STRING_VALUE || m_kind == ARRAY_VALUE || m_kind == MAP_VALUE ||
+               m_kind > ADDRESS_VALUE;
+    }
+    void construct(ENUM_VALUE_TYPE kind);
+    void destroy() noexcept;
+    /// Fills this new null value with the content of `other`, with the result of a copy.
+    void take(CDataValue& other) noexcept
+    {
+        if (other.m_holder || other.m_extras || other.m_kind > STRING_VALUE) {
+            takeTree(other);
+            return;
+        }
+        m_payload = other.m_payload;
+        m_kind = other.m_kind;
+        other.m_kind = NULL_VALUE;
+    }
+    void takeTree(CDataValue& other) noexcept;
+
+    Payload m_payload;             // the member that m_kind names
+    Container* m_holder = nullptr; // the container that this is a child of
+    Extras* m_extras = nullptr;    // owned; file path and comments: most values have neither
     ENUM_VALUE_TYPE m_kind = NULL_VALUE;
     bool m_linked = false; // whether m_holder's value counts as the parent
 };

@@ -2,9 +2,13 @@
 #define DATAVALUE_DATAVALUE_P_H
 
 #include "DataValue/datavalue.h"
+#include "DataValue/datavaluemembers_p.h"
+#include "DataValue/datavaluetext_p.h"
 
 #include <array>
-#include <map>
+#include <memory>
+#include <new>
+#include <utility>
 
 /// Where a comment of a JSON text stands, in the order of JsonCpp's placements.
 enum class CommentPlace { Before, SameLine, After };
@@ -36,7 +40,6 @@ inline std::string_view keyOf(const char* key)
 }
 
 using DataValueElements = std::vector<DataValueElement>;
-using DataValueMembers = std::map<std::string, CDataValue, std::less<>>;
 
 /// The children of an array, a map or one of their address twins.
 ///
@@ -81,13 +84,27 @@ struct DataValueTree
     {
         return kind == ARRAY_VALUE || kind == MAP_VALUE;
     }
-    static bool isAddressKind(ENUM_VALUE_TYPE kind);
-    static bool isContainer(ENUM_VALUE_TYPE kind);
+    static bool isAddressKind(ENUM_VALUE_TYPE kind)
+    {
+        return kind >= ADDRESS_VALUE && kind <= ADDRESS_MAP_VALUE;
+    }
+    static bool isContainer(ENUM_VALUE_TYPE kind)
+    {
+        return isOrdinary(kind) || kind == ADDRESS_ARRAY_VALUE || kind == ADDRESS_MAP_VALUE;
+    }
 
     /// The children, or null when the value is no container.
-    static Container* children(const CDataValue& value);
+    static Container* children(const CDataValue& value)
+    {
+        return isContainer(value.m_kind) ? value.m_payload.children : nullptr;
+    }
     /// The value whose content is the text of `value`: its stored mirror, or itself.
-    static const CDataValue& face(const CDataValue& value);
+    static const CDataValue& face(const CDataValue& value)
+    {
+        if (!isOrdinary(value.m_kind) || !value.m_payload.children->mirror)
+            return value;
+        return *value.m_payload.children->mirror;
+    }
     /// The kind that the text shows: NULL_VALUE for addresses.
     static ENUM_VALUE_TYPE faceKind(const CDataValue& value);
 
@@ -98,19 +115,46 @@ struct DataValueTree
     }
     static double real(const CDataValue& value) { return value.m_payload.real; }
     static bool flag(const CDataValue& value) { return value.m_payload.flag; }
-    static const std::string& text(const CDataValue& value) { return value.m_payload.text; }
-    static const Extras* extras(const CDataValue& value) { return value.m_extras.get(); }
+    static const DataValueText& text(const CDataValue& value)
+    {
+        return *std::launder(reinterpret_cast<const DataValueText*>(value.m_payload.text));
+    }
+    static const Extras* extras(const CDataValue& value) { return value.m_extras; }
     static Extras& makeExtras(CDataValue& value);
 
     /// Gives a null value without content the kind with its default content.
     static void construct(CDataValue& value, ENUM_VALUE_TYPE kind);
-    static void constructText(CDataValue& value, std::string&& text);
-    static void constructInt(CDataValue& value, int number);
-    static void constructUInt(CDataValue& value, unsigned int number);
-    static void constructReal(CDataValue& value, double number);
-    static void constructBool(CDataValue& value, bool flag);
+    static void constructText(CDataValue& value, std::string_view text);
+    static void constructText(CDataValue& value, const DataValueText& text);
+    static void constructInt(CDataValue& value, int number)
+    {
+        value.m_payload.signedNumber = number;
+        value.m_kind = INT_VALUE;
+    }
+    static void constructUInt(CDataValue& value, unsigned int number)
+    {
+        value.m_payload.unsignedNumber = number;
+        value.m_kind = UINT_VALUE;
+    }
+    static void constructReal(CDataValue& value, double number)
+    {
+        value.m_payload.real = number;
+        value.m_kind = REAL_VALUE;
+    }
+    static void constructBool(CDataValue& value, bool flag)
+    {
+        value.m_payload.flag = flag;
+        value.m_kind = BOOLEAN_VALUE;
+    }
     /// Destroys the content; what is left is a null value at the same place in the tree.
-    static void reset(CDataValue& value);
+    static void reset(CDataValue& value)
+    {
+        const ENUM_VALUE_TYPE kind = std::exchange(value.m_kind, NULL_VALUE);
+        if (kind == STRING_VALUE)
+            text(value).~DataValueText();
+        else if (isContainer(kind))
+            release(value.m_payload.children);
+    }
     static void release(Container* container);
 
     /// Fills `to`, a null value, with a copy.
@@ -119,7 +163,18 @@ struct DataValueTree
     /// A child of a container is copied, everything else is left a null value.
     static void take(CDataValue& to, CDataValue& from);
     /// Moves a value with its place in the tree; `to` must be empty, `from` is left empty.
-    static void relocate(CDataValue& to, CDataValue& from) noexcept;
+    static void relocate(CDataValue& to, CDataValue& from) noexcept
+    {
+        to.m_payload = from.m_payload; // a text's bytes may be moved as they are, too
+        to.m_kind = std::exchange(from.m_kind, NULL_VALUE);
+        if (isContainer(to.m_kind))
+            to.m_payload.children->owner = &to;
+        if (to.m_extras)
+            delete to.m_extras;
+        to.m_extras = std::exchange(from.m_extras, nullptr);
+        to.m_holder = std::exchange(from.m_holder, nullptr);
+        to.m_linked = std::exchange(from.m_linked, false);
+    }
     /// Replaces the content of `target` by that of `fresh`, a value of no container.
     static void replaceContent(CDataValue& target, CDataValue&& fresh);
     /// Exchanges kinds and contents, comments included.
@@ -131,6 +186,14 @@ struct DataValueTree
     static void attach(Container& container, CDataValue& slot, CDataValue&& fresh);
     /// The member slot for `key`, a new null one when there is none.
     static CDataValue& memberSlot(Container& container, std::string_view key);
+    static CDataValue& memberSlot(Container& container, const DataValueText& key);
+    /// Makes `slot`, which lies in `container`, a child of it.
+    static CDataValue& place(Container& container, CDataValue& slot)
+    {
+        slot.m_holder = &container;
+        slot.m_linked = isOrdinary(container.owner->m_kind);
+        return slot;
+    }
     /// Adds a null slot at the end, or before element `index`.
     static CDataValue& appendSlot(Container& container);
     static CDataValue& insertSlot(Container& container, std::size_t index);
@@ -148,7 +211,12 @@ struct DataValueTree
 
     /// The keys of a map of either family, in byte order.
     static std::vector<std::string> keys(const CDataValue& map);
-    static bool holdsAddress(const CDataValue& value);
+    static bool holdsAddress(const CDataValue& value)
+    {
+        if (!isOrdinary(value.m_kind))
+            return isAddressKind(value.m_kind);
+        return value.m_payload.children->mayHoldAddress && findsAddress(value);
+    }
     static bool equal(const CDataValue& a, const CDataValue& b);
     /// The deep search below `node`: over the text (`faces`) or over the children themselves.
     static void find(std::string_view key, const CDataValue& node, bool faces,
@@ -157,6 +225,7 @@ struct DataValueTree
 private:
     struct CopyStep;
     static void copyOne(const CopyStep& step, std::vector<CopyStep>& pending);
+    static bool findsAddress(const CDataValue& value);
     static void copyScalar(CDataValue& to, const CDataValue& from);
     static void markOutOfStep(Container* container);
     static void markMayHoldAddress(Container* container);

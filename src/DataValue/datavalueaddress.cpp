@@ -17,11 +17,6 @@ void becomeAddressContainer(CDataValue& value, ENUM_VALUE_TYPE kind)
     Tree::replaceContent(value, std::move(container));
 }
 
-DataValueMembers::iterator findMember(CDataValue& map, std::string_view key)
-{
-    return Tree::children(map)->members.find(key);
-}
-
 CDataValue& setMember(CDataValue& map, std::string_view key, const CDataValue& value)
 {
     CDataValue fresh(value);
@@ -37,26 +32,20 @@ CDataValue& setMember(CDataValue& map, std::string_view key, const CDataValue& v
 
 CDataValue& getMember(CDataValue& map, std::string_view key)
 {
-    if (map.isAddressMap()) {
-        const auto member = findMember(map, key);
-        if (member != Tree::children(map)->members.end())
-            return member->second;
-    }
-    return CDataValue::referToMemberNull();
+    DataValueMembers::Member* const member =
+        map.isAddressMap() ? Tree::children(map)->members.find(key) : nullptr;
+    return member ? member->value : CDataValue::referToMemberNull();
 }
 
 bool hasMember(const CDataValue& map, std::string_view key)
 {
-    return map.isAddressMap() && Tree::children(map)->members.count(key) != 0;
+    return map.isAddressMap() && Tree::children(map)->members.find(key) != nullptr;
 }
 
 void removeMember(CDataValue& map, std::string_view key)
 {
-    if (!map.isAddressMap())
-        return;
-    const auto member = findMember(map, key);
-    if (member != Tree::children(map)->members.end())
-        Tree::children(map)->members.erase(member);
+    if (map.isAddressMap())
+        Tree::children(map)->members.remove(key);
 }
 
 std::list<CDataValue> findMembers(std::string_view key, const CDataValue& node)
@@ -65,9 +54,9 @@ std::list<CDataValue> findMembers(std::string_view key, const CDataValue& node)
     if (!node.isAddressMap())
         return found;
     for (const auto& member : Tree::children(node)->members) {
-        if (member.first == key)
-            found.push_back(member.second);
-        Tree::find(key, member.second, false, found);
+        if (member.key.view() == key)
+            found.push_back(member.value);
+        Tree::find(key, member.value, false, found);
     }
     return found;
 }

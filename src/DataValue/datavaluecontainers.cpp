@@ -66,18 +66,14 @@ CDataValue& setMember(CDataValue& map, std::string_view key, CDataValue&& fresh,
 
 CDataValue& getMember(CDataValue& map, std::string_view key)
 {
-    if (map.isObject()) {
-        DataValueMembers& members = Tree::children(map)->members;
-        const auto member = members.find(key);
-        if (member != members.end())
-            return member->second;
-    }
-    return CDataValue::referToMemberNull();
+    DataValueMembers::Member* const member =
+        map.isObject() ? Tree::children(map)->members.find(key) : nullptr;
+    return member ? member->value : CDataValue::referToMemberNull();
 }
 
 bool hasMember(const CDataValue& map, std::string_view key)
 {
-    return map.isObject() && Tree::children(map)->members.count(key) != 0;
+    return map.isObject() && Tree::children(map)->members.find(key) != nullptr;
 }
 
 std::list<CDataValue> findMembers(std::string_view key, const CDataValue& node)
@@ -94,19 +90,18 @@ CDataValue removeMember(CDataValue& map, std::string_view key, bool synchronised
     if (!map.isObject())
         return result;
     Tree::Container& container = *Tree::children(map);
-    const auto member = container.members.find(key);
-    if (member == container.members.end())
+    DataValueMembers::Member* const member = container.members.find(key);
+    if (!member)
         return result;
     Tree::beforeChange(map, synchronised);
     if (container.mirror) {
         DataValueMembers& mirrored = Tree::children(*container.mirror)->members;
-        const auto shown = mirrored.find(key);
-        setMember(result, key, faceOf(shown->second), false);
-        mirrored.erase(shown);
+        setMember(result, key, faceOf(mirrored.find(key)->value), false);
+        mirrored.remove(key);
     } else {
-        setMember(result, key, faceOf(member->second), false);
+        setMember(result, key, faceOf(member->value), false);
     }
-    container.members.erase(member);
+    container.members.remove(key);
     if (synchronised)
         Tree::synchroniseUpwards(map);
     return result;

@@ -15,7 +15,7 @@ void forEachChild(DataValueTree::Container& container, Visit visit)
     for (DataValueElement& element : container.elements)
         visit(element.value);
     for (auto& member : container.members)
-        visit(member.second);
+        visit(member.value);
 }
 
 } // namespace
@@ -40,28 +40,6 @@ DataValueElement& DataValueElement::operator=(DataValueElement&& other) noexcept
     return *this;
 }
 
-bool DataValueTree::isAddressKind(ENUM_VALUE_TYPE kind)
-{
-    return kind == ADDRESS_VALUE || kind == ADDRESS_ARRAY_VALUE || kind == ADDRESS_MAP_VALUE;
-}
-
-bool DataValueTree::isContainer(ENUM_VALUE_TYPE kind)
-{
-    return isOrdinary(kind) || kind == ADDRESS_ARRAY_VALUE || kind == ADDRESS_MAP_VALUE;
-}
-
-DataValueTree::Container* DataValueTree::children(const CDataValue& value)
-{
-    return isContainer(value.m_kind) ? value.m_payload.children : nullptr;
-}
-
-const CDataValue& DataValueTree::face(const CDataValue& value)
-{
-    if (!isOrdinary(value.m_kind) || !value.m_payload.children->mirror)
-        return value;
-    return *value.m_payload.children->mirror;
-}
-
 ENUM_VALUE_TYPE DataValueTree::faceKind(const CDataValue& value)
 {
     return value.m_kind >= NULL_VALUE && value.m_kind <= MAP_VALUE ? value.m_kind : NULL_VALUE;
@@ -70,14 +48,14 @@ ENUM_VALUE_TYPE DataValueTree::faceKind(const CDataValue& value)
 DataValueTree::Extras& DataValueTree::makeExtras(CDataValue& value)
 {
     if (!value.m_extras)
-        value.m_extras = std::make_unique<Extras>();
+        value.m_extras = new Extras;
     return *value.m_extras;
 }
 
 void DataValueTree::construct(CDataValue& value, ENUM_VALUE_TYPE kind)
 {
     if (kind == STRING_VALUE) {
-        constructText(value, std::string());
+        constructText(value, std::string_view());
         return;
     }
     if (isContainer(kind)) {
@@ -92,43 +70,16 @@ void DataValueTree::construct(CDataValue& value, ENUM_VALUE_TYPE kind)
     value.m_kind = kind;
 }
 
-void DataValueTree::constructText(CDataValue& value, std::string&& text)
+void DataValueTree::constructText(CDataValue& value, std::string_view text)
 {
-    new (&value.m_payload.text) std::string(std::move(text));
+    new (value.m_payload.text) DataValueText(text);
     value.m_kind = STRING_VALUE;
 }
 
-void DataValueTree::constructInt(CDataValue& value, int number)
+void DataValueTree::constructText(CDataValue& value, const DataValueText& text)
 {
-    value.m_payload.signedNumber = number;
-    value.m_kind = INT_VALUE;
-}
-
-void DataValueTree::constructUInt(CDataValue& value, unsigned int number)
-{
-    value.m_payload.unsignedNumber = number;
-    value.m_kind = UINT_VALUE;
-}
-
-void DataValueTree::constructReal(CDataValue& value, double number)
-{
-    value.m_payload.real = number;
-    value.m_kind = REAL_VALUE;
-}
-
-void DataValueTree::constructBool(CDataValue& value, bool flag)
-{
-    value.m_payload.flag = flag;
-    value.m_kind = BOOLEAN_VALUE;
-}
-
-void DataValueTree::reset(CDataValue& value)
-{
-    const ENUM_VALUE_TYPE kind = std::exchange(value.m_kind, NULL_VALUE);
-    if (kind == STRING_VALUE)
-        value.m_payload.text.~basic_string();
-    else if (isContainer(kind))
-        release(value.m_payload.children);
+    new (value.m_payload.text) DataValueText(text);
+    value.m_kind = STRING_VALUE;
 }
 
 void DataValueTree::release(Container* container)
@@ -148,25 +99,6 @@ void DataValueTree::release(Container* container)
             detach(*container->mirror, queue);
         delete std::exchange(container, queue);
     }
-}
-
-void DataValueTree::relocate(CDataValue& to, CDataValue& from) noexcept
-{
-    to.m_kind = std::exchange(from.m_kind, NULL_VALUE);
-    if (to.m_kind == STRING_VALUE) {
-        new (&to.m_payload.text) std::string(std::move(from.m_payload.text));
-        from.m_payload.text.~basic_string();
-    } else if (isContainer(to.m_kind)) {
-        to.m_payload.children = from.m_payload.children;
-        to.m_payload.children->owner = &to;
-    } else if (to.m_kind == REAL_VALUE) {
-        to.m_payload.real = from.m_payload.real;
-    } else {
-        to.m_payload.address = from.m_payload.address;
-    }
-    to.m_extras = std::move(from.m_extras);
-    to.m_holder = std::exchange(from.m_holder, nullptr);
-    to.m_linked = std::exchange(from.m_linked, false);
 }
 
 void DataValueTree::exchangeContent(CDataValue& a, CDataValue& b) noexcept
@@ -196,7 +128,10 @@ void DataValueTree::take(CDataValue& to, CDataValue& from)
         copy(to, from, Copy::Whole);
         return;
     }
-    exchangeContent(to, from);
+    if (from.m_extras)
+        exchangeContent(to, from); // leaves the file path
+    else
+        relocate(to, from);
     if (container && container->outOfStep) { // as in a copy: only the root may be out of step
         if (!container->mirror)
             storeMirror(*container);
@@ -230,22 +165,17 @@ void DataValueTree::attach(Container& container, CDataValue& slot, CDataValue&& 
 {
     reset(slot);
     relocate(slot, fresh);
-    slot.m_holder = &container;
-    slot.m_linked = isOrdinary(container.owner->m_kind);
-    noteChild(container, slot);
+    noteChild(container, place(container, slot));
 }
 
 CDataValue& DataValueTree::memberSlot(Container& container, std::string_view key)
 {
-    auto position = container.members.lower_bound(key);
-    if (position == container.members.end() || position->first != key) {
-        position =
-            container.members.emplace_hint(position, std::piecewise_construct,
-                                           std::forward_as_tuple(key), std::forward_as_tuple());
-        position->second.m_holder = &container;
-        position->second.m_linked = isOrdinary(container.owner->m_kind);
-    }
-    return position->second;
+    return place(container, container.members.findOrAdd(key).value);
+}
+
+CDataValue& DataValueTree::memberSlot(Container& container, const DataValueText& key)
+{
+    return place(container, container.members.findOrAdd(key).value);
 }
 
 CDataValue& DataValueTree::appendSlot(Container& container)
@@ -255,11 +185,10 @@ CDataValue& DataValueTree::appendSlot(Container& container)
 
 CDataValue& DataValueTree::insertSlot(Container& container, std::size_t index)
 {
-    const auto position = container.elements.begin() + static_cast<std::ptrdiff_t>(index);
-    CDataValue& slot = container.elements.emplace(position)->value;
-    slot.m_holder = &container;
-    slot.m_linked = isOrdinary(container.owner->m_kind);
-    return slot;
+    const auto at = static_cast<std::ptrdiff_t>(index);
+    if (container.elements.size() == container.elements.capacity())
+        container.elements.reserve(std::max<std::size_t>(4, 2 * container.elements.size()));
+    return place(container, container.elements.emplace(container.elements.begin() + at)->value);
 }
 
 void DataValueTree::beforeChange(CDataValue& value, bool synchronised)
@@ -333,12 +262,8 @@ void DataValueTree::markMayHoldAddress(Container* container)
     }
 }
 
-bool DataValueTree::holdsAddress(const CDataValue& value)
+bool DataValueTree::findsAddress(const CDataValue& value)
 {
-    if (!isOrdinary(value.m_kind))
-        return isAddressKind(value.m_kind);
-    if (!value.m_payload.children->mayHoldAddress)
-        return false;
     std::vector<Container*> pending{value.m_payload.children};
     bool found = false;
     while (!pending.empty() && !found) {

@@ -2,6 +2,7 @@
 
 #include "DataValue/datavalue_p.h"
 
+#include <algorithm>
 #include <utility>
 
 struct DataValueTree::CopyStep
@@ -14,7 +15,7 @@ struct DataValueTree::CopyStep
 void DataValueTree::copyScalar(CDataValue& to, const CDataValue& from)
 {
     if (from.m_kind == STRING_VALUE) {
-        constructText(to, std::string(from.m_payload.text));
+        constructText(to, text(from));
         return;
     }
     if (from.m_kind == REAL_VALUE)
@@ -51,10 +52,11 @@ void DataValueTree::copyOne(const CopyStep& step, std::vector<CopyStep>& pending
             copyOne(next, pending);
     };
     container.elements.reserve(source->elements.size());
+    container.members.reserve(source->members.size());
     for (const DataValueElement& element : source->elements)
         copyChild(appendSlot(container), element.value);
     for (const auto& member : source->members)
-        copyChild(memberSlot(container, member.first), member.second);
+        copyChild(memberSlot(container, member.key), member.value);
 
     if (step.what == Copy::Whole && isOrdinary(from.m_kind) && source->outOfStep) {
         container.mirror = std::make_unique<CDataValue>();
@@ -89,7 +91,7 @@ bool equalScalars(const CDataValue& a, const CDataValue& b, ENUM_VALUE_TYPE kind
     case REAL_VALUE:
         return Tree::real(a) == Tree::real(b);
     case STRING_VALUE:
-        return Tree::text(a) == Tree::text(b);
+        return Tree::text(a).view() == Tree::text(b).view();
     case BOOLEAN_VALUE:
         return Tree::flag(a) == Tree::flag(b);
     default:
@@ -106,9 +108,9 @@ bool sameShape(const Tree::Container& a, const Tree::Container& b, std::vector<P
         pending.emplace_back(&a.elements[i].value, &b.elements[i].value);
     auto other = b.members.begin();
     for (const auto& member : a.members) {
-        if (member.first != other->first)
+        if (member.key.view() != other->key.view())
             return false;
-        pending.emplace_back(&member.second, &other->second);
+        pending.emplace_back(&member.value, &other->value);
         ++other;
     }
     return true;
@@ -141,7 +143,7 @@ std::vector<std::string> DataValueTree::keys(const CDataValue& map)
     std::vector<std::string> result;
     result.reserve(children(map)->members.size());
     for (const auto& member : children(map)->members)
-        result.push_back(member.first);
+        result.emplace_back(member.key.view());
     return result;
 }
 
@@ -171,7 +173,9 @@ void DataValueTree::find(std::string_view key, const CDataValue& node, bool face
             if (element->value.isObject())
                 pending.push_back({&element->value, false});
         }
-        for (auto member = container.members.rbegin(); member != container.members.rend(); ++member)
-            pending.push_back({&member->second, member->first == key});
+        const auto top = static_cast<std::ptrdiff_t>(pending.size());
+        for (const auto& member : container.members)
+            pending.push_back({&member.value, member.key.view() == key});
+        std::reverse(pending.begin() + top, pending.end());
     }
 }

@@ -22,7 +22,7 @@ void convertContainer(const CDataValue& from, Json::Value& to, std::vector<Step>
     for (const DataValueElement& element : container.elements)
         pending.push_back({&element.value, &to.append(Json::Value())});
     for (const auto& member : container.members)
-        pending.push_back({&member.second, &to[member.first]});
+        pending.push_back({&member.value, &to[std::string(member.key.view())]});
 }
 
 void convertOne(const Step& step, std::vector<Step>& pending)
@@ -39,7 +39,7 @@ void convertOne(const Step& step, std::vector<Step>& pending)
         *step.to = Tree::real(from);
         break;
     case STRING_VALUE:
-        *step.to = Tree::text(from);
+        *step.to = std::string(Tree::text(from).view());
         break;
     case BOOLEAN_VALUE:
         *step.to = Tree::flag(from);
@@ -70,7 +70,7 @@ bool JsonBridge::nestsAtMost(const CDataValue& value, int levels)
         for (const DataValueElement& element : container.elements)
             pending.emplace_back(&element.value, level + 1);
         for (const auto& member : container.members)
-            pending.emplace_back(&member.second, level + 1);
+            pending.emplace_back(&member.value, level + 1);
     }
     return true;
 }

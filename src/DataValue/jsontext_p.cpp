@@ -3,12 +3,9 @@
 #include "DataValue/datavalue_p.h"
 #include "LogTask/clog.h"
 
-#include <json/json.h>
-
 #include <charconv>
 #include <cmath>
 #include <cstring>
-#include <exception>
 #include <limits>
 
 namespace {
@@ -37,7 +34,7 @@ void appendLeaf(std::string& out, const CDataValue& value)
         JsonText::appendReal(out, Tree::real(value));
         break;
     case STRING_VALUE:
-        JsonText::appendQuoted(out, Tree::text(value));
+        JsonText::appendQuoted(out, Tree::text(value).view());
         break;
     case BOOLEAN_VALUE:
         out += Tree::flag(value) ? "true" : "false";
@@ -70,14 +67,14 @@ struct Level
     bool atStart() const { return isMap ? member == children->members.begin() : element == 0; }
     const CDataValue& child() const
     {
-        return Tree::face(isMap ? member->second : children->elements[element].value);
+        return Tree::face(isMap ? member->value : children->elements[element].value);
     }
     void advance() { isMap ? void(++member) : void(++element); }
 
     const Tree::Container* children;
     bool isMap;
     std::size_t element = 0;
-    DataValueMembers::const_iterator member;
+    DataValueMembers::Iterator member;
 };
 
 bool isBranch(const CDataValue& face)
@@ -101,7 +98,7 @@ public:
             if (!level.atStart())
                 m_out += ',';
             if (level.isMap) {
-                JsonText::appendQuoted(m_out, level.member->first);
+                JsonText::appendQuoted(m_out, level.member->key.view());
                 m_out += ':';
             }
             const CDataValue& child = level.child();
@@ -245,7 +242,7 @@ private:
         commentBefore(child);
         indent();
         if (level.isMap) {
-            JsonText::appendQuoted(m_out, level.member->first);
+            JsonText::appendQuoted(m_out, level.member->key.view());
             m_out += " : ";
         }
         const std::size_t depth = m_levels.size();
@@ -318,150 +315,6 @@ std::string JsonText::write(const CDataValue& value, ENUM_STYLE style)
     return style == FAST_STYLE ? FastWriter().write(value) : StyledWriter().write(value);
 }
 
-namespace {
-
-/// Where the kinds of integers come from.
-enum class Integers {
-    ByTheirText, ///< the rule of parsed text
-    ByTheirType  ///< the JSON type; what has no place in 32 bits is a double
-};
-
-/// The number rule: an integer is one only inside these limits, else it is a double. They lie a
-/// little inside the 32-bit range, since the rule looks at the number before its last digit.
-constexpr Json::Int64 kLowest = -2147483639;
-constexpr Json::Int64 kHighest = 4294967289;
-
-/// The nearest double: JsonCpp's own conversion of unsigned numbers rounds twice.
-double nearestReal(const Json::Value& json)
-{
-    return json.type() == Json::uintValue ? static_cast<double>(json.asLargestUInt())
-                                          : json.asDouble();
-}
-
-void constructInteger(CDataValue& value, const Json::Value& json, Integers rule)
-{
-    const bool byText = rule == Integers::ByTheirText;
-    const bool ruledOut =
-        byText && (!json.isInt64() || json.asInt64() < kLowest || json.asInt64() > kHighest);
-    const bool isUnsigned = byText ? !json.isInt() : json.type() == Json::uintValue;
-    if (!ruledOut && isUnsigned && json.isUInt())
-        Tree::constructUInt(value, json.asUInt());
-    else if (!ruledOut && !isUnsigned && json.isInt())
-        Tree::constructInt(value, json.asInt());
-    else
-        Tree::constructReal(value, nearestReal(json));
-}
-
-struct BuildStep
-{
-    const Json::Value* from;
-    CDataValue* to;
-};
-
-void copyComments(CDataValue& to, const Json::Value& from)
-{
-    static constexpr Json::CommentPlacement kPlaces[] = {
-        Json::commentBefore, Json::commentAfterOnSameLine, Json::commentAfter};
-    for (std::size_t i = 0; i < std::size(kPlaces); ++i) {
-        if (from.hasComment(kPlaces[i]))
-            Tree::makeExtras(to).comments[i] = from.getComment(kPlaces[i]);
-    }
-}
-
-void buildContainer(const BuildStep& step, std::vector<BuildStep>& pending)
-{
-    Tree::construct(*step.to, CDataValue::toValueType(*step.from));
-    Tree::Container& container = *Tree::children(*step.to);
-    if (step.from->isArray())
-        container.elements.reserve(step.from->size());
-    for (auto child = step.from->begin(); child != step.from->end(); ++child) {
-        if (step.from->isArray()) {
-            pending.push_back({&*child, &Tree::appendSlot(container)});
-        } else {
-            const char* end = nullptr;
-            const char* const begin = child.memberName(&end);
-            const std::string_view key(begin, static_cast<std::size_t>(end - begin));
-            pending.push_back({&*child, &Tree::memberSlot(container, key)});
-        }
-    }
-}
-
-void buildOne(const BuildStep& step, Integers rule, std::vector<BuildStep>& pending)
-{
-    const Json::Value& from = *step.from;
-    switch (CDataValue::toValueType(from)) {
-    case INT_VALUE:
-    case UINT_VALUE:
-        constructInteger(*step.to, from, rule);
-        break;
-    case REAL_VALUE:
-        Tree::constructReal(*step.to, from.asDouble());
-        break;
-    case STRING_VALUE: {
-        const char* begin = nullptr;
-        const char* end = nullptr;
-        from.getString(&begin, &end);
-        Tree::constructText(*step.to, std::string(begin, end));
-        break;
-    }
-    case BOOLEAN_VALUE:
-        Tree::constructBool(*step.to, from.asBool());
-        break;
-    case ARRAY_VALUE:
-    case MAP_VALUE:
-        buildContainer(step, pending);
-        break;
-    default:
-        break;
-    }
-    copyComments(*step.to, from);
-}
-
-/// JsonCpp's reader in its default features: the class with exactly the described leniencies. Its
-/// successor differs in several of them (trailing commas, for one), hence the older class.
-bool readJson(const std::string& utf8, Json::Value& root)
-{
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-    Json::Reader reader;
-    return reader.parse(utf8, root, true);
-#pragma GCC diagnostic pop
-}
-
-CDataValue build(const Json::Value& json, Integers rule)
-{
-    CDataValue result;
-    std::vector<BuildStep> pending{{&json, &result}};
-    while (!pending.empty()) {
-        const BuildStep step = pending.back();
-        pending.pop_back();
-        buildOne(step, rule, pending);
-    }
-    return result;
-}
-
-} // namespace
-
-CDataValue JsonText::fromJson(const Json::Value& json)
-{
-    return build(json, Integers::ByTheirType);
-}
-
-bool JsonText::parse(const std::string& utf8, CDataValue& value)
-{
-    Json::Value root;
-    try {
-        if (!readJson(utf8, root))
-            return false;
-    } catch (const std::bad_alloc&) {
-        throw;
-    } catch (const std::exception&) { // nesting beyond the reader's limit
-        return false;
-    }
-    value = build(root, Integers::ByTheirText);
-    return true;
-}
-
 QString CDataValue::parseToQString(ENUM_STYLE style) const
 {
     if (style != FAST_STYLE && style != STYLED_STYLE) {
@@ -472,26 +325,4 @@ QString CDataValue::parseToQString(ENUM_STYLE style) const
     }
     const std::string text = JsonText::write(*this, style);
     return QString::fromUtf8(text.data(), static_cast<int>(text.size()));
-}
-
-bool CDataValue::parseToDataValue(const QString& text, CDataValue& out)
-{
-    return JsonText::parse(text.toStdString(), out);
-}
-
-bool CDataValue::parseToDataValue(const char* text, CDataValue& out)
-{
-    return text && JsonText::parse(text, out);
-}
-
-CDataValue CDataValue::jsontoDataValue(const Json::Value& json)
-{
-    return JsonText::fromJson(json);
-}
-
-ENUM_VALUE_TYPE CDataValue::toValueType(const Json::Value& json)
-{
-    const int type = json.type();
-    return type >= NULL_VALUE && type <= MAP_VALUE ? static_cast<ENUM_VALUE_TYPE>(type)
-                                                   : NULL_VALUE;
 }

@@ -20,6 +20,10 @@ std::string write(const CDataValue& value, ENUM_STYLE style);
 /// but for want of memory.
 bool parse(const std::string& utf8, CDataValue& value);
 
+/// The same by JsonCpp's reader alone, which says what every text means. parse() asks it only for
+/// what JsonFastReader leaves.
+bool parseSlowly(const std::string& utf8, CDataValue& value);
+
 /// Builds the value of a JSON tree, in place and in step. Integers keep their JSON type; those
 /// outside 32 bits become doubles.
 CDataValue fromJson(const Json::Value& json);

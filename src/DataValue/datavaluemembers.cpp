@@ -1,0 +1,188 @@
+#include "DataValue/datavaluemembers_p.h"
+
+#include <QtEndian>
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+struct DataValueMembers::Block
+{
+    Block* next;
+    std::size_t used;
+    std::size_t capacity;
+    Member* members() { return reinterpret_cast<Member*>(this + 1); }
+};
+
+struct DataValueMembers::FreeRoom
+{
+    FreeRoom* next;
+};
+
+namespace {
+
+constexpr std::size_t kFirstBlock = 4;
+constexpr std::size_t kLargestBlock = 64;
+constexpr std::size_t kFirstPage = 8;
+
+} // namespace
+
+DataValueMembers::Key::Key(std::string_view bytes)
+    : prefix(0)
+    , text(bytes)
+{
+    if (!bytes.empty())
+        std::memcpy(&prefix, bytes.data(), std::min(bytes.size(), sizeof prefix));
+    prefix = qFromBigEndian(prefix);
+}
+
+bool DataValueMembers::isBefore(const Slot& slot, const Key& key)
+{
+    return slot.prefix != key.prefix ? slot.prefix < key.prefix
+                                     : slot.member->key.view() < key.text;
+}
+
+DataValueMembers::Place DataValueMembers::lowerBound(const Key& key) const
+{
+    const Page* const first = firstPage();
+    const Page* page = endPage() - 1;
+    if (page->empty())
+        return {0, 0};
+    const auto pageIndex = [first](const Page* at) { return static_cast<std::size_t>(at - first); };
+    if (isBefore(page->back(), key)) // keys often come in order
+        return {pageIndex(page), page->size()};
+    if (first != page) {
+        const auto endsBefore = [](const Page& candidate, const Key& wanted) {
+            return isBefore(candidate.back(), wanted);
+        };
+        page = std::lower_bound(first, page, key, endsBefore);
+    }
+    const Slot* low = page->data();
+    for (std::size_t count = page->size(); count != 0;) {
+        const std::size_t half = count / 2;
+        const bool right = isBefore(low[half], key);
+        low += right ? half + 1 : 0;
+        count = right ? count - half - 1 : half;
+    }
+    return {pageIndex(page), static_cast<std::size_t>(low - page->data())};
+}
+
+bool DataValueMembers::isAt(const Place& place, const Key& key) const
+{
+    const Page& page = firstPage()[place.page];
+    return place.at < page.size() && page[place.at].prefix == key.prefix &&
+           page[place.at].member->key.view() == key.text;
+}
+
+DataValueMembers::Member* DataValueMembers::find(std::string_view text) const
+{
+    const Key key(text);
+    const Place place = lowerBound(key);
+    return isAt(place, key) ? firstPage()[place.page][place.at].member : nullptr;
+}
+
+DataValueMembers::Member& DataValueMembers::findOrAdd(std::string_view text)
+{
+    const Key key(text);
+    const Place place = lowerBound(key);
+    return isAt(place, key) ? *page(place.page)[place.at].member
+                            : insert(place, key.prefix, DataValueText(text));
+}
+
+DataValueMembers::Member& DataValueMembers::findOrAdd(const DataValueText& text)
+{
+    const Key key(text.view());
+    const Place place = lowerBound(key);
+    return isAt(place, key) ? *page(place.page)[place.at].member
+                            : insert(place, key.prefix, DataValueText(text));
+}
+
+DataValueMembers::Member& DataValueMembers::insert(Place place, std::uint64_t prefix,
+                                                   DataValueText&& key)
+{
+    if (page(place.page).size() == kPageSize)
+        splitPage(place);
+    Page& target = page(place.page);
+    if (target.size() == target.capacity())
+        target.reserve(std::clamp(target.size() * 2, kFirstPage, kPageSize));
+    Member* const member = new (allocate()) Member{std::move(key), CDataValue()};
+    target.insert(target.begin() + static_cast<std::ptrdiff_t>(place.at), Slot{prefix, member});
+    ++m_size;
+    return *member;
+}
+
+void DataValueMembers::splitPage(Place& place)
+{
+    if (m_pages.empty())
+        m_pages.push_back(std::move(m_onlyPage));
+    // Behind the last member of all, the full page stays full: keys that come in order fill it.
+    Page& full = m_pages[place.page];
+    const bool atEnd = place.at == kPageSize && place.page + 1 == m_pages.size();
+    const std::size_t kept = atEnd ? kPageSize - 1 : kPageSize / 2;
+    const auto middle = full.begin() + static_cast<std::ptrdiff_t>(kept);
+    Page upper(middle, full.end());
+    full.erase(middle, full.end());
+    m_pages.insert(m_pages.begin() + static_cast<std::ptrdiff_t>(place.page) + 1, std::move(upper));
+    if (place.at > kept) {
+        ++place.page;
+        place.at -= kept;
+    }
+}
+
+bool DataValueMembers::remove(std::string_view text)
+{
+    const Key key(text);
+    const Place place = lowerBound(key);
+    if (!isAt(place, key))
+        return false;
+    Page& source = page(place.page);
+    Member* const member = source[place.at].member;
+    source.erase(source.begin() + static_cast<std::ptrdiff_t>(place.at));
+    if (source.empty() && !m_pages.empty())
+        m_pages.erase(m_pages.begin() + static_cast<std::ptrdiff_t>(place.page));
+    --m_size;
+    member->~Member();
+    m_free = new (static_cast<void*>(member)) FreeRoom{m_free};
+    return true;
+}
+
+void DataValueMembers::clear()
+{
+    for (Member& member : *this)
+        member.~Member();
+    m_onlyPage.clear();
+    m_pages.clear();
+    m_free = nullptr;
+    m_size = 0;
+    while (m_blocks)
+        ::operator delete(std::exchange(m_blocks, m_blocks->next));
+}
+
+void DataValueMembers::reserve(std::size_t count)
+{
+    if (m_size == 0 && count != 0 && !m_blocks) {
+        addBlock(count);
+        m_onlyPage.reserve(std::min(count, kPageSize));
+    }
+}
+
+DataValueMembers::Member* DataValueMembers::allocate()
+{
+    if (m_free) {
+        FreeRoom* const room = std::exchange(m_free, m_free->next);
+        return reinterpret_cast<Member*>(room);
+    }
+    if (!m_blocks || m_blocks->used == m_blocks->capacity)
+        addBlock(m_blocks ? std::min(m_blocks->capacity * 2, kLargestBlock) : kFirstBlock);
+    return m_blocks->members() + m_blocks->used++;
+}
+
+void DataValueMembers::addBlock(std::size_t capacity)
+{
+    auto* const block =
+        static_cast<Block*>(::operator new(sizeof(Block) + capacity * sizeof(Member)));
+    block->next = m_blocks;
+    block->used = 0;
+    block->capacity = capacity;
+    m_blocks = block;
+}

@@ -1,0 +1,190 @@
+// Reading JSON text, and taking JsonCpp's trees over.
+
+#include "DataValue/datavalue_p.h"
+#include "DataValue/jsonfastreader_p.h"
+#include "DataValue/jsontext_p.h"
+
+#include <json/json.h>
+
+#include <exception>
+#include <limits>
+#include <utility>
+
+namespace {
+
+using Tree = DataValueTree;
+
+/// Where the kinds of integers come from.
+enum class Integers {
+    ByTheirText, ///< the rule of parsed text
+    ByTheirType  ///< the JSON type; what has no place in 32 bits is a double
+};
+
+/// The number rule: an integer is one only inside these limits, else it is a double. They lie a
+/// little inside the 32-bit range, since the rule looks at the number before its last digit.
+constexpr Json::Int64 kLowest = -2147483639;
+constexpr Json::Int64 kHighest = 4294967289;
+
+/// The double nearest to a 64-bit integer. JsonCpp's own conversion rounds twice.
+double nearestDouble(const Json::Value& json)
+{
+    return json.isInt64() ? static_cast<double>(json.asInt64())
+                          : static_cast<double>(json.asUInt64());
+}
+
+void constructInteger(CDataValue& value, const Json::Value& json, Integers rule)
+{
+    const bool byText = rule == Integers::ByTheirText;
+    const bool ruledOut =
+        byText && (!json.isInt64() || json.asInt64() < kLowest || json.asInt64() > kHighest);
+    const bool isUnsigned = byText ? !json.isInt() : json.type() == Json::uintValue;
+    if (!ruledOut && isUnsigned && json.isUInt())
+        Tree::constructUInt(value, json.asUInt());
+    else if (!ruledOut && !isUnsigned && json.isInt())
+        Tree::constructInt(value, json.asInt());
+    else
+        Tree::constructReal(value, nearestDouble(json));
+}
+
+struct BuildStep
+{
+    const Json::Value* from;
+    CDataValue* to;
+};
+
+void copyComments(CDataValue& to, const Json::Value& from)
+{
+    static constexpr Json::CommentPlacement kPlaces[] = {
+        Json::commentBefore, Json::commentAfterOnSameLine, Json::commentAfter};
+    for (std::size_t i = 0; i < std::size(kPlaces); ++i) {
+        if (from.hasComment(kPlaces[i]))
+            Tree::makeExtras(to).comments[i] = from.getComment(kPlaces[i]);
+    }
+}
+
+void buildContainer(const BuildStep& step, std::vector<BuildStep>& pending)
+{
+    Tree::construct(*step.to, CDataValue::toValueType(*step.from));
+    Tree::Container& container = *Tree::children(*step.to);
+    if (step.from->isArray())
+        container.elements.reserve(step.from->size());
+    for (auto child = step.from->begin(); child != step.from->end(); ++child) {
+        if (step.from->isArray()) {
+            pending.push_back({&*child, &Tree::appendSlot(container)});
+        } else {
+            const char* end = nullptr;
+            const char* const begin = child.memberName(&end);
+            const std::string_view key(begin, static_cast<std::size_t>(end - begin));
+            pending.push_back({&*child, &Tree::memberSlot(container, key)});
+        }
+    }
+}
+
+void buildOne(const BuildStep& step, Integers rule, std::vector<BuildStep>& pending)
+{
+    const Json::Value& from = *step.from;
+    switch (CDataValue::toValueType(from)) {
+    case INT_VALUE:
+    case UINT_VALUE:
+        constructInteger(*step.to, from, rule);
+        break;
+    case REAL_VALUE:
+        Tree::constructReal(*step.to, from.asDouble());
+        break;
+    case STRING_VALUE: {
+        const char* begin = nullptr;
+        const char* end = nullptr;
+        from.getString(&begin, &end);
+        Tree::constructText(*step.to,
+                            std::string_view(begin, static_cast<std::size_t>(end - begin)));
+        break;
+    }
+    case BOOLEAN_VALUE:
+        Tree::constructBool(*step.to, from.asBool());
+        break;
+    case ARRAY_VALUE:
+    case MAP_VALUE:
+        buildContainer(step, pending);
+        break;
+    default:
+        break;
+    }
+    copyComments(*step.to, from);
+}
+
+/// JsonCpp's reader in its default features: the class with exactly the described leniencies. Its
+/// successor differs in several of them (trailing commas, for one), hence the older class.
+bool readJson(const std::string& utf8, Json::Value& root)
+{
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+    Json::Reader reader;
+    return reader.parse(utf8, root, true);
+#pragma GCC diagnostic pop
+}
+
+CDataValue build(const Json::Value& json, Integers rule)
+{
+    CDataValue result;
+    std::vector<BuildStep> pending{{&json, &result}};
+    while (!pending.empty()) {
+        const BuildStep step = pending.back();
+        pending.pop_back();
+        buildOne(step, rule, pending);
+    }
+    return result;
+}
+
+} // namespace
+
+CDataValue JsonText::fromJson(const Json::Value& json)
+{
+    return build(json, Integers::ByTheirType);
+}
+
+bool JsonText::parse(const std::string& utf8, CDataValue& value)
+{
+    CDataValue fast;
+    if (JsonFastReader::read(std::string(utf8), fast)) {
+        value = std::move(fast);
+        return true;
+    }
+    return parseSlowly(utf8, value);
+}
+
+bool JsonText::parseSlowly(const std::string& utf8, CDataValue& value)
+{
+    Json::Value root;
+    try {
+        if (!readJson(utf8, root))
+            return false;
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception&) { // nesting beyond the reader's limit
+        return false;
+    }
+    value = build(root, Integers::ByTheirText);
+    return true;
+}
+
+bool CDataValue::parseToDataValue(const QString& text, CDataValue& out)
+{
+    return JsonText::parse(text.toStdString(), out);
+}
+
+bool CDataValue::parseToDataValue(const char* text, CDataValue& out)
+{
+    return text && JsonText::parse(text, out);
+}
+
+CDataValue CDataValue::jsontoDataValue(const Json::Value& json)
+{
+    return JsonText::fromJson(json);
+}
+
+ENUM_VALUE_TYPE CDataValue::toValueType(const Json::Value& json)
+{
+    const int type = json.type();
+    return type >= NULL_VALUE && type <= MAP_VALUE ? static_cast<ENUM_VALUE_TYPE>(type)
+                                                   : NULL_VALUE;
+}
