@@ -2,11 +2,15 @@
 
 #include "BusinessBase/businesspluginbase.h"
 #include "DataValue/datavalue.h"
+#include "DataValue/xml/cxmlconvert.h"
 #include "Ipc/ipcclient.h"
 #include "Ipc/ipcserver.h"
 #include "LogTask/clog.h"
 #include "MessageCenter/messagecenter.h"
+#include "PersoManager/persomanager.h"
 #include "appglobal/applicationpaths.h"
+#include "appglobal/mainappglobal.h"
+#include "appglobal/wzrfilehandler.h"
 #include "applicationcontorllerclient/applicationcontorllerclient.h"
 #include "common_function.h"
 #include "deviceservice_global.h"
@@ -38,6 +42,13 @@ int main(int argc, char** argv)
     IPCClient client(QStringLiteral("nobody"), nullptr);
     if (server.hasClientConnected() || client.isConnected())
         return 3;
+
+    CXml xml;
+    if (!xml.ParseXmlString("<r>text</r>") || !xml.GetElement("r"))
+        return 4;
+    if (!CMainAppGlobal::systemMapGet(QStringLiteral("General"), QStringLiteral("None")).isNull())
+        return 5;
+    CMainAppGlobal::release();
     std::puts("consumer ready");
     return 0;
 }
