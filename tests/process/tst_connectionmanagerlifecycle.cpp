@@ -6,6 +6,7 @@ class tst_connectionmanagerlifecycle : public QObject
 
 private Q_SLOTS:
     void waitsForAControllerThatStartsLate();
+    void answersAtOnceWithoutADevice();
     void waitsForAServiceThatStartsLate();
     void findsAServiceThatWasKilledAndRestarted();
     void findsAControllerThatWasKilledAndRestarted();
@@ -27,6 +28,17 @@ void tst_connectionmanagerlifecycle::waitsForAControllerThatStartsLate()
     QVERIFY(dashboard->says("application controller: introduced"));
     QCOMPARE(dashboard->exitCode(), 0);
     QVERIFY(service->says("application controller: introduced"));
+}
+
+void tst_connectionmanagerlifecycle::answersAtOnceWithoutADevice()
+{
+    ConnectionManager manager;
+    const auto dashboard = manager.startDashboard({"--trace"});
+    dashboard->enter("ask");
+    QVERIFY(dashboard->says("trace: IPCClient cannot send"));
+    QVERIFY(dashboard->says("trace: IPCClient answers itself: "
+                            "__BEGIN__{\"IPCMSG_ERROR_CODE\":6,"));
+    QVERIFY(dashboard->says("PIN           could not be sent (error 6)"));
 }
 
 void tst_connectionmanagerlifecycle::waitsForAServiceThatStartsLate()

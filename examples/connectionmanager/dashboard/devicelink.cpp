@@ -21,12 +21,10 @@ DeviceLink::DeviceLink(const QString& clientName, const QString& deviceName, QOb
     connect(&m_nextQuestion, &QTimer::timeout, this, &DeviceLink::askForDevice);
     m_nextAttempt.setSingleShot(true);
     m_nextAttempt.setInterval(ConnectAgainMs);
-    connect(&m_nextAttempt, &QTimer::timeout, this, [this] {
-        if (m_client != nullptr)
-            m_client->connectToServer();
-    });
+    connect(&m_nextAttempt, &QTimer::timeout, this, [this] { m_client->connectToServer(); });
     connect(MessageCenter::defaultCenter(), &MessageCenter::sigDeviceMessageSend, this,
             &DeviceLink::traceSending);
+    replaceClient();
     watchController();
 }
 
@@ -67,15 +65,30 @@ void DeviceLink::askForDevice()
 // The device has this ID now; an empty one means that it is not plugged in.
 void DeviceLink::useDevice(const QString& deviceID)
 {
-    dropClient();
+    const bool wasConnected = m_client->isConnected();
     m_deviceID = deviceID;
+    replaceClient();
+    if (wasConnected)
+        Q_EMIT lost();
     if (deviceID.isEmpty()) {
         Q_EMIT happened(QStringLiteral("device: %1 was unplugged").arg(m_deviceName));
-        return;
+    } else {
+        Q_EMIT happened(QStringLiteral("device: %1 is %2").arg(m_deviceName, deviceID));
+        m_client->connectToServer();
     }
-    Q_EMIT happened(QStringLiteral("device: %1 is %2").arg(m_deviceName, deviceID));
+}
+
+void DeviceLink::replaceClient()
+{
     MessageCenter* center = MessageCenter::defaultCenter();
-    m_client = new IPCClient(deviceID, this);
+    m_nextAttempt.stop();
+    if (m_client != nullptr) {
+        // Nothing more may come from it or go to it; it may be in the middle of a signal.
+        m_client->disconnect();
+        center->disconnect(m_client);
+        m_client->deleteLater();
+    }
+    m_client = new IPCClient(m_deviceID, this);
     connect(center, &MessageCenter::sigDeviceMessageSend, m_client, &IPCClient::messageSend);
     connect(m_client, &IPCClient::sigMessageReceived, this, &DeviceLink::traceReceiving);
     connect(m_client, &IPCClient::sigMessageReceived, center, &MessageCenter::messageReceived);
@@ -85,22 +98,6 @@ void DeviceLink::useDevice(const QString& deviceID)
         Q_EMIT lost();
     });
     connect(m_client, &IPCClient::sigIPCSocketError, &m_nextAttempt, qOverload<>(&QTimer::start));
-    m_client->connectToServer();
-}
-
-void DeviceLink::dropClient()
-{
-    m_nextAttempt.stop();
-    if (m_client == nullptr)
-        return;
-    const bool wasConnected = m_client->isConnected();
-    // Nothing more may come from it; it may be in the middle of a signal.
-    m_client->disconnect();
-    MessageCenter::defaultCenter()->disconnect(m_client);
-    m_client->deleteLater();
-    m_client = nullptr;
-    if (wasConnected)
-        Q_EMIT lost();
 }
 
 // Builds the envelope once more, in the way in which the client does, to have something to show.
@@ -112,12 +109,14 @@ void DeviceLink::traceSending(const char* messageID, const CDataValue* data, con
         envelope.mapSet("IPCMSG_USER_DATA", *data, false);
     if (senderID != nullptr)
         envelope.mapSet("IPCMSG_MSG_SENDER", CDataValue(senderID), false);
-    Q_EMIT passed(QStringLiteral("IPCClient sends"),
+    Q_EMIT passed(m_client->isConnected() ? QStringLiteral("IPCClient sends")
+                                          : QStringLiteral("IPCClient cannot send"),
                   Envelope::frame(envelope.parseToQString(FAST_STYLE)));
 }
 
 void DeviceLink::traceReceiving(CDataValue* envelope)
 {
-    Q_EMIT passed(QStringLiteral("IPCClient received"),
+    Q_EMIT passed(m_client->isConnected() ? QStringLiteral("IPCClient received")
+                                          : QStringLiteral("IPCClient answers itself"),
                   Envelope::frame(envelope->parseToQString(FAST_STYLE)));
 }

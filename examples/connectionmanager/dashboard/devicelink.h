@@ -47,16 +47,17 @@ private:
     void watchController();
     void askForDevice();
     void useDevice(const QString& deviceID);
-    void dropClient();
+    void replaceClient();
     void traceSending(const char* messageID, const CDataValue* data, const char* senderID);
     void traceReceiving(CDataValue* envelope);
 
     QString m_deviceName;
     QString m_deviceID; // empty until the controller has told
     ApplicationContorllerClient m_controller;
-    IPCClient* m_client = nullptr; // a child; null without a device
-    QTimer m_nextQuestion;         // asks the controller again
-    QTimer m_nextAttempt;          // connects again
+    // A child, never null: one without a device is never connected, and so answers with error 6.
+    IPCClient* m_client = nullptr;
+    QTimer m_nextQuestion; // asks the controller again
+    QTimer m_nextAttempt;  // connects again
 };
 
 #endif
