@@ -27,7 +27,10 @@ def workload_of(name):
 
 def main():
     times = {}
-    for run in json.load(sys.stdin)["benchmarks"]:
+    runs = json.load(sys.stdin)["benchmarks"]
+    # They come in the order in which they ran, which is random.
+    runs.sort(key=lambda run: (run["family_index"], run["per_family_instance_index"]))
+    for run in runs:
         if run.get("error_occurred"):
             sys.exit(f"{run['name']}: {run['error_message']}")
         if run["run_type"] == "iteration":

@@ -18,16 +18,23 @@ bool SlotCall::call(QGenericReturnArgument result, QGenericArgument first, QGene
         return false;
     const QMetaObject* const metaObject = receiver->metaObject();
     if (metaObject != m_metaObject)
-        find(metaObject, first.name(), second.name());
+        find(metaObject, result.data() ? result.name() : nullptr, first.name(), second.name());
+    if (m_metaCall) {
+        void* arguments[] = {result.data(), first.data(), second.data()};
+        m_metaCall(receiver, QMetaObject::InvokeMetaMethod, m_indexInClass, arguments);
+        return true;
+    }
     // The slot may destroy this object: the method is called through a copy.
     const QMetaMethod method = m_method;
     return method.invoke(receiver, Qt::DirectConnection, result, first, second);
 }
 
-void SlotCall::find(const QMetaObject* metaObject, const char* first, const char* second)
+void SlotCall::find(const QMetaObject* metaObject, const char* result, const char* first,
+                    const char* second)
 {
     m_method = QMetaMethod();
     m_metaObject = nullptr;
+    m_metaCall = nullptr;
     if (m_slot.isEmpty())
         return;
     QByteArray signature = m_slot + '(' + first;
@@ -41,4 +48,11 @@ void SlotCall::find(const QMetaObject* metaObject, const char* first, const char
         return;
     m_method = metaObject->method(index);
     m_metaObject = metaObject;
+    // The arguments fit, they are what it was found by. Another name of the result's type may
+    // still mean the same type.
+    if (result && qstrcmp(result, m_method.typeName()) != 0)
+        return;
+    const QMetaObject* const owner = m_method.enclosingMetaObject();
+    m_metaCall = owner->d.static_metacall;
+    m_indexInClass = index - owner->methodOffset();
 }

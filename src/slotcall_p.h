@@ -21,7 +21,7 @@ inline void requireNotNull(const void* pointer)
 /// It is found exactly as QMetaObject::invokeMethod() finds it, from the type names of the
 /// arguments and with the same check of the return type. Names are not looked up again as long as
 /// the receiver has the same meta-object; it has another one while it is being constructed. All
-/// calls of one object use the same argument types.
+/// calls of one object use the same types of arguments and result.
 ///
 /// A receiver that was destroyed is passed over.
 class SlotCall
@@ -42,12 +42,18 @@ public:
               QGenericArgument second = QGenericArgument());
 
 private:
-    void find(const QMetaObject* metaObject, const char* first, const char* second);
+    void find(const QMetaObject* metaObject, const char* result, const char* first,
+              const char* second);
 
     QByteArray m_slot;
     QPointer<QObject> m_receiver;
     const QMetaObject* m_metaObject = nullptr; // the receiver's when m_method was found
     QMetaMethod m_method;
+
+    // What QMetaMethod::invoke() would call after checks that were made when m_method was found.
+    // Null when it may find something to object to, and must be asked each time.
+    void (*m_metaCall)(QObject*, QMetaObject::Call, int, void**) = nullptr;
+    int m_indexInClass = 0;
 };
 
 #endif

@@ -1,5 +1,6 @@
 #include "MessageCenter/messagecenter.h"
 
+#include "DataValue/datavalue_p.h"
 #include "LogTask/clog.h"
 #include "slotcall_p.h"
 
@@ -19,6 +20,8 @@ using Receivers = QVector<Registration>; // in the order of registration
 
 MessageCenter* g_center = nullptr;
 
+constexpr char byteOrderMark[] = "\xEF\xBB\xBF";
+
 Registration makeRegistration(const char* messageID, const char* slot, const QObject* receiver)
 {
     requireNotNull(messageID);
@@ -33,10 +36,20 @@ QByteArray borrowedKey(const char* messageID)
     return QByteArray::fromRawData(messageID, messageID ? int(std::strlen(messageID)) : 0);
 }
 
-/// Identifiers from `const char*` are Latin-1 texts.
-QString deviceKey(const char* messageID)
+/// Identifiers from `const char*` are Latin-1 texts, those in envelopes are UTF-8.
+QByteArray deviceKey(const char* messageID)
 {
-    return QString::fromLatin1(messageID);
+    return QString::fromLatin1(messageID).toUtf8();
+}
+
+/// The key of the envelope's identifier, for a look-up only: it borrows the text where it can.
+QByteArray borrowedDeviceKey(CDataValue& envelope)
+{
+    const CDataValue& type = envelope.mapGet("IPCMSG_TYPE");
+    const char* const text = type.isString() ? DataValueTree::text(type).c_str() : nullptr;
+    if (!text || *text == byteOrderMark[0]) // a mark is no part of the text
+        return type.asQString().toUtf8();
+    return borrowedKey(text);
 }
 
 QGenericArgument asArgument(CDataValue* const& value)
@@ -94,12 +107,11 @@ void cancelAll(Map& map)
 
 } // namespace
 
-// Keys are kept as they are looked up: posts bring bytes, envelopes bring texts.
 struct MessageCenter::Registries
 {
     QHash<QByteArray, Registration> services;
     QHash<QByteArray, Receivers> modules;
-    QHash<QString, Receivers> devices;
+    QHash<QByteArray, Receivers> devices; // by UTF-8
 };
 
 MessageCenter::MessageCenter()
@@ -216,8 +228,8 @@ void MessageCenter::resetDeviceMessageMap()
 
 void MessageCenter::messageReceived(CDataValue* datavalue)
 {
-    const QString messageID = datavalue ? datavalue->mapGet("IPCMSG_TYPE").asQString() : QString();
-    const auto found = m_registries->devices.constFind(messageID);
+    const auto found =
+        m_registries->devices.constFind(datavalue ? borrowedDeviceKey(*datavalue) : QByteArray());
     if (found == m_registries->devices.constEnd())
         logUnknownIdentifier("messageReceived");
     else

@@ -100,6 +100,7 @@ private Q_SLOTS:
     void anUnknownEnvelopeIsLogged_data();
     void anUnknownEnvelopeIsLogged();
     void identifiersOfEnvelopesAreLatin1();
+    void identifiersOfEnvelopesBeginBehindAByteOrderMark();
     void theRegistriesAreSeparate();
     void resettingModulesKeepsDevices();
     void resettingDevicesKeepsModules();
@@ -388,6 +389,16 @@ void TestMessageCenter::identifiersOfEnvelopesAreLatin1()
     center()->unregisterDeviceMessage("caf\xE9", &a);
     center()->messageReceived(&envelope);
     QCOMPARE(m_diary.size(), 1);
+}
+
+void TestMessageCenter::identifiersOfEnvelopesBeginBehindAByteOrderMark()
+{
+    Module a("a", &m_diary);
+    center()->registerDeviceMessage("REPORT", "onMessage", &a);
+    CDataValue envelope(MAP_VALUE);
+    envelope.mapSet("IPCMSG_TYPE", CDataValue("\xEF\xBB\xBFREPORT"), true);
+    center()->messageReceived(&envelope);
+    QCOMPARE(m_diary, QStringList({"a.onMessage"}));
 }
 
 void TestMessageCenter::theRegistriesAreSeparate()
