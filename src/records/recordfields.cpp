@@ -1,11 +1,6 @@
 #include "records/recordfields_p.h"
 
-#include "DataValue/datavalue.h"
-
 #include <QDebug>
-
-#include <string>
-#include <vector>
 
 namespace records {
 
@@ -57,113 +52,6 @@ void FieldVisitor::visitList(const char* key, const ListType& type, void* member
 }
 
 namespace {
-
-/// Writes fields as members of a map, and elements, which have no key, into an array.
-class Writer final : public FieldVisitor
-{
-public:
-    explicit Writer(CDataValue& data)
-        : m_data(data)
-    {
-    }
-
-private:
-    void put(const Field& field, CDataValue&& value)
-    {
-        if (field.key)
-            m_data.mapSet(field.key, std::move(value), false);
-        else
-            m_data.arrayAppend(std::move(value), false);
-    }
-    void number(const Field& field, int& member) override { put(field, CDataValue(member)); }
-    void boolean(const Field& field, bool& member) override { put(field, CDataValue(member)); }
-    void text(const Field& field, QString& member) override { put(field, CDataValue(member)); }
-    void longNumber(const Field& field, long long& member) override
-    {
-        put(field, CDataValue(member));
-    }
-    void unsignedNumber(const Field& field, unsigned long& member) override
-    {
-        put(field, CDataValue(member));
-    }
-    void textMap(const Field& field, TextMap& member) override
-    {
-        CDataValue map;
-        const QList<QString> keys = member.keys();
-        for (const QString& key : keys)
-            map.mapSet(key, CDataValue(member.value(key)), false);
-        put(field, std::move(map));
-    }
-    void record(const Field& field, const RecordType& type, void* member) override
-    {
-        CDataValue map;
-        Writer fields(map);
-        type.visit(fields, member);
-        put(field, std::move(map));
-    }
-    void list(const Field& field, const ListType& type, void* member) override
-    {
-        CDataValue array;
-        Writer elements(array);
-        type.visitElements(elements, member);
-        put(field, std::move(array));
-    }
-
-    CDataValue& m_data;
-};
-
-/// Reads fields from the members of a map, and an element, which has no key, from the value itself.
-class Reader final : public FieldVisitor
-{
-public:
-    explicit Reader(CDataValue& data)
-        : m_data(data)
-    {
-    }
-
-private:
-    CDataValue& valueOf(const Field& field)
-    {
-        return field.key ? m_data.mapGet(field.key) : m_data;
-    }
-    void number(const Field& field, int& member) override { member = valueOf(field).asInt(); }
-    void boolean(const Field& field, bool& member) override { member = valueOf(field).asBool(); }
-    void text(const Field& field, QString& member) override { member = valueOf(field).asQString(); }
-    void longNumber(const Field& field, long long& member) override
-    {
-        member = valueOf(field).asLongLong();
-    }
-    void unsignedNumber(const Field& field, unsigned long& member) override
-    {
-        member = valueOf(field).asUnsignedLong();
-    }
-    void textMap(const Field& field, TextMap& member) override
-    {
-        CDataValue& map = valueOf(field);
-        const std::vector<std::string> keys = map.mapGetKeys();
-        for (const std::string& bytes : keys) {
-            // The peers read keys byte by byte: one outside ASCII changes here, and its text is
-            // then not found under the changed key.
-            const QString key = QString::fromLatin1(bytes.c_str());
-            member.insert(key, map.mapGet(key).asQString());
-        }
-    }
-    void record(const Field& field, const RecordType& type, void* member) override
-    {
-        Reader fields(valueOf(field));
-        type.visit(fields, member);
-    }
-    void list(const Field& field, const ListType& type, void* member) override
-    {
-        CDataValue& array = valueOf(field);
-        for (unsigned int index = 0; index < array.arrayCount(); ++index) {
-            Reader element(array.arrayGet(index));
-            type.append(element, member);
-        }
-    }
-
-    CDataValue& m_data;
-};
 
 /// Compares each member with the one at the same place of another record.
 class Comparer final : public FieldVisitor
@@ -273,20 +161,8 @@ private:
 
 } // namespace
 
-// The lists take records that can be changed, because reading changes them; the other visitors
-// change nothing.
-
-void writeRecord(const RecordType& type, const void* record, CDataValue& data)
-{
-    Writer writer(data);
-    type.visit(writer, const_cast<void*>(record));
-}
-
-void readRecord(const RecordType& type, CDataValue& data, void* record)
-{
-    Reader reader(data);
-    type.visit(reader, record);
-}
+// The lists take records that can be changed, because reading changes them; these visitors change
+// nothing.
 
 bool equalRecords(const RecordType& type, const void* left, const void* right)
 {

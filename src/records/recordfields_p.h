@@ -48,6 +48,7 @@ struct ListType
 {
     RecordValueKind elementKind;
     const RecordType* record;
+    std::size_t (*count)(const void* list);
     /// Visits every element, without a key.
     void (*visitElements)(FieldVisitor& visitor, const void* list);
     /// Visits a fresh element, without a key, and appends what the visitor made of it.
@@ -146,6 +147,10 @@ class ListTypeOf
         else
             return nullptr;
     }
+    static std::size_t count(const void* list)
+    {
+        return static_cast<std::size_t>(static_cast<const L*>(list)->size());
+    }
     static void visitElements(FieldVisitor& visitor, const void* list)
     {
         // Visitors that are given a constant list only read, and a shared list stays shared.
@@ -166,7 +171,8 @@ class ListTypeOf
     }
 
 public:
-    static constexpr ListType value{elementKind(), recordType(), visitElements, append, equal};
+    static constexpr ListType value{elementKind(), recordType(), count,
+                                    visitElements, append,       equal};
 };
 
 template<class T>
