@@ -1,0 +1,336 @@
+#include "SystemEvent/logindwatch_p.h"
+
+#include "LogTask/clog.h"
+#include "SystemEvent/csystemeventlistener.h"
+
+#include <QCoreApplication>
+#include <QDBusArgument>
+#include <QDBusPendingCallWatcher>
+#include <QDBusServiceWatcher>
+#include <QDBusVariant>
+#include <QThread>
+#include <QUuid>
+
+#include <unistd.h>
+
+namespace {
+
+const char source[] = "SystemEvent/csystemeventlistener_linux";
+const auto service = QStringLiteral("org.freedesktop.login1");
+const auto managerPath = QStringLiteral("/org/freedesktop/login1");
+const auto managerInterface = QStringLiteral("org.freedesktop.login1.Manager");
+const auto propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
+const char sessionInterface[] = "org.freedesktop.login1.Session";
+
+constexpr int checkUpInterval = 1000; // ms, for a bus or a session that is not there yet
+constexpr int pollInterval = 20;      // ms, while sleep is delayed
+constexpr int otherThreads = 500;     // ms left to receivers in threads that are not known
+constexpr int longestDelay = 2000;    // ms; logind itself waits 5 s by default
+
+// The system bus of the moment, over a connection of our own: the shared one would stay broken once
+// the bus was restarted.
+QString uniqueName()
+{
+    return QLatin1String("wzrframework-") + QUuid::createUuid().toString();
+}
+
+} // namespace
+
+LogindWatch::LogindWatch(CSystemEventListener& listener)
+    : m_listener(listener)
+    , m_busName(uniqueName())
+{
+    m_checkUp.setInterval(checkUpInterval);
+    connect(&m_checkUp, &QTimer::timeout, this, &LogindWatch::checkUp);
+    m_release.setInterval(pollInterval);
+    connect(&m_release, &QTimer::timeout, this, &LogindWatch::releaseIfReceived);
+}
+
+LogindWatch::~LogindWatch()
+{
+    dropBus();
+}
+
+void LogindWatch::begin()
+{
+    connectToBus();
+    m_checkUp.start();
+}
+
+void LogindWatch::checkUp()
+{
+    if (m_bus && !m_bus->isConnected())
+        dropBus();
+    if (!m_bus)
+        connectToBus();
+    else if (m_era && m_session.isEmpty() && !m_searching)
+        findOwnSession();
+}
+
+void LogindWatch::connectToBus()
+{
+    const QDBusConnection bus =
+        QDBusConnection::connectToBus(QDBusConnection::SystemBus, m_busName);
+    if (!bus.isConnected()) {
+        QDBusConnection::disconnectFromBus(m_busName);
+        return;
+    }
+    m_bus = bus;
+    m_owner = std::make_unique<QDBusServiceWatcher>(service, *m_bus);
+    connect(m_owner.get(), &QDBusServiceWatcher::serviceOwnerChanged, this,
+            [this](const QString&, const QString&, const QString& owner) {
+                logindWent();
+                if (!owner.isEmpty())
+                    logindCame();
+            });
+    m_bus->connect(service, managerPath, managerInterface, QStringLiteral("PrepareForSleep"), this,
+                   SLOT(prepareForSleep(bool)));
+    m_bus->connect(service, managerPath, managerInterface, QStringLiteral("SessionRemoved"), this,
+                   SLOT(sessionRemoved(QString, QDBusObjectPath)));
+    QDBusMessage ask = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameHasOwner"));
+    ask << service;
+    call(ask, [this](const QDBusMessage& reply) {
+        if (reply.arguments().value(0).toBool() && !m_era)
+            logindCame();
+    });
+}
+
+void LogindWatch::dropBus()
+{
+    logindWent();
+    m_owner.reset();
+    m_bus.reset();
+    QDBusConnection::disconnectFromBus(m_busName);
+}
+
+void LogindWatch::logindCame()
+{
+    m_era = std::make_unique<QObject>();
+    takeInhibitor();
+    findOwnSession();
+    // A signal may have been missed while nobody was there to send it.
+    getProperty(managerPath, "org.freedesktop.login1.Manager", "PreparingForSleep",
+                [this](const QDBusMessage& reply) {
+                    if (reply.type() == QDBusMessage::ReplyMessage)
+                        prepareForSleep(
+                            reply.arguments().value(0).value<QDBusVariant>().variant().toBool());
+                });
+}
+
+// What is known of the session's state stays, so that it is compared with the next logind's word.
+void LogindWatch::logindWent()
+{
+    m_era.reset();
+    m_release.stop();
+    m_inhibitor = QDBusUnixFileDescriptor();
+    m_searching = false;
+    leaveSession();
+}
+
+// Sleep
+
+void LogindWatch::takeInhibitor()
+{
+    const QVariantList arguments = {QStringLiteral("sleep"), QCoreApplication::applicationName(),
+                                    QStringLiteral("Prepare for sleep"), QStringLiteral("delay")};
+    callManager("Inhibit", arguments, [this](const QDBusMessage& reply) {
+        if (reply.type() == QDBusMessage::ReplyMessage && !m_asleep)
+            m_inhibitor = reply.arguments().value(0).value<QDBusUnixFileDescriptor>();
+    });
+}
+
+void LogindWatch::prepareForSleep(bool sleeps)
+{
+    if (sleeps == m_asleep)
+        return;
+    m_asleep = sleeps;
+    Log(sleeps ? "%s %s SystemWillSleep" : "%s %s SystemHasPoweredOn", source, "PowerMsgCallBack");
+    m_listener.emitSignal(false, !sleeps);
+    m_release.stop();
+    if (sleeps)
+        releaseWhenReceived();
+    else if (m_era)
+        takeInhibitor();
+}
+
+// The signal stands in the queues of its receivers' threads now. What is queued behind it there is
+// handled after it.
+void LogindWatch::releaseWhenReceived()
+{
+    const auto notEntered = std::make_shared<std::atomic<int>>(2);
+    for (QObject* object : {static_cast<QObject*>(&m_listener),
+                            static_cast<QObject*>(QCoreApplication::instance())}) {
+        if (object)
+            QMetaObject::invokeMethod(
+                object, [notEntered] { --*notEntered; }, Qt::QueuedConnection);
+        else
+            --*notEntered;
+    }
+    m_notEntered = notEntered;
+    m_sinceSleep.start();
+    m_release.start();
+}
+
+void LogindWatch::releaseIfReceived()
+{
+    const qint64 waited = m_sinceSleep.elapsed();
+    if (waited < otherThreads || (*m_notEntered > 0 && waited < longestDelay))
+        return;
+    m_release.stop();
+    m_inhibitor = QDBusUnixFileDescriptor();
+}
+
+// The session: the process's own, else the one that the environment names, else the user's own
+// graphical one, for services that run outside of any.
+
+void LogindWatch::findOwnSession()
+{
+    m_searching = true;
+    callManager("GetSessionByPID", {static_cast<uint>(getpid())},
+                [this](const QDBusMessage& reply) {
+                    const QString id = qEnvironmentVariable("XDG_SESSION_ID");
+                    if (reply.type() == QDBusMessage::ReplyMessage)
+                        useSession(reply.arguments().value(0).value<QDBusObjectPath>().path());
+                    else if (!id.isEmpty())
+                        findSessionById(id);
+                    else
+                        findDisplaySession();
+                });
+}
+
+void LogindWatch::findSessionById(const QString& id)
+{
+    callManager("GetSession", {id}, [this](const QDBusMessage& reply) {
+        if (reply.type() == QDBusMessage::ReplyMessage)
+            useSession(reply.arguments().value(0).value<QDBusObjectPath>().path());
+        else
+            findDisplaySession();
+    });
+}
+
+void LogindWatch::findDisplaySession()
+{
+    callManager("GetUser", {static_cast<uint>(getuid())}, [this](const QDBusMessage& user) {
+        const QString path = user.arguments().value(0).value<QDBusObjectPath>().path();
+        if (user.type() != QDBusMessage::ReplyMessage) {
+            m_searching = false;
+            return;
+        }
+        getProperty(
+            path, "org.freedesktop.login1.User", "Display", [this](const QDBusMessage& reply) {
+                const QVariant display = reply.arguments().value(0).value<QDBusVariant>().variant();
+                QString id;
+                QDBusObjectPath session;
+                if (display.userType() == qMetaTypeId<QDBusArgument>()) {
+                    const auto argument = display.value<QDBusArgument>();
+                    argument.beginStructure();
+                    argument >> id >> session;
+                    argument.endStructure();
+                }
+                useSession(id.isEmpty() ? QString() : session.path());
+            });
+    });
+}
+
+void LogindWatch::useSession(const QString& path)
+{
+    m_searching = false;
+    if (path.isEmpty() || path == QLatin1String("/"))
+        return;
+    m_session = path;
+    m_bus->connect(service, path, propertiesInterface, QStringLiteral("PropertiesChanged"), this,
+                   SLOT(sessionChanged(QString, QVariantMap, QStringList)));
+    askActive();
+}
+
+void LogindWatch::leaveSession()
+{
+    if (m_bus && !m_session.isEmpty()) {
+        m_bus->disconnect(service, m_session, propertiesInterface,
+                          QStringLiteral("PropertiesChanged"), this,
+                          SLOT(sessionChanged(QString, QVariantMap, QStringList)));
+    }
+    m_session.clear();
+}
+
+void LogindWatch::sessionRemoved(const QString&, const QDBusObjectPath& path)
+{
+    if (path.path() != m_session || m_session.isEmpty())
+        return;
+    leaveSession();
+    setActive(false);
+    if (m_era)
+        findOwnSession();
+}
+
+void LogindWatch::sessionChanged(const QString& interface, const QVariantMap& changed,
+                                 const QStringList& invalidated)
+{
+    const auto name = QStringLiteral("Active");
+    if (interface != QLatin1String(sessionInterface))
+        return;
+    if (changed.contains(name))
+        setActive(changed.value(name).toBool());
+    else if (invalidated.contains(name))
+        askActive();
+}
+
+void LogindWatch::askActive()
+{
+    const QString session = m_session;
+    getProperty(session, sessionInterface, "Active", [this, session](const QDBusMessage& reply) {
+        if (reply.type() != QDBusMessage::ReplyMessage) {
+            if (session == m_session)
+                leaveSession(); // It does not exist; another may, a little later.
+        } else if (session == m_session) {
+            setActive(reply.arguments().value(0).value<QDBusVariant>().variant().toBool());
+        }
+    });
+}
+
+// The first state heard of is no change.
+void LogindWatch::setActive(bool active)
+{
+    const bool changed = m_active && *m_active != active;
+    m_active = active;
+    if (!changed)
+        return;
+    Log(active ? "%s %s User login" : "%s %s User logout", source, "userSwitchEventHandler");
+    m_listener.emitSignal(true, active);
+}
+
+// Calls
+
+void LogindWatch::callManager(const char* method, const QVariantList& arguments,
+                              const Handler& handle)
+{
+    QDBusMessage message = QDBusMessage::createMethodCall(service, managerPath, managerInterface,
+                                                          QLatin1String(method));
+    message.setArguments(arguments);
+    call(message, handle);
+}
+
+void LogindWatch::getProperty(const QString& path, const char* interface, const char* name,
+                              const Handler& handle)
+{
+    QDBusMessage message =
+        QDBusMessage::createMethodCall(service, path, propertiesInterface, QStringLiteral("Get"));
+    message << QString(QLatin1String(interface)) << QString(QLatin1String(name));
+    call(message, handle);
+}
+
+void LogindWatch::call(const QDBusMessage& message, const Handler& handle)
+{
+    QDBusMessage unstarted = message;
+    unstarted.setAutoStartService(false);
+    QObject* const owner = m_era ? m_era.get() : static_cast<QObject*>(m_owner.get());
+    auto* const watcher = new QDBusPendingCallWatcher(m_bus->asyncCall(unstarted), owner);
+    connect(watcher, &QDBusPendingCallWatcher::finished, owner,
+            [handle](QDBusPendingCallWatcher* done) {
+                const QDBusMessage reply = done->reply();
+                done->deleteLater();
+                handle(reply);
+            });
+}

@@ -1,0 +1,129 @@
+#include "SystemEvent/csystemeventlistener.h"
+
+#include <QElapsedTimer>
+#include <QMetaMethod>
+#include <QSemaphore>
+#include <QSignalSpy>
+#include <QTest>
+
+namespace {
+
+// A listener whose thread ends when the test says so.
+class StubbornListener : public CSystemEventListener
+{
+public:
+    void startListen(bool) override { start(); }
+    void stopListen() override { endThread(); }
+    QSemaphore mayEnd;
+
+protected:
+    void run() override { mayEnd.acquire(); }
+    void stopLoop() override {}
+};
+
+} // namespace
+
+class tst_CSystemEventListener : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void cleanup() { CSystemEventListener::destroy(); }
+    void thereIsOneInstance();
+    void hasTheSignalsInOrder();
+    void emitsWhatItIsTold();
+    void destroyWithoutAnInstance();
+    void destroyLeavesAThreadThatDoesNotEnd();
+    void stopWaitsASecondAtMost();
+};
+
+void tst_CSystemEventListener::thereIsOneInstance()
+{
+    QVERIFY(!CSystemEventListener::m_pIns);
+    CSystemEventListener* const listener = CSystemEventListener::instance();
+    QVERIFY(listener);
+    QCOMPARE(CSystemEventListener::instance(), listener);
+    QCOMPARE(CSystemEventListener::m_pIns, listener);
+    QVERIFY(!listener->parent());
+    QVERIFY(!listener->isRunning());
+    CSystemEventListener::destroy();
+    QVERIFY(!CSystemEventListener::m_pIns);
+}
+
+void tst_CSystemEventListener::hasTheSignalsInOrder()
+{
+    const QMetaObject& meta = CSystemEventListener::staticMetaObject;
+    QStringList methods;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+        QCOMPARE(meta.method(i).methodType(), QMetaMethod::Signal);
+        methods << QString::fromLatin1(meta.method(i).methodSignature());
+    }
+    QCOMPARE(methods, QStringList({"userSwitch(bool)", "powerEvent(bool)", "userLogon(bool)",
+                                   "sessionClose()"}));
+}
+
+void tst_CSystemEventListener::emitsWhatItIsTold()
+{
+    CSystemEventListener* const listener = CSystemEventListener::instance();
+    QStringList emitted;
+    auto record = [&emitted](const char* name) {
+        return [&emitted, name](bool value) {
+            emitted << QLatin1String(name) + (value ? " true" : " false");
+        };
+    };
+    connect(listener, &CSystemEventListener::userSwitch, this, record("userSwitch"));
+    connect(listener, &CSystemEventListener::powerEvent, this, record("powerEvent"));
+    connect(listener, &CSystemEventListener::userLogon, this, record("userLogon"));
+    connect(listener, &CSystemEventListener::sessionClose, this,
+            [&emitted] { emitted << "sessionClose"; });
+    listener->emitSignal(true, true);
+    listener->emitSignal(true, false);
+    listener->emitSignal(false, true);
+    listener->emitSignal(false, false);
+    listener->logonEvent(true);
+    listener->logonEvent(false);
+    listener->endSession();
+    QCOMPARE(emitted, QStringList({"userSwitch true", "userSwitch false", "powerEvent true",
+                                   "powerEvent false", "userLogon true", "userLogon false",
+                                   "sessionClose"}));
+}
+
+void tst_CSystemEventListener::destroyWithoutAnInstance()
+{
+    CSystemEventListener::destroy();
+    QVERIFY(!CSystemEventListener::m_pIns);
+}
+
+void tst_CSystemEventListener::destroyLeavesAThreadThatDoesNotEnd()
+{
+    StubbornListener listener;
+    CSystemEventListener::m_pIns = &listener;
+    listener.startListen(true);
+    QElapsedTimer timer;
+    timer.start();
+    CSystemEventListener::destroy();
+    QVERIFY(timer.elapsed() < 10000);
+    QVERIFY(!CSystemEventListener::m_pIns);
+    QVERIFY(listener.isRunning());
+    listener.mayEnd.release();
+    QVERIFY(listener.wait(30000));
+}
+
+void tst_CSystemEventListener::stopWaitsASecondAtMost()
+{
+    StubbornListener listener;
+    listener.startListen(true);
+    QElapsedTimer timer;
+    timer.start();
+    listener.stopListen();
+    QVERIFY(timer.elapsed() >= 950);
+    QVERIFY(timer.elapsed() < 10000);
+    listener.mayEnd.release();
+    QVERIFY(listener.wait(30000));
+    timer.start();
+    listener.stopListen();
+    QVERIFY(timer.elapsed() < 900);
+}
+
+QTEST_GUILESS_MAIN(tst_CSystemEventListener)
+#include "tst_csystemeventlistener.moc"

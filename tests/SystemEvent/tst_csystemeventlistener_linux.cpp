@@ -1,0 +1,380 @@
+#include "SystemEvent/csystemeventlistener.h"
+#include "logindmock.h"
+
+#include "support/logcapture.h"
+
+#include <QElapsedTimer>
+#include <QSemaphore>
+#include <QTest>
+#include <QThread>
+
+#include <atomic>
+#include <memory>
+
+#include <unistd.h>
+
+using Signals = QList<bool>;
+
+class tst_CSystemEventListener_linux : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void sleepAndWakingBecomeSignals();
+    void inhibitorIsHeldUntilSleepAndTakenAfterIt();
+    void sleepWaitsForTheMainThread();
+    void sleepDoesNotWaitForever();
+    void sleepWaitsForOtherThreads();
+    void repeatedNotificationsAreOneSignal();
+    void sessionIsFound_data();
+    void sessionIsFound();
+    void sessionThatComesLaterIsFound();
+    void endedSessionIsInactiveUntilThereIsOneAgain();
+    void lastSignalMatchesTheSession();
+    void noBusMeansNoEvents();
+    void noLogindMeansNoEventsUntilItComes();
+    void eventsResumeAfterLogindRestarts();
+    void eventsResumeAfterTheBusRestarts();
+    void wakingMissedByARestartIsTold();
+    void silentLogindDoesNotHoldUpTheStop();
+    void silentBusDoesNotHoldUpTheStop();
+    void startsAgainAfterItsStop();
+
+private:
+    void listen();
+    void useOwnSession();
+    bool heldInhibitor() { return m_mock->inhibitors() == QStringList("sleep delay"); }
+
+    std::unique_ptr<LogindMock> m_mock;
+    Signals m_power;
+    Signals m_user;
+};
+
+void tst_CSystemEventListener_linux::init()
+{
+    qunsetenv("XDG_SESSION_ID");
+    if (!m_mock)
+        m_mock = std::make_unique<LogindMock>();
+    m_mock->startBus();
+    m_mock->startLogind();
+    m_power.clear();
+    m_user.clear();
+}
+
+void tst_CSystemEventListener_linux::cleanup()
+{
+    CSystemEventListener::destroy();
+    QCoreApplication::sendPostedEvents();
+    m_mock->stopLogind();
+    m_mock->stopBus();
+}
+
+void tst_CSystemEventListener_linux::listen()
+{
+    CSystemEventListener* const listener = CSystemEventListener::instance();
+    connect(listener, &CSystemEventListener::powerEvent, this,
+            [this](bool value) { m_power << value; });
+    connect(listener, &CSystemEventListener::userSwitch, this,
+            [this](bool value) { m_user << value; });
+    listener->startListen(true);
+}
+
+// Listens until the session "own", which is active, is being watched.
+void tst_CSystemEventListener_linux::useOwnSession()
+{
+    m_mock->addSession(QStringLiteral("own"), true);
+    m_mock->setOwnSession(QStringLiteral("own"));
+    listen();
+    QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
+    // The first state heard of gives no signal; it may be either one.
+    QTRY_VERIFY_WITH_TIMEOUT((m_mock->setActive(QStringLiteral("own"), false),
+                              m_mock->setActive(QStringLiteral("own"), true),
+                              m_user.endsWith(true)),
+                             30000);
+    // Later than all signals that are still on their way.
+    m_mock->prepareForSleep(true);
+    m_mock->prepareForSleep(false);
+    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false, true}), 30000);
+    QCOMPARE(m_user.last(), true);
+    QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
+    m_power.clear();
+    m_user.clear();
+}
+
+void tst_CSystemEventListener_linux::sleepAndWakingBecomeSignals()
+{
+    LogCapture log;
+    listen();
+    QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
+    m_mock->prepareForSleep(true);
+    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false}), 30000);
+    m_mock->prepareForSleep(false);
+    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false, true}), 30000);
+    QCOMPARE(m_user, Signals());
+    const QString name = QStringLiteral("SystemEvent/csystemeventlistener_linux PowerMsgCallBack ");
+    QCOMPARE(log.lines().size(), 2);
+    QVERIFY(log.lines()[0].endsWith(name + "SystemWillSleep"));
+    QVERIFY(log.lines()[1].endsWith(name + "SystemHasPoweredOn"));
+}
+
+void tst_CSystemEventListener_linux::inhibitorIsHeldUntilSleepAndTakenAfterIt()
+{
+    listen();
+    QTRY_COMPARE_WITH_TIMEOUT(m_mock->inhibitors(), QStringList("sleep delay"), 30000);
+    for (int night = 0; night < 2; ++night) {
+        m_mock->prepareForSleep(true);
+        QTRY_COMPARE_WITH_TIMEOUT(m_mock->inhibitors(), QStringList(), 30000);
+        QCOMPARE(m_power.last(), false);
+        m_mock->prepareForSleep(false);
+        QTRY_COMPARE_WITH_TIMEOUT(m_mock->inhibitors(), QStringList("sleep delay"), 30000);
+    }
+    CSystemEventListener::instance()->stopListen();
+    QTRY_COMPARE_WITH_TIMEOUT(m_mock->inhibitors(), QStringList(), 30000);
+}
+
+void tst_CSystemEventListener_linux::sleepWaitsForTheMainThread()
+{
+    listen();
+    QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
+    m_mock->prepareForSleep(true);
+    // This thread, the receivers', handles no events here: asking the mock waits for its answer.
+    QElapsedTimer timer;
+    timer.start();
+    while (timer.elapsed() < 1000)
+        QVERIFY(heldInhibitor());
+    QCOMPARE(m_power, Signals());
+    QTRY_COMPARE_WITH_TIMEOUT(m_mock->inhibitors(), QStringList(), 30000);
+    QCOMPARE(m_power, Signals({false}));
+}
+
+void tst_CSystemEventListener_linux::sleepDoesNotWaitForever()
+{
+    listen();
+    QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
+    m_mock->prepareForSleep(true);
+    QElapsedTimer timer;
+    timer.start();
+    while (heldInhibitor())
+        QVERIFY(timer.elapsed() < 20000);
+    QVERIFY(timer.elapsed() > 1500);
+    QCOMPARE(m_power, Signals());
+}
+
+void tst_CSystemEventListener_linux::sleepWaitsForOtherThreads()
+{
+    listen();
+    QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
+    QThread thread;
+    QObject receiver;
+    receiver.moveToThread(&thread);
+    std::atomic<bool> entered{false};
+    QSemaphore finish;
+    connect(CSystemEventListener::instance(), &CSystemEventListener::powerEvent, &receiver, [&] {
+        entered = true;
+        finish.acquire();
+    });
+    thread.start();
+    m_mock->prepareForSleep(true);
+    QElapsedTimer timer;
+    timer.start();
+    while (heldInhibitor() && timer.elapsed() < 30000)
+        QCoreApplication::processEvents();
+    const bool enteredInTime = entered;
+    finish.release();
+    thread.quit();
+    QVERIFY(thread.wait(30000));
+    QVERIFY(enteredInTime);
+    QVERIFY(timer.elapsed() < 30000);
+}
+
+void tst_CSystemEventListener_linux::repeatedNotificationsAreOneSignal()
+{
+    useOwnSession();
+    m_mock->setActive(QStringLiteral("own"), true);
+    m_mock->setActive(QStringLiteral("own"), false);
+    m_mock->setActive(QStringLiteral("own"), false);
+    m_mock->prepareForSleep(false);
+    m_mock->prepareForSleep(true);
+    m_mock->prepareForSleep(true);
+    m_mock->prepareForSleep(false);
+    m_mock->prepareForSleep(false);
+    m_mock->setActive(QStringLiteral("own"), true);
+    QTRY_COMPARE_WITH_TIMEOUT(m_user, Signals({false, true}), 30000);
+    QCOMPARE(m_power, Signals({false, true}));
+}
+
+void tst_CSystemEventListener_linux::sessionIsFound_data()
+{
+    QTest::addColumn<QString>("way");
+    QTest::newRow("the process's own") << "own";
+    QTest::newRow("named by the environment") << "environment";
+    QTest::newRow("the user's display session") << "display";
+}
+
+void tst_CSystemEventListener_linux::sessionIsFound()
+{
+    QFETCH(QString, way);
+    LogCapture log;
+    m_mock->addSession(QStringLiteral("right"), true, getuid());
+    m_mock->addSession(QStringLiteral("wrong"), true, getuid());
+    if (way == QLatin1String("own"))
+        m_mock->setOwnSession(QStringLiteral("right"));
+    if (way == QLatin1String("own"))
+        qputenv("XDG_SESSION_ID", "wrong");
+    if (way == QLatin1String("environment"))
+        qputenv("XDG_SESSION_ID", "right");
+    m_mock->setDisplaySession(getuid(), way == QLatin1String("display") ? QStringLiteral("right")
+                                                                        : QStringLiteral("wrong"));
+    listen();
+    QTRY_VERIFY_WITH_TIMEOUT((m_mock->setActive(QStringLiteral("right"), true),
+                              m_mock->setActive(QStringLiteral("right"), false), !m_user.isEmpty()),
+                             30000);
+    const QString name =
+        QStringLiteral("SystemEvent/csystemeventlistener_linux userSwitchEventHandler User ");
+    QVERIFY(log.contains(name + (m_user.first() ? "login" : "logout")));
+    // The other session is not looked at.
+    m_mock->setActive(QStringLiteral("wrong"), false);
+    m_mock->setActive(QStringLiteral("wrong"), true);
+    m_mock->prepareForSleep(true);
+    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false}), 30000);
+    QCOMPARE(m_user.last(), false);
+}
+
+void tst_CSystemEventListener_linux::sessionThatComesLaterIsFound()
+{
+    listen();
+    QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
+    m_mock->addSession(QStringLiteral("late"), true);
+    m_mock->setOwnSession(QStringLiteral("late"));
+    QTRY_VERIFY_WITH_TIMEOUT((m_mock->setActive(QStringLiteral("late"), true),
+                              m_mock->setActive(QStringLiteral("late"), false), !m_user.isEmpty()),
+                             30000);
+}
+
+void tst_CSystemEventListener_linux::endedSessionIsInactiveUntilThereIsOneAgain()
+{
+    useOwnSession();
+    m_mock->endSession(QStringLiteral("another"));
+    m_mock->endSession(QStringLiteral("own"));
+    QTRY_COMPARE_WITH_TIMEOUT(m_user, Signals({false, true}), 30000);
+}
+
+void tst_CSystemEventListener_linux::lastSignalMatchesTheSession()
+{
+    useOwnSession();
+    for (int i = 0; i < 20; ++i)
+        m_mock->setActive(QStringLiteral("own"), i % 2 != 0);
+    m_mock->setActive(QStringLiteral("own"), false);
+    m_mock->prepareForSleep(true);
+    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false}), 30000);
+    QCOMPARE(m_user.last(), false);
+    for (int i = 1; i < m_user.size(); ++i)
+        QVERIFY(m_user[i] != m_user[i - 1]);
+}
+
+void tst_CSystemEventListener_linux::noBusMeansNoEvents()
+{
+    m_mock->stopLogind();
+    m_mock->stopBus();
+    listen();
+    CSystemEventListener* const listener = CSystemEventListener::instance();
+    QVERIFY(listener->isRunning());
+    QElapsedTimer timer;
+    timer.start();
+    listener->stopListen();
+    QVERIFY(listener->isFinished());
+    QVERIFY(timer.elapsed() < 10000);
+    QCOMPARE(m_power, Signals());
+}
+
+void tst_CSystemEventListener_linux::noLogindMeansNoEventsUntilItComes()
+{
+    m_mock->stopLogind();
+    listen();
+    m_mock->startLogind();
+    QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
+    m_mock->prepareForSleep(true);
+    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false}), 30000);
+}
+
+void tst_CSystemEventListener_linux::eventsResumeAfterLogindRestarts()
+{
+    useOwnSession();
+    m_mock->stopLogind();
+    m_mock->startLogind();
+    // Meanwhile another user has taken over.
+    m_mock->addSession(QStringLiteral("own"), false);
+    m_mock->setOwnSession(QStringLiteral("own"));
+    QTRY_COMPARE_WITH_TIMEOUT(m_user, Signals({false}), 30000);
+    QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
+    m_mock->prepareForSleep(true);
+    m_mock->setActive(QStringLiteral("own"), true);
+    QTRY_COMPARE_WITH_TIMEOUT(m_user, Signals({false, true}), 30000);
+    QCOMPARE(m_power, Signals({false}));
+}
+
+void tst_CSystemEventListener_linux::eventsResumeAfterTheBusRestarts()
+{
+    useOwnSession();
+    m_mock->stopBus();
+    m_mock->stopLogind();
+    m_mock->startBus();
+    m_mock->startLogind();
+    QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
+    m_mock->prepareForSleep(true);
+    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false}), 30000);
+    QTRY_COMPARE_WITH_TIMEOUT(m_mock->inhibitors(), QStringList(), 30000);
+}
+
+void tst_CSystemEventListener_linux::wakingMissedByARestartIsTold()
+{
+    listen();
+    QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
+    m_mock->prepareForSleep(true);
+    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false}), 30000);
+    m_mock->stopLogind();
+    m_mock->startLogind();
+    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false, true}), 30000);
+    QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
+}
+
+void tst_CSystemEventListener_linux::silentLogindDoesNotHoldUpTheStop()
+{
+    m_mock->signalLogind(SIGSTOP);
+    listen();
+    CSystemEventListener* const listener = CSystemEventListener::instance();
+    listener->stopListen();
+    QVERIFY(listener->isFinished());
+    listener->startListen(true);
+    m_mock->signalLogind(SIGCONT);
+    QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
+}
+
+void tst_CSystemEventListener_linux::silentBusDoesNotHoldUpTheStop()
+{
+    m_mock->signalBus(SIGSTOP);
+    listen();
+    QElapsedTimer timer;
+    timer.start();
+    CSystemEventListener::instance()->stopListen();
+    QVERIFY(timer.elapsed() < 10000);
+    m_mock->signalBus(SIGCONT);
+    QVERIFY(CSystemEventListener::instance()->wait(30000));
+}
+
+void tst_CSystemEventListener_linux::startsAgainAfterItsStop()
+{
+    useOwnSession();
+    CSystemEventListener* const listener = CSystemEventListener::instance();
+    listener->stopListen();
+    QVERIFY(listener->isFinished());
+    listener->startListen(false);
+    QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
+    m_mock->prepareForSleep(true);
+    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false}), 30000);
+}
+
+QTEST_GUILESS_MAIN(tst_CSystemEventListener_linux)
+#include "tst_csystemeventlistener_linux.moc"
