@@ -120,7 +120,7 @@ int main(int argc, char** argv)
     qputenv("TMPDIR", QFile::encodeName(sockets.path()));
 
     const InstalledConfig installed(PROGRAM_STARTPROCESS);
-    installed.add("Resources/Data/LogFile.ini", "[SETTING]\nVALID=true\nTYPE=1\nDEBUG=false\n");
+    installed.add("Resources/Data/LogFile.ini", "[SETTING]\nDEBUG=false\n");
     installed.addPerso(kPerso);
     installed.addModule("SYSTEM MODULE", kSystemModule);
     installed.add("Resources/UserData/System.xml", kSystem);

@@ -8,6 +8,7 @@
 #include <QSettings>
 #include <QVariant>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -103,8 +104,12 @@ CDataValue CPersoManager::readPersoFile() const
 {
     CDataValue perso(NULL_VALUE);
     const QDir folder(persoFolder());
-    const QStringList names = folder.entryList({QStringLiteral("*.perso")},
-                                               QDir::Files | QDir::CaseSensitive, QDir::Unsorted);
+    // Chosen here: a name filter would compile a regular expression, at every start of a process.
+    QStringList names = folder.entryList(QDir::Files, QDir::Unsorted);
+    const auto isOther = [](const QString& name) {
+        return !name.endsWith(QLatin1String(".perso"));
+    };
+    names.erase(std::remove_if(names.begin(), names.end(), isOther), names.end());
     if (names.size() == 1)
         perso.readFile(persoFolder() + names.first());
     return perso;
