@@ -89,12 +89,12 @@ DataValueMembers::Member& DataValueMembers::findOrAdd(std::string_view text)
                             : insert(place, key.prefix, DataValueText(text));
 }
 
-DataValueMembers::Member& DataValueMembers::findOrAdd(const DataValueText& text)
+DataValueMembers::Member& DataValueMembers::findOrAdd(DataValueText text)
 {
     const Key key(text.view());
     const Place place = lowerBound(key);
     return isAt(place, key) ? *page(place.page)[place.at].member
-                            : insert(place, key.prefix, DataValueText(text));
+                            : insert(place, key.prefix, std::move(text));
 }
 
 DataValueMembers::Member& DataValueMembers::insert(Place place, std::uint64_t prefix,
@@ -106,7 +106,12 @@ DataValueMembers::Member& DataValueMembers::insert(Place place, std::uint64_t pr
     if (target.size() == target.capacity())
         target.reserve(std::clamp(target.size() * 2, kFirstPage, kPageSize));
     Member* const member = new (allocate()) Member{std::move(key), CDataValue()};
-    target.insert(target.begin() + static_cast<std::ptrdiff_t>(place.at), Slot{prefix, member});
+    target.push_back(Slot{prefix, member});
+    if (place.at + 1 != target.size()) {
+        Slot* const slot = &target[place.at];
+        std::memmove(slot + 1, slot, (target.size() - 1 - place.at) * sizeof(Slot));
+        *slot = Slot{prefix, member};
+    }
     ++m_size;
     return *member;
 }

@@ -30,8 +30,8 @@ public:
     Member* find(std::string_view key) const;
     /// The member of that name, a new one with a null value where there was none.
     Member& findOrAdd(std::string_view key);
-    /// The same for a key that is shared with another map.
-    Member& findOrAdd(const DataValueText& key);
+    /// The same for a key that may be shared with another map.
+    Member& findOrAdd(DataValueText key);
     /// Removes the member of that name; false when there is none.
     bool remove(std::string_view key);
     void clear();
