@@ -1,6 +1,7 @@
 #include "Ipc/ipcclient.h"
 
 #include "DataValue/datavalue.h"
+#include "Ipc/directsend_p.h"
 #include "Ipc/messageframe_p.h"
 #include "Ipc/slotscope_p.h"
 #include "LogTask/clog.h"
@@ -101,18 +102,26 @@ void IPCClient::setDataSplitString(QString head, QString end)
     m_frame->setMarkers(head, end);
 }
 
+void IPCClient::setOneFlushPerRead(bool on)
+{
+    m_oneFlushPerRead = on;
+}
+
 int IPCClient::sendblock(const QString& text)
 {
     if (!m_connected)
         return notConnected;
     const QString frame = MessageFrame::wrap(m_head, text, m_end);
     logContent("sendblock", "sendblock", frame);
-    const qint64 written = m_socket->write(frame.toUtf8());
+    const bool later = m_oneFlushPerRead && m_readDepth > 0;
+    const QByteArray bytes = frame.toUtf8();
+    const qint64 written = later ? m_socket->write(bytes) : writeDirectly(m_socket, bytes);
     if (written <= 0)
         return notSent;
     CLogFile() << sourceName << "sendblock"
                << "Write Len:" << static_cast<int>(written);
-    m_socket->flush(); // may find that the peer has vanished, and end this object by a slot
+    if (!later)
+        m_socket->flush(); // may find that the peer has vanished, and end this object by a slot
     return 0;
 }
 
@@ -174,11 +183,23 @@ void IPCClient::socket_readReady()
         frame->append(m_socket->readAll());
         if (g_bLog)
             CLogFile() << sourceName << "socket_readReady" << logExcerpt(frame->buffer());
-        QString body;
-        while (scope.alive() && frame->next(body) == MessageFrame::Body)
-            deliver(body);
+        deliverAll(*frame);
         // A slot that runs an event loop lets bytes arrive that are not announced again.
     } while (scope.alive() && m_socket->bytesAvailable() > 0);
+}
+
+void IPCClient::deliverAll(MessageFrame& frame)
+{
+    const QPointer<IPCClient> self(this);
+    ++m_readDepth;
+    QString body;
+    while (self && frame.next(body) == MessageFrame::Body)
+        deliver(body);
+    if (!self)
+        return;
+    --m_readDepth;
+    if (m_oneFlushPerRead && m_socket->bytesToWrite() > 0)
+        m_socket->flush();
 }
 
 void IPCClient::deliver(const QString& body)

@@ -61,6 +61,11 @@ public:
     /// the start of every message; an empty end is never found.
     void setDataSplitString(QString head, QString end);
 
+    /// With `on`, what slots of sigMessageReceived() send is written out once, when all messages
+    /// of the read under way have been delivered, instead of with each call; see
+    /// IPCServer::setOneFlushPerRead(). Off by default.
+    void setOneFlushPerRead(bool on);
+
     /// Sends `text` between the markers. Returns 0 when the connection has taken it, 7 when the
     /// client is not connected, 6 when the write failed.
     int sendblock(const QString& text);
@@ -94,6 +99,7 @@ private Q_SLOTS:
 
 private:
     void connectLater(int milliseconds);
+    void deliverAll(MessageFrame& frame);
     void deliver(const QString& body);
 
     QLocalSocket* m_socket = nullptr;
@@ -102,6 +108,8 @@ private:
     std::shared_ptr<MessageFrame> m_frame;
     QString m_serverName;
     bool m_connected = false;
+    bool m_oneFlushPerRead = false;
+    int m_readDepth = 0; // how many reads are being delivered
     int m_slotDepth = 0; // how many slots of the socket are running
 };
 

@@ -1,5 +1,6 @@
 #include "Ipc/ipcserver.h"
 
+#include "Ipc/directsend_p.h"
 #include "Ipc/messageframe_p.h"
 #include "Ipc/slotscope_p.h"
 #include "LogTask/clog.h"
@@ -37,15 +38,6 @@ void logContent(const char* function, const char* text, const QString& content)
 {
     if (g_bLog)
         CLogFile() << sourceName << function << text << logExcerpt(content);
-}
-
-// The flush may find that the peer has vanished. Slots then run inside the call, and both the
-// socket's client and its server may be gone afterwards.
-void send(QLocalSocket* socket, const QByteArray& frame, const char* function)
-{
-    if (socket->write(frame) == 0)
-        logLine(function, "sendResponse Write Zero byte to client!!!!");
-    socket->flush();
 }
 
 } // namespace
@@ -124,6 +116,11 @@ bool IPCServer::hasClientConnected()
     return !m_clients.isEmpty();
 }
 
+void IPCServer::setOneFlushPerRead(bool on)
+{
+    m_oneFlushPerRead = on;
+}
+
 int IPCServer::sendResponse(QString message, int clientId)
 {
     const auto client = m_clients.constFind(clientId);
@@ -150,6 +147,28 @@ void IPCServer::broadcastMsg(QString message)
         logLine("broadcastMsg", "broadcastMsg", client.key());
         if (client->socket)
             send(client->socket, frame, "broadcastMsg");
+    }
+}
+
+// The flush may find that the peer has vanished. Slots then run inside the call, and both the
+// socket's client and this object may be gone afterwards.
+void IPCServer::send(QLocalSocket* socket, const QByteArray& frame, const char* function)
+{
+    const bool later = m_oneFlushPerRead && m_readDepth > 0;
+    if ((later ? socket->write(frame) : writeDirectly(socket, frame)) == 0)
+        logLine(function, "sendResponse Write Zero byte to client!!!!");
+    if (!later)
+        socket->flush();
+    else if (!m_unflushed.contains(socket))
+        m_unflushed.append(socket);
+}
+
+void IPCServer::flushUnflushed()
+{
+    const auto sockets = std::exchange(m_unflushed, {}); // a flush can end this object
+    for (const QPointer<QLocalSocket>& socket : sockets) {
+        if (socket)
+            socket->flush();
     }
 }
 
@@ -222,10 +241,14 @@ void IPCServer::receive(QLocalSocket* socket)
         return;
     do {
         frame->append(socket->readAll());
+        ++m_readDepth;
         if (!deliver(*frame, id))
             return;
+        --m_readDepth;
+        if (!m_unflushed.isEmpty())
+            flushUnflushed();
         // A slot that runs an event loop lets bytes arrive that are not announced again.
-    } while (socket->bytesAvailable() > 0);
+    } while (scope.alive() && socket->bytesAvailable() > 0);
 }
 
 // False when a slot has ended this object.
