@@ -12,6 +12,7 @@
 #include <QDeadlineTimer>
 #include <QDebug>
 #include <QFile>
+#include <QLoggingCategory>
 
 #include <cstdarg>
 #include <cstdio>
@@ -22,6 +23,7 @@ std::atomic<bool> g_bLog{false};
 namespace {
 
 constexpr std::chrono::milliseconds startLimit(1000);
+constexpr std::chrono::milliseconds gatherTime(10);
 constexpr int settleTime = 50;
 constexpr int stopLimit = 3000;
 
@@ -74,6 +76,24 @@ QString messageLine(const char* text, bool addTime)
     }
     appendUtf8(&line, text, size);
     return line;
+}
+
+void writeBatch(const LogQueue::Batch& batch, CLogObject* writer)
+{
+    const auto write = [&](std::size_t from, std::size_t to) {
+        if (from < to)
+            writer->WriteLog(
+                QString::fromRawData(reinterpret_cast<const QChar*>(batch.text.data()) + from,
+                                     static_cast<int>(to - from)),
+                false);
+    };
+    std::size_t done = 0;
+    for (const std::size_t flush : batch.flushes) {
+        write(done, flush);
+        writer->flushLog();
+        done = flush;
+    }
+    write(done, batch.text.size());
 }
 
 } // namespace
@@ -147,13 +167,12 @@ void CLog::Init(const char* name)
     GetErrorCode(iniFile);
     connect(
         this, &CLog::WriteLog, this,
-        [this](const QString& text, bool newLine) {
-            d->queue.push(newLine ? LogQueue::Entry::TextWithNewLine : LogQueue::Entry::Text, text);
-        },
+        [this](const QString& text, bool newLine) { d->queue.pushText(text, newLine); },
         Qt::DirectConnection);
     connect(
-        this, &CLog::flushLog, this, [this] { d->queue.push(LogQueue::Entry::Flush); },
-        Qt::DirectConnection);
+        this, &CLog::flushLog, this, [this] { d->queue.pushFlush(); }, Qt::DirectConnection);
+    d->queue.setDelay(d->settings.flush ? std::chrono::milliseconds(0) : gatherTime);
+    d->queue.setLimit(static_cast<std::size_t>(d->settings.maxQueue));
     start(QThread::InheritPriority);
     d->queue.waitAttached(startLimit);
 }
@@ -165,16 +184,11 @@ void CLog::run()
     CLogObject writer(d->m_strFile, d->settings.append, d->settings.debug, d->settings.flush,
                       nullptr);
     QAbstractEventDispatcher* dispatcher = QAbstractEventDispatcher::instance();
-    std::vector<LogQueue::Entry> entries;
+    LogQueue::Batch batch;
     const auto writeWaiting = [&] {
-        if (!d->queue.takeAll(&entries))
+        if (!d->queue.takeAll(&batch))
             return false;
-        for (const LogQueue::Entry& entry : entries) {
-            if (entry.kind == LogQueue::Entry::Flush)
-                writer.flushLog();
-            else
-                writer.WriteLog(entry.text, entry.kind == LogQueue::Entry::TextWithNewLine);
-        }
+        writeBatch(batch, &writer);
         d->queue.written();
         return true;
     };
@@ -183,6 +197,7 @@ void CLog::run()
     while (!isInterruptionRequested()) {
         const bool wrote = writeWaiting();
         dispatcher->processEvents(wrote ? QEventLoop::AllEvents : QEventLoop::WaitForMoreEvents);
+        d->queue.gather(wrote);
     }
     writeWaiting();
     d->queue.detach();
@@ -196,7 +211,8 @@ bool CLog::IsValid() const
 void CLog::writeLine(const QString& line)
 {
     Q_EMIT WriteLog(line, true);
-    if (d->settings.debug)
+    // A switched off debug output shows nothing, but building its text costs more than the line.
+    if (d->settings.debug && QLoggingCategory::defaultCategory()->isDebugEnabled())
         qDebug().noquote() << line;
 }
 

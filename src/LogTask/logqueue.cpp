@@ -2,15 +2,62 @@
 
 #include <QAbstractEventDispatcher>
 
-void LogQueue::push(Entry::Kind kind, const QString& text)
+namespace {
+
+// So many characters end the gathering: enough that waking costs nothing beside writing them.
+constexpr std::size_t enough = 256 * 1024;
+
+// A batch that was once larger than this gives its memory back.
+constexpr std::size_t keptCapacity = 1024 * 1024;
+
+} // namespace
+
+void LogQueue::Batch::clear()
+{
+    if (text.capacity() > keptCapacity)
+        std::u16string().swap(text);
+    text.clear();
+    flushes.clear();
+}
+
+void LogQueue::pushText(const QString& text, bool newLine)
+{
+    const auto size = static_cast<std::size_t>(text.size());
+    const auto* units = reinterpret_cast<const char16_t*>(text.constData());
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_limit > 0 && (m_lost > 0 || m_waiting.text.size() + size > m_limit)) {
+        ++m_lost;
+        return;
+    }
+    m_waiting.text.append(units, size);
+    if (newLine)
+        m_waiting.text.append(u"\r\n", 2);
+    pushed();
+    if (m_waiting.text.size() >= enough && !m_hurry)
+        hurry();
+}
+
+void LogQueue::pushFlush()
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_waiting.push_back({kind, text});
+    m_waiting.flushes.push_back(m_waiting.text.size());
+    pushed();
+    hurry();
+}
+
+void LogQueue::pushed()
+{
     ++m_pushed;
     if (m_idle && m_dispatcher) {
         m_idle = false;
         m_dispatcher->wakeUp();
     }
+}
+
+void LogQueue::hurry()
+{
+    m_hurry = true;
+    m_hurried.notify_one();
 }
 
 void LogQueue::attach(QAbstractEventDispatcher* dispatcher)
@@ -27,13 +74,28 @@ void LogQueue::detach()
     m_changed.notify_all();
 }
 
-bool LogQueue::takeAll(std::vector<Entry>* entries)
+void LogQueue::gather(bool wrote)
 {
-    entries->clear();
+    std::unique_lock<std::mutex> lock(m_mutex);
+    if (m_delay.count() == 0 || (!wrote && m_waiting.isEmpty()))
+        return;
+    m_hurried.wait_for(lock, m_delay, [this] { return m_hurry; });
+}
+
+bool LogQueue::takeAll(Batch* batch)
+{
+    batch->clear();
     const std::lock_guard<std::mutex> lock(m_mutex);
-    entries->swap(m_waiting);
+    m_hurry = false;
+    if (m_lost > 0) {
+        const QString notice = QString::number(m_lost) + QLatin1String(" lines lost here\r\n");
+        m_waiting.text.append(reinterpret_cast<const char16_t*>(notice.constData()),
+                              static_cast<std::size_t>(notice.size()));
+        m_lost = 0;
+    }
+    std::swap(*batch, m_waiting);
     m_taken = m_pushed;
-    m_idle = entries->empty();
+    m_idle = batch->isEmpty();
     return !m_idle;
 }
 
@@ -54,6 +116,7 @@ bool LogQueue::waitWritten(std::chrono::milliseconds limit)
 {
     std::unique_lock<std::mutex> lock(m_mutex);
     const auto goal = m_pushed;
+    hurry();
     m_changed.wait_for(lock, limit, [&] { return m_written >= goal || !m_dispatcher; });
     return m_written >= goal && m_dispatcher;
 }
@@ -61,6 +124,7 @@ bool LogQueue::waitWritten(std::chrono::milliseconds limit)
 void LogQueue::wake()
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
+    hurry();
     if (m_dispatcher)
         m_dispatcher->wakeUp();
 }

@@ -5,7 +5,9 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <mutex>
+#include <string>
 #include <vector>
 
 class QAbstractEventDispatcher;
@@ -13,27 +15,46 @@ class QAbstractEventDispatcher;
 /// The lines on their way to the log thread, in the order of hand-over. It stands where queued
 /// signals would, because a thread gets no queued signal while there is no application object.
 ///
+/// Lines gather in one text, so that handing one over costs a copy and no allocation. The first
+/// one wakes the log thread, which then lets more come for a while: see gather().
+///
 /// Any thread may push. The lock is held to add one entry or to take all, never while a file is
-/// written. attach(), takeAll(), written() and detach() belong to the log thread.
+/// written. attach(), gather(), takeAll(), written() and detach() belong to the log thread;
+/// setDelay() and setLimit() come before it.
 class LogQueue
 {
 public:
-    struct Entry
+    /// What waits: the text of all lines, and how long it was at each request to flush.
+    struct Batch
     {
-        enum Kind { Text, TextWithNewLine, Flush };
-        Kind kind;
-        QString text;
+        std::u16string text;
+        std::vector<std::size_t> flushes;
+
+        bool isEmpty() const { return text.empty() && flushes.empty(); }
+        void clear();
     };
 
-    void push(Entry::Kind kind, const QString& text = QString());
+    /// How long gather() waits. 0 wakes the log thread for each line.
+    void setDelay(std::chrono::milliseconds delay) { m_delay = delay; }
+    /// How many characters may wait; 0 sets no limit. A line that finds no room is lost. How many
+    /// were is written in their place.
+    void setLimit(std::size_t characters) { m_limit = characters; }
+
+    void pushText(const QString& text, bool newLine);
+    void pushFlush();
 
     /// The writer is ready; from now on `dispatcher` is woken when an entry comes after takeAll()
     /// found none. A busy log thread is not woken: that would cost each caller a system call.
     void attach(QAbstractEventDispatcher* dispatcher);
     void detach();
 
-    /// Replaces `entries` by all that wait. False when there are none.
-    bool takeAll(std::vector<Entry>* entries);
+    /// Lets lines come for the delay, less when many have come, when a flush is asked for or
+    /// somebody waits for the lines. Returns at once when `wrote`, the last result of takeAll(), is
+    /// false and nothing waits.
+    void gather(bool wrote);
+
+    /// Replaces `batch` by all that waits. False when there is nothing.
+    bool takeAll(Batch* batch);
     /// What takeAll() gave has been written.
     void written();
 
@@ -46,11 +67,19 @@ public:
     void wake();
 
 private:
+    void pushed();
+    void hurry();
+
     std::mutex m_mutex;
-    std::condition_variable m_changed;
-    std::vector<Entry> m_waiting;
+    std::condition_variable m_changed; // attached, detached, written
+    std::condition_variable m_hurried;
+    Batch m_waiting;
+    std::chrono::milliseconds m_delay{0};
+    std::size_t m_limit = 0;
+    unsigned long long m_lost = 0; // lines that found no room since takeAll()
     QAbstractEventDispatcher* m_dispatcher = nullptr;
     bool m_idle = false;
+    bool m_hurry = false;
     unsigned long long m_pushed = 0;
     unsigned long long m_taken = 0;
     unsigned long long m_written = 0;

@@ -8,6 +8,8 @@
 #include <QSettings>
 #include <QVariant>
 
+#include <algorithm>
+
 namespace {
 
 enum FilePolicy { OneFilePerDay = 0, TruncateAlways = 1, AppendBelowMaximum = 2 };
@@ -70,5 +72,7 @@ LogSettings readLogSettings(const QString& iniFile, const QString& file, QDate t
         result.timer = 10;
     readSwitch(settings, "DEBUG", &result.debug);
     readSwitch(settings, "FLUSH", &result.flush);
+    readNumber(settings, "MAXQUEUE", &result.maxQueue);
+    result.maxQueue = std::max(result.maxQueue, 0);
     return result;
 }

@@ -19,6 +19,8 @@ private Q_SLOTS:
     void skipValuesThatDoNotConvert();
     void keepATimerOfAtLeastOne_data();
     void keepATimerOfAtLeastOne();
+    void boundTheQueue_data();
+    void boundTheQueue();
     void applyTheFilePolicy_data();
     void applyTheFilePolicy();
     void deleteALargeFileForPolicyTwo_data();
@@ -49,6 +51,7 @@ void compareDefaults(const LogSettings& settings)
     QCOMPARE(settings.valid, true);
     QCOMPARE(settings.addTime, true);
     QCOMPARE(settings.maxSize, 1048576);
+    QCOMPARE(settings.maxQueue, 0);
     QCOMPARE(settings.append, true); // "TYPE" 0
     QCOMPARE(settings.debug, true);
     QCOMPARE(settings.flush, false);
@@ -148,6 +151,22 @@ void tst_LogSettings::keepATimerOfAtLeastOne()
     QFETCH(QByteArray, text);
     QFETCH(int, timer);
     QCOMPARE(read("[SETTING]\nTIMER=" + text + "\n").timer, timer);
+}
+
+void tst_LogSettings::boundTheQueue_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<int>("maxQueue");
+    QTest::newRow("number") << QByteArray("500000") << 500000;
+    QTest::newRow("below zero") << QByteArray("-1") << 0;
+    QTest::newRow("no number") << QByteArray("many") << 0;
+}
+
+void tst_LogSettings::boundTheQueue()
+{
+    QFETCH(QByteArray, text);
+    QFETCH(int, maxQueue);
+    QCOMPARE(read("[SETTING]\nMAXQUEUE=" + text + "\n").maxQueue, maxQueue);
 }
 
 void tst_LogSettings::applyTheFilePolicy_data()
