@@ -45,6 +45,7 @@ const char* const kInterface[] = {
     "CMainAppGlobal",
     "WZRFileHandler",
     // platform
+    "CSystemEventListener",
     "CSerialPort",
     "QtSingleCoreApplication",
     "SingleInstance", // shared with the library of QtSingleApplication
