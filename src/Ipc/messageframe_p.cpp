@@ -55,6 +55,25 @@ qsizetype incompleteTail(const char* bytes, qsizetype length)
     return 0;
 }
 
+// The first `marker`, which is not empty, at `from` or behind it; -1 when there is none. Markers
+// are short and begin with a character that is rare in messages: QString::indexOf() would make a
+// table for each search, which costs more than searching a usual message.
+qsizetype indexOf(const QString& text, const QString& marker, qsizetype from)
+{
+    const QStringView all(text);
+    const QStringView sought(marker);
+    const qsizetype last = all.size() - sought.size();
+    while (from <= last) {
+        from = all.indexOf(sought.front(), from);
+        if (from < 0 || from > last)
+            return -1;
+        if (all.mid(from, sought.size()) == sought)
+            return from;
+        ++from;
+    }
+    return -1;
+}
+
 } // namespace
 
 MessageFrame::MessageFrame()
@@ -124,7 +143,11 @@ void MessageFrame::decode(const char* bytes, qsizetype length)
         bytes += 3;
         length -= 3;
     }
-    if (length > 0)
+    if (length <= 0)
+        return;
+    if (m_text.isEmpty())
+        m_text = QString::fromUtf8(bytes, length);
+    else
         m_text.append(QString::fromUtf8(bytes, length));
 }
 
@@ -166,7 +189,7 @@ qsizetype MessageFrame::findHead(qsizetype from)
     if (known != m_heads.cend())
         return *known;
     for (;;) {
-        const qsizetype found = m_text.indexOf(m_head, m_headSearched);
+        const qsizetype found = indexOf(m_text, m_head, m_headSearched);
         if (found < 0) {
             m_headSearched = std::max<qsizetype>(m_headSearched, m_text.size() - m_head.size() + 1);
             return -1;
@@ -183,7 +206,7 @@ qsizetype MessageFrame::findEnd()
 {
     if (m_endFound >= 0 || m_end.isEmpty())
         return m_endFound;
-    m_endFound = m_text.indexOf(m_end, m_endSearched);
+    m_endFound = indexOf(m_text, m_end, m_endSearched);
     if (m_endFound < 0)
         m_endSearched = std::max<qsizetype>(m_endSearched, m_text.size() - m_end.size() + 1);
     return m_endFound;
