@@ -103,7 +103,7 @@ private:
     QByteArray randomPieces(int most);
     std::string randomText();
     Json::Value randomValue(int depth);
-    void feed(const QByteArray& text);
+    void feed(const QByteArray& text, bool throughFiles = true);
 
     QTemporaryDir m_folder;
     QByteArray m_file = QFile::encodeName(m_folder.filePath("a.xml"));
@@ -126,12 +126,15 @@ QByteArray tst_CXmlRandom::randomPieces(int most)
     return text;
 }
 
-/// Reads the document in every way; what could be read must come back from a file.
-void tst_CXmlRandom::feed(const QByteArray& text)
+/// Reads the document in every way; what could be read must come back from a file. Files are slow
+/// on a busy disk, so not every random document goes through one.
+void tst_CXmlRandom::feed(const QByteArray& text, bool throughFiles)
 {
     CXml xml;
     const bool parsed = xml.ParseXmlString(text.constData());
     QCOMPARE(xml.GetRootElement() != nullptr, parsed);
+    if (!throughFiles)
+        return;
     TestFile::write(m_file, text);
     xml.ParseXmlFile(m_file, TIXML_ENCODING_LEGACY);
     CXMLConvert convert;
@@ -165,7 +168,7 @@ void tst_CXmlRandom::survivesTheCorpus()
 void tst_CXmlRandom::survivesRandomPieces()
 {
     for (int i = 0; i < 1500 && !QTest::currentTestFailed(); ++i)
-        feed(below(2) ? randomPieces(40) : "<r>" + randomPieces(20) + "</r>");
+        feed(below(2) ? randomPieces(40) : "<r>" + randomPieces(20) + "</r>", i % 10 == 0);
 }
 
 void tst_CXmlRandom::survivesRepeatedPieces()
@@ -204,7 +207,7 @@ void tst_CXmlRandom::survivesDamagedFiles()
             if (text.isEmpty())
                 break;
         }
-        feed(text);
+        feed(text, i % 10 == 0);
     }
 }
 
@@ -251,7 +254,7 @@ Json::Value tst_CXmlRandom::randomValue(int depth)
 
 void tst_CXmlRandom::keepsRandomValues()
 {
-    for (int i = 0; i < 300; ++i) {
+    for (int i = 0; i < 100; ++i) {
         Json::Value json(Json::objectValue);
         json[randomText()] = randomValue(4);
         CXMLConvert convert;
