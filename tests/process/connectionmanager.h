@@ -7,7 +7,8 @@
 
 #include <memory>
 
-/// The example's processes, in a folder of their own. Each start waits until the process is ready.
+/// The example's processes, in a folder of their own; they do not count their starts. Each start
+/// waits until the process is ready.
 class ConnectionManager
 {
 public:
@@ -15,12 +16,14 @@ public:
 
     Process startController(const QStringList& arguments = {})
     {
-        return start(HELPER_APPLICATIONCONTROLLER, arguments, "applicationcontroller ready");
+        return start(HELPER_APPLICATIONCONTROLLER, QStringList{"--no-save"} + arguments,
+                     "applicationcontroller ready");
     }
     /// The signal changes only when the test says so.
     Process startService(const QStringList& arguments = {})
     {
-        return start(HELPER_DEVICESERVICE, QStringList{"--signal-interval", "0"} + arguments,
+        return start(HELPER_DEVICESERVICE,
+                     QStringList{"--no-save", "--signal-interval", "0"} + arguments,
                      "deviceservice ready");
     }
     Process startDashboard(const QStringList& arguments = {})

@@ -2,6 +2,9 @@
 
 #include "LogTask/clog.h"
 #include "MessageCenter/messagecenter.h"
+#include "PersoManager/persomanager.h"
+#include "appglobal/mainappglobal.h"
+#include "common/userconfig.h"
 #include "deviceservice_global.h"
 
 #include <QCoreApplication>
@@ -45,6 +48,8 @@ ProcessLife::ProcessLife(const QString& logFile)
     // The log repeats its lines on the debug output, which is the user's terminal here.
     QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
     InitLog(logFile.isEmpty() ? nullptr : QFile::encodeName(logFile).constData());
+    CMainAppGlobal::instance();
+    UserConfig::load();
     quitOnSignals();
 }
 
@@ -52,6 +57,8 @@ ProcessLife::~ProcessLife()
 {
     MessageCenter::release();
     DeviceService_Global::release();
+    CPersoManager::destroy();
+    CMainAppGlobal::release();
     FlushLog();
     DestroyLog();
 }

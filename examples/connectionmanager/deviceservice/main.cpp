@@ -9,7 +9,9 @@
 #include "common/console.h"
 #include "common/controllerstatus.h"
 #include "common/demomessages.h"
+#include "common/personalisation.h"
 #include "common/process.h"
+#include "common/startcount.h"
 #include "deviceservice/connectionplugin.h"
 #include "deviceservice/diagnosticplugin.h"
 #include "deviceservice/equipmentplugin.h"
@@ -25,6 +27,8 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 
+#include <memory>
+
 namespace {
 
 struct Options
@@ -35,6 +39,7 @@ struct Options
     int signalInterval = 0;
     int pace = 0;
     bool trace = false;
+    bool save = true;
 };
 
 Options readOptions(const QCoreApplication& application)
@@ -54,6 +59,7 @@ Options readOptions(const QCoreApplication& application)
           QStringLiteral("Rest so many milliseconds between the steps of long operations."),
           QStringLiteral("MS"), QStringLiteral("100")},
          {QStringLiteral("trace"), QStringLiteral("Print the messages as they travel.")},
+         {QStringLiteral("no-save"), QStringLiteral("Do not save the user's configuration.")},
          {QStringLiteral("log"), QStringLiteral("Log file."), QStringLiteral("FILE")}});
     parser.process(application);
     bool isNumber = false;
@@ -63,10 +69,29 @@ Options readOptions(const QCoreApplication& application)
                     parser.value(QStringLiteral("log")),
                     parser.value(QStringLiteral("signal-interval")).toInt(&isNumber),
                     parser.value(QStringLiteral("pace")).toInt(&isPace),
-                    parser.isSet(QStringLiteral("trace"))};
+                    parser.isSet(QStringLiteral("trace")),
+                    !parser.isSet(QStringLiteral("no-save"))};
     if (!isNumber || !isPace || options.pace < 0)
         parser.showHelp(2);
     return options;
+}
+
+// Those that the personalisation of this installation lists.
+void addPlugins(PluginHost& host, Modem& modem, const Options& options,
+                const Personalisation& personalisation)
+{
+    const auto add = [&host, &personalisation](auto plugin) {
+        if (personalisation.hasPlugin(plugin->pluginName()))
+            host.add(plugin.release());
+    };
+    add(std::make_unique<NetworkPlugin>(modem));
+    add(std::make_unique<PinPlugin>(modem));
+    add(std::make_unique<EquipmentPlugin>(modem));
+    add(std::make_unique<ConnectionPlugin>(modem, options.deviceName));
+    add(std::make_unique<MessagePlugin>(modem, options.pace));
+    add(std::make_unique<PhonebookPlugin>(modem));
+    add(std::make_unique<UssdPlugin>(modem));
+    add(std::make_unique<DiagnosticPlugin>(modem));
 }
 
 // What the plug-ins share: the ID of each device by its name.
@@ -134,25 +159,20 @@ int main(int argc, char* argv[])
     QCoreApplication application(argc, argv);
     const Options options = readOptions(application);
     const ProcessLife life(options.logFile);
+    const StartCount starts(QStringLiteral("DeviceService"), options.save);
+    const Personalisation personalisation(QStringLiteral("DeviceService"));
     DeviceService_Global::instance()->initErrorTable();
     storeDeviceIDs({{options.deviceName, options.deviceID}});
 
     SimulatedModem modem;
     IPCServer server(nullptr);
     PluginHost host(server);
-    if (options.trace) {
+    if (options.trace || personalisation.hasFeature(QStringLiteral("Trace"))) {
         QObject::connect(&host, &PluginHost::passed, [](const QString& step, const QString& text) {
             Console::say(QStringLiteral("trace: %1: %2").arg(step, text));
         });
     }
-    host.add(new NetworkPlugin(modem));
-    host.add(new PinPlugin(modem));
-    host.add(new EquipmentPlugin(modem));
-    host.add(new ConnectionPlugin(modem, options.deviceName));
-    host.add(new MessagePlugin(modem, options.pace));
-    host.add(new PhonebookPlugin(modem));
-    host.add(new UssdPlugin(modem));
-    host.add(new DiagnosticPlugin(modem));
+    addPlugins(host, modem, options, personalisation);
     QObject::connect(&modem, &Modem::reported, &host, &PluginHost::handleEvent);
     server.startListen(options.deviceID);
 
@@ -164,7 +184,8 @@ int main(int argc, char* argv[])
     QObject::connect(&console, &Console::entered, &modem,
                      [&modem](const QString& line) { obeyConsole(modem, line); });
     modem.changeSignalEvery(options.signalInterval);
-    Console::say(
-        QStringLiteral("deviceservice ready: %1 (%2)").arg(options.deviceName, options.deviceID));
+    Console::say(QStringLiteral("deviceservice ready: %1 (%2), start %3")
+                     .arg(options.deviceName, options.deviceID)
+                     .arg(starts.number()));
     return QCoreApplication::exec();
 }
