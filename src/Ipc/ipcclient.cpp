@@ -39,6 +39,7 @@ IPCClient::IPCClient(QString serverName, QObject* parent)
     , m_end(MessageFrame::defaultEnd())
     , m_frame(std::make_shared<MessageFrame>())
     , m_serverName(serverName)
+    , m_running(std::make_shared<RunningSlots>())
 {
 }
 
@@ -48,10 +49,7 @@ IPCClient::~IPCClient()
         return;
     m_socket->disconnect(this);
     m_socket->abort();
-    if (m_slotDepth > 0)
-        m_socket->deleteLater();
-    else
-        delete m_socket;
+    m_running->release(m_socket);
 }
 
 void IPCClient::initSocket()
@@ -71,7 +69,7 @@ void IPCClient::connectToServer()
     if (m_connected)
         return;
     logLine("connectToServer", "Enter in IPCClient::connectToServer BEGIN");
-    if (m_slotDepth == 0)
+    if (!m_running->any())
         m_socket->connectToServer(m_serverName, QIODevice::ReadWrite);
     else
         connectLater(0);
@@ -83,7 +81,7 @@ void IPCClient::connectToServer()
 void IPCClient::connectLater(int milliseconds)
 {
     QTimer::singleShot(milliseconds, this, [this] {
-        if (m_slotDepth > 0) // a slot runs an event loop
+        if (m_running->any()) // a slot runs an event loop
             connectLater(slotCheckMs);
         else if (m_socket->state() == QLocalSocket::UnconnectedState)
             m_socket->connectToServer(m_serverName, QIODevice::ReadWrite);
@@ -149,7 +147,7 @@ void IPCClient::messageSend(const char* strMessage, const CDataValue* data, cons
 
 void IPCClient::socket_connected()
 {
-    const SlotScope scope(this, m_slotDepth);
+    const SlotScope scope(this, m_running);
     m_frame->clear();
     m_connected = true;
     Q_EMIT sigIPCServerConnected();
@@ -158,7 +156,7 @@ void IPCClient::socket_connected()
 
 void IPCClient::socket_disconnected()
 {
-    const SlotScope scope(this, m_slotDepth);
+    const SlotScope scope(this, m_running);
     if (!m_connected)
         return;
     m_connected = false;
@@ -168,7 +166,7 @@ void IPCClient::socket_disconnected()
 
 void IPCClient::socket_error(QLocalSocket::LocalSocketError code)
 {
-    const SlotScope scope(this, m_slotDepth);
+    const SlotScope scope(this, m_running);
     CLogFile() << sourceName << "socket_error"
                << "socket_error:" << static_cast<int>(code);
     Q_EMIT sigIPCSocketError();
@@ -176,7 +174,7 @@ void IPCClient::socket_error(QLocalSocket::LocalSocketError code)
 
 void IPCClient::socket_readReady()
 {
-    const SlotScope scope(this, m_slotDepth);
+    const SlotScope scope(this, m_running);
     const std::shared_ptr<MessageFrame> frame = m_frame; // a slot may end this object
     do {
         logLine("socket_readReady", "socket_readReady");

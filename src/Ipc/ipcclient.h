@@ -11,6 +11,7 @@
 
 class CDataValue;
 class MessageFrame;
+class RunningSlots;
 
 /// The client end of the messaging between processes: connects to a server by its name, sends
 /// requests as envelopes and delivers the envelopes that come back.
@@ -110,7 +111,7 @@ private:
     bool m_connected = false;
     bool m_oneFlushPerRead = false;
     int m_readDepth = 0; // how many reads are being delivered
-    int m_slotDepth = 0; // how many slots of the socket are running
+    std::shared_ptr<RunningSlots> m_running;
 };
 
 #endif

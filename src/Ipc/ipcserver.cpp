@@ -46,6 +46,7 @@ IPCServer::IPCServer(QObject* parent)
     : QObject(parent)
     , m_head(MessageFrame::defaultHead())
     , m_end(MessageFrame::defaultEnd())
+    , m_running(std::make_shared<RunningSlots>())
 {
 }
 
@@ -55,7 +56,7 @@ IPCServer::~IPCServer()
     const auto sockets = findChildren<QLocalSocket*>(QString(), Qt::FindDirectChildrenOnly);
     for (QLocalSocket* socket : sockets) {
         socket->disconnect(this);
-        release(socket);
+        m_running->release(socket);
     }
 }
 
@@ -82,18 +83,7 @@ void IPCServer::close()
     const auto sockets = server->findChildren<QLocalSocket*>(QString(), Qt::FindDirectChildrenOnly);
     for (QLocalSocket* socket : sockets)
         socket->setParent(this);
-    release(server);
-}
-
-// Deletes a socket or the listener, at once unless it may be in the middle of its own code.
-void IPCServer::release(QObject* object)
-{
-    if (m_slotDepth == 0) {
-        delete object;
-        return;
-    }
-    object->setParent(nullptr);
-    object->deleteLater();
+    m_running->release(server);
 }
 
 void IPCServer::setOnlyOneConnectionSupport()
@@ -174,7 +164,7 @@ void IPCServer::flushUnflushed()
 
 void IPCServer::socket_new_connection()
 {
-    const SlotScope scope(this, m_slotDepth);
+    const SlotScope scope(this, m_running);
     logLine("socket_new_connection", "socket_new_connection:", ++newConnectionCalls);
     if (m_onlyOneConnection && !m_clients.isEmpty()) {
         logLine("socket_new_connection", "new connection coming but discard!!!!!!");
@@ -186,7 +176,7 @@ void IPCServer::socket_new_connection()
 
 void IPCServer::accept()
 {
-    const SlotScope scope(this, m_slotDepth);
+    const SlotScope scope(this, m_running);
     const int id = ++m_lastClientId;
     logLine("socket_new_connection", "begin get socket");
     QLocalSocket* const socket = m_server ? m_server->nextPendingConnection() : nullptr;
@@ -233,7 +223,7 @@ void IPCServer::socket_readReady()
 
 void IPCServer::receive(QLocalSocket* socket)
 {
-    const SlotScope scope(this, m_slotDepth);
+    const SlotScope scope(this, m_running);
     const int id = idOf(socket);
     // Kept here, because a slot may end the connection: what was read is delivered all the same.
     const std::shared_ptr<MessageFrame> frame = m_clients.value(id).frame;
@@ -278,7 +268,7 @@ void IPCServer::socket_disconnected()
 
 void IPCServer::dropClient(QLocalSocket* socket)
 {
-    const SlotScope scope(this, m_slotDepth);
+    const SlotScope scope(this, m_running);
     const int id = socket ? idOf(socket) : 0;
     logLine("socket_disconnected", "socket_disconnected", id);
     if (socket) {
@@ -302,7 +292,7 @@ void IPCServer::dropClient(QLocalSocket* socket)
 void IPCServer::deleteInAWhile(QLocalSocket* socket)
 {
     QTimer::singleShot(socketLingerMs, this, [this, socket] {
-        if (m_slotDepth > 0)
+        if (m_running->any())
             deleteInAWhile(socket);
         else
             socket->deleteLater();

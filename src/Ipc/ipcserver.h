@@ -14,6 +14,7 @@
 class MessageFrame;
 class QLocalServer;
 class QLocalSocket;
+class RunningSlots;
 
 /// The serving end of the messaging between processes: listens under a name, numbers its clients,
 /// cuts what they send into message texts and writes texts to one client or to all.
@@ -118,7 +119,6 @@ private:
     void dropClient(QLocalSocket* socket);
     void deleteInAWhile(QLocalSocket* socket);
     bool isDeaf() const;
-    void release(QObject* object);
 
     QLocalServer* m_server = nullptr;
     QMap<int, Client> m_clients;
@@ -130,7 +130,7 @@ private:
     int m_readDepth = 0;                         // how many reads are being delivered
     QVector<QPointer<QLocalSocket>> m_unflushed; // what was written to meanwhile
     int m_leftPending = 0; // connections that one-connection mode left with m_server
-    int m_slotDepth = 0;   // how many slots of the sockets and of m_server are running
+    std::shared_ptr<RunningSlots> m_running;
 };
 
 #endif

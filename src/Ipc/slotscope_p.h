@@ -4,24 +4,58 @@
 #include <QObject>
 #include <QPointer>
 
+#include <memory>
+#include <utility>
+#include <vector>
+
+/// How many slots of an owner's sockets are running, and what waits for their end. While there are
+/// any, a socket may be in the middle of its own code, so that it must not be deleted. The scopes
+/// share it with the owner, because a slot may delete the owner.
+class RunningSlots
+{
+public:
+    bool any() const { return m_count > 0; }
+
+    /// Deletes a socket or listener, at once when no slot runs. deleteLater() alone would not do:
+    /// an event loop that a slot runs deletes what was released in it, while the slot still runs.
+    void release(QObject* object)
+    {
+        object->setParent(nullptr);
+        if (any())
+            m_released.push_back(object);
+        else
+            delete object;
+    }
+
+private:
+    friend class SlotScope;
+
+    void begin() { ++m_count; }
+    void end()
+    {
+        if (--m_count > 0)
+            return;
+        for (QObject* object : std::exchange(m_released, {}))
+            object->deleteLater();
+    }
+
+    int m_count = 0;
+    std::vector<QObject*> m_released;
+};
+
 /// Stands in every function that may emit a signal of `owner` while a socket's signal is being
 /// delivered. The slots of others may delete the owner: alive() tells, and nothing of the owner
-/// may be touched afterwards. While `depth`, a member of the owner, is not 0, a socket may be in
-/// the middle of its own code, so that it must not be deleted, only scheduled for it.
+/// may be touched afterwards.
 class SlotScope
 {
 public:
-    SlotScope(QObject* owner, int& depth)
+    SlotScope(QObject* owner, std::shared_ptr<RunningSlots> running)
         : m_owner(owner)
-        , m_depth(depth)
+        , m_running(std::move(running))
     {
-        ++m_depth;
+        m_running->begin();
     }
-    ~SlotScope()
-    {
-        if (m_owner)
-            --m_depth;
-    }
+    ~SlotScope() { m_running->end(); }
     SlotScope(const SlotScope&) = delete;
     SlotScope& operator=(const SlotScope&) = delete;
 
@@ -29,7 +63,7 @@ public:
 
 private:
     QPointer<QObject> m_owner;
-    int& m_depth;
+    std::shared_ptr<RunningSlots> m_running;
 };
 
 #endif

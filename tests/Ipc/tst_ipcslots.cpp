@@ -56,6 +56,23 @@ const NamedServerAction serverActions[] = {
          QTimer::singleShot(20, &loop, &QEventLoop::quit);
          loop.exec();
      }},
+    {"delete in an event loop",
+     [](QPointer<IPCServer> server) {
+         QEventLoop loop;
+         QTimer::singleShot(0, &loop, [&server] { delete server; });
+         QTimer::singleShot(20, &loop, &QEventLoop::quit);
+         loop.exec();
+     }},
+    {"close in an event loop",
+     [](QPointer<IPCServer> server) {
+         QEventLoop loop;
+         QTimer::singleShot(0, &loop, [&server] {
+             if (server)
+                 server->close();
+         });
+         QTimer::singleShot(20, &loop, &QEventLoop::quit);
+         loop.exec();
+     }},
 };
 
 const NamedClientAction clientActions[] = {
@@ -72,6 +89,13 @@ const NamedClientAction clientActions[] = {
     {"run an event loop",
      [](QPointer<IPCClient>) {
          QEventLoop loop;
+         QTimer::singleShot(20, &loop, &QEventLoop::quit);
+         loop.exec();
+     }},
+    {"delete in an event loop",
+     [](QPointer<IPCClient> client) {
+         QEventLoop loop;
+         QTimer::singleShot(0, &loop, [&client] { delete client; });
          QTimer::singleShot(20, &loop, &QEventLoop::quit);
          loop.exec();
      }},
