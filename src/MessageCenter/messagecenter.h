@@ -19,8 +19,8 @@
 ///     MessageCenter* center = MessageCenter::defaultCenter();
 ///     center->registerModuleMessage("UI_LANGUAGE_CHANGED", "onLanguage", this);
 ///     CDataValue language("en");
-///     center->postModuleMessage("UI_LANGUAGE_CHANGED", &language); // calls
-///     onLanguage(CDataValue*)
+///     // Calls onLanguage(CDataValue*) before it returns:
+///     center->postModuleMessage("UI_LANGUAGE_CHANGED", &language);
 ///
 /// To reach the device service, a process connects sigDeviceMessageSend() to
 /// IPCClient::messageSend() and IPCClient::sigMessageReceived() to messageReceived().

@@ -232,7 +232,7 @@ void tst_IPCServer::broadcastsInAscendingOrder()
     for (const auto& peer : peers)
         QCOMPARE(peer->receive(), QByteArray("__BEGIN__all__END__"));
     QStringList order;
-    for (const QString& line : log.lines().filter("Ipc/ipcserver broadcastMsg"))
+    for (const QString& line : log.lines().filter("Ipc/ipcserver broadcastMsg broadcastMsg "))
         order << line.trimmed().section(' ', -1);
     QCOMPARE(order, (QStringList{"1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11"}));
 }
