@@ -1,5 +1,7 @@
 #include "connectionmanager.h"
 
+#include <QLocalSocket>
+
 class tst_connectionmanagerlifecycle : public QObject
 {
     Q_OBJECT
@@ -15,6 +17,7 @@ private Q_SLOTS:
     void keepsTheOtherDevicesService();
     void endsEverybodyOnQuit();
     void endsTheControllerThatIsAlone();
+    void doesNotWaitForAClientThatVanishedWhileItAsked();
     void endsCleanlyWhenTerminated();
     void refusesWrongUsage();
 };
@@ -168,6 +171,23 @@ void tst_connectionmanagerlifecycle::endsTheControllerThatIsAlone()
 {
     ConnectionManager manager;
     const auto controller = manager.startController();
+    controller->enter("quit");
+    QCOMPARE(controller->exitCode(), 0);
+}
+
+void tst_connectionmanagerlifecycle::doesNotWaitForAClientThatVanishedWhileItAsked()
+{
+    ConnectionManager manager;
+    const auto controller = manager.startController();
+    QLocalSocket client;
+    client.connectToServer(manager.socket("applicationcontroller"));
+    // The first answer finds that the client has gone; the introduction comes after that.
+    client.write("__BEGIN__{\"IPCMSG_TYPE\":\"NOBODY_KNOWS\"}__END__"
+                 "__BEGIN__{\"IPCMSG_TYPE\":\"WZR_MESSAGE_APPLICATION_CLIENT_INIT\","
+                 "\"IPCMSG_USER_DATA\":\"ghost\"}__END__");
+    QVERIFY(client.flush());
+    client.abort();
+    QVERIFY(controller->says("gone: "));
     controller->enter("quit");
     QCOMPARE(controller->exitCode(), 0);
 }

@@ -64,8 +64,11 @@ void Controller::forget(int clientID)
         Q_EMIT allGone();
 }
 
+// What a client has sent before it vanished still comes after it has gone.
 void Controller::receive(const QString& text, int clientID)
 {
+    if (!m_clients.contains(clientID))
+        return;
     CDataValue request;
     if (!Envelope::read(text, request)) {
         CLogFile() << "applicationcontroller/controller"
