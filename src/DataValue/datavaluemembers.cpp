@@ -33,7 +33,7 @@ DataValueMembers::Key::Key(std::string_view bytes)
 {
     if (!bytes.empty())
         std::memcpy(&prefix, bytes.data(), std::min(bytes.size(), sizeof prefix));
-    prefix = qFromBigEndian(prefix);
+    prefix = qFromBigEndian<quint64>(prefix); // the one 64-bit type that Qt 5 can swap
 }
 
 bool DataValueMembers::isBefore(const Slot& slot, const Key& key)
