@@ -3,6 +3,8 @@
 #include "DataValue/datavalue_p.h"
 #include "LogTask/clog.h"
 
+#include <QLocale>
+
 #include <cstdlib>
 #include <utility>
 
@@ -71,7 +73,8 @@ CDataValue::CDataValue(const QString& text)
 }
 
 CDataValue::CDataValue(const QDate& date)
-    : CDataValue(date.toString(QLatin1String(kDateFormat)))
+    // Not QDate::toString(), which in Qt 5 writes the digits of the user's language.
+    : CDataValue(QLocale::c().toString(date, QLatin1String(kDateFormat)))
 {
 }
 

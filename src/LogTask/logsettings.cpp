@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QLocale>
 #include <QSettings>
 #include <QVariant>
 
@@ -35,7 +36,9 @@ void applyFilePolicy(int policy, QDate today, LogSettings* settings)
 {
     settings->append = policy == OneFilePerDay || policy == AppendBelowMaximum;
     if (policy == OneFilePerDay) {
-        settings->file += QLatin1Char('_') + today.toString(QStringLiteral("yy-MM-dd"));
+        // Not QDate::toString(), which in Qt 5 writes the digits of the user's language.
+        const QString day = QLocale::c().toString(today, QStringLiteral("yy-MM-dd"));
+        settings->file += QLatin1Char('_') + day;
     } else if (policy == AppendBelowMaximum) {
         QFile existing(settings->file);
         if (existing.exists() && existing.size() >= settings->maxSize)

@@ -22,6 +22,7 @@ private Q_SLOTS:
     void init();
 
     void namesTheFileByProgramUserAndDay();
+    void namesTheDayInPlainDigits();
     void appendsOnTheSameDay();
     void takesAGivenPathAsItIs();
     void truncatesOrAppendsByPolicy_data();
@@ -137,6 +138,23 @@ void tst_CLog::namesTheFileByProgramUserAndDay()
              qPrintable(files[0]));
     QCOMPARE(withoutTimes(readFile(program.path("bin/Log/" + files[0]))),
              startBanner + "T hello\r\n" + endBanner);
+}
+
+void tst_CLog::namesTheDayInPlainDigits()
+{
+    setSettings("");
+    const QByteArray locale = qgetenv("LC_ALL");
+    qputenv("LC_ALL", "fa_IR.UTF-8"); // a language with digits of its own
+    const Result result = run({"initpath=" + path(), "destroy"});
+    if (locale.isNull())
+        qunsetenv("LC_ALL");
+    else
+        qputenv("LC_ALL", locale);
+    QCOMPARE(result.out, QByteArray("on\n"));
+    const QStringList files = QDir(m_program->path("")).entryList({"log_*"}, QDir::Files);
+    QCOMPARE(files.size(), 1);
+    const QRegularExpression name("^log_[0-9]{2}-[0-9]{2}-[0-9]{2}$");
+    QVERIFY2(name.match(files[0]).hasMatch(), qPrintable(files[0]));
 }
 
 void tst_CLog::appendsOnTheSameDay()

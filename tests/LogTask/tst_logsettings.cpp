@@ -23,6 +23,7 @@ private Q_SLOTS:
     void boundTheQueue();
     void applyTheFilePolicy_data();
     void applyTheFilePolicy();
+    void nameANewFileOnTheNextDay();
     void deleteALargeFileForPolicyTwo_data();
     void deleteALargeFileForPolicyTwo();
     void testSizeOnThePathWithoutTheDate();
@@ -189,6 +190,14 @@ void tst_LogSettings::applyTheFilePolicy()
     const LogSettings settings = read("[SETTING]\nTYPE=" + type + "\n");
     QCOMPARE(settings.append, append);
     QCOMPARE(settings.file, logFile() + suffix);
+}
+
+void tst_LogSettings::nameANewFileOnTheNextDay()
+{
+    const QString missing = m_folder->filePath("missing.ini");
+    QCOMPARE(readLogSettings(missing, logFile(), QDate(2024, 12, 31)).file,
+             logFile() + "_24-12-31");
+    QCOMPARE(readLogSettings(missing, logFile(), QDate(2025, 1, 1)).file, logFile() + "_25-01-01");
 }
 
 void tst_LogSettings::deleteALargeFileForPolicyTwo_data()
