@@ -293,7 +293,9 @@ public:
     /// and a line in the log.
     QString parseToQString(ENUM_STYLE style) const;
     /// Reads JSON text (comments allowed, any value as the root) into `out`. False on a syntax
-    /// error, nesting beyond 1000 levels included, with `out` unchanged and nothing logged.
+    /// error, nesting beyond 1000 levels included, with `out` unchanged and nothing logged. The
+    /// styled text shows the comments again, unless there are very many on very long lines (their
+    /// number times the bytes of the longest line exceeds 2^28): those are not kept.
     static bool parseToDataValue(const QString& text, CDataValue& out);
     /// The same for zero-terminated UTF-8; a null pointer is a syntax error.
     static bool parseToDataValue(const char* text, CDataValue& out);

@@ -6,6 +6,7 @@
 
 #include <json/json.h>
 
+#include <algorithm>
 #include <exception>
 #include <limits>
 #include <utility>
@@ -112,6 +113,28 @@ void buildOne(const BuildStep& step, Integers rule, std::vector<BuildStep>& pend
     copyComments(*step.to, from);
 }
 
+/// For each comment the reader looks for a line end, from the end of the last value on: the time
+/// for a line full of comments grows with the square of its length, to hours for a few megabytes.
+/// So comments are collected while they, each taken for the longest line, stay below this many
+/// bytes.
+constexpr std::size_t kCommentWork = std::size_t(1) << 28;
+
+bool mayCollectComments(const std::string& utf8)
+{
+    std::size_t comments = 0; // or what looks like one, inside a string
+    std::size_t longestLine = 0;
+    std::size_t line = 0;
+    char previous = '\0';
+    for (const char c : utf8) {
+        line = c == '\n' || c == '\r' ? 0 : line + 1;
+        longestLine = std::max(longestLine, line);
+        if (previous == '/' && (c == '/' || c == '*'))
+            ++comments;
+        previous = c;
+    }
+    return comments == 0 || longestLine <= kCommentWork / comments;
+}
+
 /// JsonCpp's reader in its default features: the class with exactly the described leniencies. Its
 /// successor differs in several of them (trailing commas, for one), hence the older class.
 bool readJson(const std::string& utf8, Json::Value& root)
@@ -119,7 +142,7 @@ bool readJson(const std::string& utf8, Json::Value& root)
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
     Json::Reader reader;
-    return reader.parse(utf8, root, true);
+    return reader.parse(utf8, root, mayCollectComments(utf8));
 #pragma GCC diagnostic pop
 }
 

@@ -30,6 +30,8 @@ private Q_SLOTS:
     void survivesZeroBytes();
     void survivesHostileTexts_data();
     void survivesHostileTexts();
+    void survivesALineFullOfComments();
+    void keepsManyCommentsOnLinesOfTheirOwn();
 };
 
 void tst_DataValueHostileText::readsDeepNesting_data()
@@ -149,6 +151,23 @@ void tst_DataValueHostileText::survivesHostileTexts()
         QVERIFY(!fast(out).isEmpty());
     else
         QCOMPARE(out.asQString(), QString("before"));
+}
+
+void tst_DataValueHostileText::survivesALineFullOfComments()
+{
+    // Collected behind the value, they would take hours.
+    const CDataValue value = parsed("[1" + QByteArray("/**/").repeated(2000000) + "]");
+    QCOMPARE(fast(value), QString("[1]\n"));
+    QVERIFY(!accepts("[1" + QByteArray("/**/").repeated(2000000)));
+    QCOMPARE(fast(parsed("[1" + QByteArray(4000000, ' ') + QByteArray("\n/**/").repeated(800000) +
+                         "\n]")),
+             QString("[1]\n"));
+}
+
+void tst_DataValueHostileText::keepsManyCommentsOnLinesOfTheirOwn()
+{
+    const QByteArray text = "[\n" + QByteArray("1, // one\n").repeated(50000) + "2\n]";
+    QCOMPARE(parsed(text).parseToQString(STYLED_STYLE).count("// one"), 50000);
 }
 
 QTEST_APPLESS_MAIN(tst_DataValueHostileText)
