@@ -101,7 +101,7 @@ CDataValue& CDataValue::operator=(const CDataValue& other)
 
 CDataValue& CDataValue::operator=(CDataValue&& other) noexcept
 {
-    DataValueTree::replaceContent(*this, CDataValue(std::move(other)));
+    DataValueTree::replaceContent(*this, DataValueTree::moved(other, *this));
     return *this;
 }
 

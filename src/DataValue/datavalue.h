@@ -125,7 +125,8 @@ public:
     /// stands, even where it is stale; everything below the copy is brought in step.
     CDataValue(const CDataValue& other);
     /// Takes the content over, with the result of a copy. A source that is itself an element or
-    /// member of a container is copied instead and stays as it is.
+    /// member of a container is copied instead and stays as it is, and so is one that holds the
+    /// value it is moved to.
     CDataValue(CDataValue&& other) noexcept { take(other); }
     ~CDataValue()
     {

@@ -175,6 +175,9 @@ struct DataValueTree
         to.m_holder = std::exchange(from.m_holder, nullptr);
         to.m_linked = std::exchange(from.m_linked, false);
     }
+    /// The content of `value`, to be stored in or below `target`. Where `value` holds `target` it
+    /// is copied: a value cannot hold itself.
+    static CDataValue moved(CDataValue& value, const CDataValue& target);
     /// Replaces the content of `target` by that of `fresh`, a value of no container.
     static void replaceContent(CDataValue& target, CDataValue&& fresh);
     /// Exchanges kinds and contents, comments included.

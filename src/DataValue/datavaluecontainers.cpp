@@ -189,7 +189,7 @@ CDataValue& CDataValue::mapSet(const char* key, CDataValue&& value, bool synchro
     requireOrdinary(*this, value, __LINE__);
     if (!isNull() && !isObject())
         return referToMemberNull();
-    return setMember(*this, keyOf(key), CDataValue(std::move(value)), synchronise);
+    return setMember(*this, keyOf(key), Tree::moved(value, *this), synchronise);
 }
 
 CDataValue& CDataValue::mapSet(const QString& key, CDataValue&& value, bool synchronise)
@@ -197,7 +197,7 @@ CDataValue& CDataValue::mapSet(const QString& key, CDataValue&& value, bool sync
     requireOrdinary(*this, value, __LINE__);
     if (!isNull() && !isObject())
         return referToMemberNull();
-    return setMember(*this, key.toStdString(), CDataValue(std::move(value)), synchronise);
+    return setMember(*this, key.toStdString(), Tree::moved(value, *this), synchronise);
 }
 
 CDataValue& CDataValue::mapGet(const char* key)
@@ -281,8 +281,7 @@ unsigned int CDataValue::arrayAppend(const CDataValue& value, bool synchronise)
 unsigned int CDataValue::arrayAppend(CDataValue&& value, bool synchronise)
 {
     requireOrdinary(*this, value, __LINE__);
-    return isNull() || isArray() ? appendElement(*this, CDataValue(std::move(value)), synchronise)
-                                 : 0;
+    return isNull() || isArray() ? appendElement(*this, Tree::moved(value, *this), synchronise) : 0;
 }
 
 void CDataValue::arrayInsert(unsigned int index, const CDataValue& value, bool synchronise)

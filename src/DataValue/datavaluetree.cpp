@@ -142,6 +142,15 @@ void DataValueTree::take(CDataValue& to, CDataValue& from)
     }
 }
 
+CDataValue DataValueTree::moved(CDataValue& value, const CDataValue& target)
+{
+    const Container* const container = children(value);
+    const bool mayHold = container && !(container->elements.empty() && container->members.empty());
+    if (mayHold && isBelow(target, value))
+        return CDataValue(std::as_const(value));
+    return CDataValue(std::move(value));
+}
+
 void DataValueTree::replaceContent(CDataValue& target, CDataValue&& fresh)
 {
     beforeChange(target, false);

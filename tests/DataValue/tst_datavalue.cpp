@@ -35,6 +35,7 @@ private Q_SLOTS:
     void assignmentFromItsOwnTree();
     void movingIsACopyToTheEye();
     void movingAnElementCopiesIt();
+    void movingAnAncestorCopiesIt();
     void swapExchangesKindAndContent();
     void swappedChildrenAreLinkedAgainOnRequest();
     void clearEmptiesContainersOnly();
@@ -301,6 +302,27 @@ void tst_DataValue::movingAnElementCopiesIt()
     QCOMPARE(fast(first), QString("[1]\n"));
     QCOMPARE(second.asInt(), 2);
     QCOMPARE(fast(root), QString("[[1],{\"a\":2},{\"a\":2}]\n"));
+}
+
+void tst_DataValue::movingAnAncestorCopiesIt()
+{
+    const auto moved = [](CDataValue& value) -> CDataValue&& { return std::move(value); };
+    CDataValue root = parsed("{\"a\":{\"b\":1}}");
+    root.mapGet("a").mapSet("c", moved(root), false);
+    root.synchJsonData();
+    QCOMPARE(fast(root), QString("{\"a\":{\"b\":1,\"c\":{\"a\":{\"b\":1}}}}\n"));
+    root = parsed("{\"a\":{\"b\":1}}");
+    root.mapGet("a").mapSet(QString("b"), moved(root), true);
+    QCOMPARE(fast(root), QString("{\"a\":{\"b\":{\"a\":{\"b\":1}}}}\n"));
+    root = parsed("[[1]]");
+    root.arrayGet(0).arrayAppend(moved(root), true);
+    QCOMPARE(fast(root), QString("[[1,[[1]]]]\n"));
+    root = parsed("[[1]]");
+    root.arrayGet(0) = moved(root);
+    root.synchJsonData();
+    QCOMPARE(fast(root), QString("[[[1]]]\n"));
+    root.swap(root.arrayGet(0).arrayGet(0));
+    QCOMPARE(fast(root), QString("[1]\n"));
 }
 
 void tst_DataValue::swapExchangesKindAndContent()
