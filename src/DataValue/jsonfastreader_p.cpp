@@ -74,6 +74,8 @@ public:
         container.members.reserve(count);
         for (Item* item = &*m_items.end() - count; item != &*m_items.end(); ++item) {
             CDataValue& slot = container.members.findOrAdd(std::move(item->key)).value;
+            if (!slot.isNull()) // the key came before, and relocating would leak what it holds
+                return false;
             Tree::relocate(slot, item->value);
             Tree::place(container, slot);
         }

@@ -30,6 +30,7 @@ private Q_SLOTS:
     void survivesZeroBytes();
     void survivesHostileTexts_data();
     void survivesHostileTexts();
+    void takesTheLastOfEqualKeys();
     void survivesALineFullOfComments();
     void keepsManyCommentsOnLinesOfTheirOwn();
 };
@@ -151,6 +152,14 @@ void tst_DataValueHostileText::survivesHostileTexts()
         QVERIFY(!fast(out).isEmpty());
     else
         QCOMPARE(out.asQString(), QString("before"));
+}
+
+void tst_DataValueHostileText::takesTheLastOfEqualKeys()
+{
+    // Containers and long texts, which the leak checker misses when they are lost.
+    QCOMPARE(fast(parsed("{\"a\":{\"b\":[1]},\"a\":[2],\"a\":\"longer than fifteen bytes\","
+                         "\"c\":{\"d\":null,\"d\":{}},\"a\":{\"e\":3}}")),
+             QString("{\"a\":{\"e\":3},\"c\":{\"d\":{}}}\n"));
 }
 
 void tst_DataValueHostileText::survivesALineFullOfComments()
