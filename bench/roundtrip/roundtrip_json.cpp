@@ -125,17 +125,19 @@ int request(const QString& address, int connections)
     Rounds rounds(
         connections, [&](int index, int bytes) { ask(requestType, index, bytes); },
         [&](int index, int bytes) { ask(broadcastType, index, bytes); });
+    int connected = 0;
     for (int i = 0; i < connections; ++i) {
         sockets.push_back(std::make_unique<QLocalSocket>());
         QLocalSocket* const socket = sockets.back().get();
         QObject::connect(socket, &QLocalSocket::readyRead, socket, [&rounds, socket] {
             receive(socket, [&](const QJsonObject& reply) { rounds.replied(readAnswer(reply)); });
         });
-        socket->connectToServer(address);
-        if (!socket->waitForConnected())
-            fail("cannot connect");
+        QObject::connect(socket, &QLocalSocket::connected, socket, [&] {
+            if (++connected == connections)
+                rounds.ready();
+        });
+        socket->connectToServer(address); // waits for its turn when many connect
     }
-    rounds.ready();
     return runEvents(&rounds);
 }
 
