@@ -27,6 +27,7 @@ void LogQueue::pushText(const QString& text, bool newLine)
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_limit > 0 && (m_lost > 0 || m_waiting.text.size() + size > m_limit)) {
         ++m_lost;
+        pushed(); // an idle log thread has to write the notice: until then all lines are lost
         return;
     }
     m_waiting.text.append(units, size);

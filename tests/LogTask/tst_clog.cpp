@@ -38,6 +38,7 @@ private Q_SLOTS:
     void cutsLongMessages_data();
     void cutsLongMessages();
     void cutsNoCharacterInTwo();
+    void goesOnAfterALineThatNeverFits();
 
     void echoesWhatItWrites();
     void echoesNothingWhenToldSo();
@@ -311,6 +312,13 @@ void tst_CLog::cutsNoCharacterInTwo()
     const QString text = QString(1022, 'x') + QString::fromUtf8("\xC3\xA9");
     run(actions({"log=" + text}));
     QCOMPARE(lines(), "T " + QByteArray(1022, 'x') + "\r\n");
+}
+
+void tst_CLog::goesOnAfterALineThatNeverFits()
+{
+    setSettings("TYPE=1\nMAXQUEUE=20\n");
+    run(actions({"repeat=100", "written", "log=short"}));
+    QCOMPARE(lines(), QByteArray("1 lines lost here\r\nT short\r\n"));
 }
 
 void tst_CLog::echoesWhatItWrites()
