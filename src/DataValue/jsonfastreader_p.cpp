@@ -72,7 +72,7 @@ public:
         CDataValue map(MAP_VALUE);
         Tree::Container& container = *Tree::children(map);
         container.members.reserve(count);
-        for (Item* item = &*m_items.end() - count; item != &*m_items.end(); ++item) {
+        for (auto item = m_items.end() - count; item != m_items.end(); ++item) {
             CDataValue& slot = container.members.findOrAdd(std::move(item->key)).value;
             if (!slot.isNull()) // the key came before, and relocating would leak what it holds
                 return false;
@@ -87,7 +87,7 @@ public:
         CDataValue array(ARRAY_VALUE);
         Tree::Container& container = *Tree::children(array);
         container.elements.reserve(count);
-        for (Item* item = &*m_items.end() - count; item != &*m_items.end(); ++item) {
+        for (auto item = m_items.end() - count; item != m_items.end(); ++item) {
             CDataValue& slot = container.elements.emplace_back().value;
             Tree::relocate(slot, item->value);
             Tree::place(container, slot);
