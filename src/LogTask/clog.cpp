@@ -14,6 +14,7 @@
 #include <QFile>
 #include <QLoggingCategory>
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -80,12 +81,15 @@ QString messageLine(const char* text, bool addTime)
 
 void writeBatch(const LogQueue::Batch& batch, CLogObject* writer)
 {
+    // Qt 5 counts with int, and while a disk hangs more than that may gather.
+    constexpr std::size_t kSlice = std::size_t(1) << 28;
     const auto write = [&](std::size_t from, std::size_t to) {
-        if (from < to)
-            writer->WriteLog(
-                QString::fromRawData(reinterpret_cast<const QChar*>(batch.text.data()) + from,
-                                     static_cast<int>(to - from)),
-                false);
+        while (from < to) {
+            const std::size_t size = std::min(to - from, kSlice);
+            const auto* const text = reinterpret_cast<const QChar*>(batch.text.data()) + from;
+            writer->WriteLog(QString::fromRawData(text, static_cast<int>(size)), false);
+            from += size;
+        }
     };
     std::size_t done = 0;
     for (const std::size_t flush : batch.flushes) {
