@@ -167,10 +167,9 @@ struct DataValueTree
     {
         to.m_payload = from.m_payload; // a text's bytes may be moved as they are, too
         to.m_kind = std::exchange(from.m_kind, NULL_VALUE);
-        if (isContainer(to.m_kind))
-            to.m_payload.children->owner = &to;
-        if (to.m_extras)
-            delete to.m_extras;
+        if (isContainer(to.m_kind))             // which always has its children
+            to.m_payload.children->owner = &to; // NOLINT(clang-analyzer-core.NullDereference)
+        delete to.m_extras;
         to.m_extras = std::exchange(from.m_extras, nullptr);
         to.m_holder = std::exchange(from.m_holder, nullptr);
         to.m_linked = std::exchange(from.m_linked, false);

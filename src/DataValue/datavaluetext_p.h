@@ -74,7 +74,7 @@ private:
     Block* block() const
     {
         Block* result;
-        std::memcpy(&result, m_bytes, sizeof result);
+        std::memcpy(&result, m_bytes, sizeof(void*));
         return result;
     }
     /// Makes room for `size` bytes and their end; returns where they go.
@@ -88,7 +88,7 @@ private:
         new (&block->count) std::atomic<std::uint32_t>(1);
         block->size = size;
         block->bytes()[size] = 0;
-        std::memcpy(m_bytes, &block, sizeof block);
+        std::memcpy(m_bytes, &block, sizeof(void*));
         m_bytes[kInline] = static_cast<char>(kOnHeap);
         return block->bytes();
     }
