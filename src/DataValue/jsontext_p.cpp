@@ -291,7 +291,7 @@ void JsonText::appendQuoted(std::string& out, std::string_view text)
             out += kHex[byte & 0xF];
         }
     }
-    out.append(text, plain, std::string_view::npos);
+    out.append(text.substr(plain));
     out += '"';
 }
 
@@ -302,7 +302,7 @@ void JsonText::appendReal(std::string& out, double number)
         return;
     }
     char digits[32];
-    const auto end =
+    const char* const end =
         std::to_chars(digits, digits + sizeof digits, number, std::chars_format::general, 16).ptr;
     const std::string_view text(digits, static_cast<std::size_t>(end - digits));
     out += text;

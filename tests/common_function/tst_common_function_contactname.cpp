@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 
+Q_DECLARE_METATYPE(std::u16string)
+
 namespace {
 
 using Name = std::u16string;
@@ -204,8 +206,6 @@ void tst_CommonFunctionContactName::sizesAreThoseOfARealEncoder()
         QVERIFY2(sizeOf(name) == expected, qPrintable(QString::fromStdU16String(name)));
     }
 }
-
-Q_DECLARE_METATYPE(std::u16string)
 
 QTEST_GUILESS_MAIN(tst_CommonFunctionContactName)
 #include "tst_common_function_contactname.moc"
