@@ -40,6 +40,12 @@ QStringList recorded()
     return calls;
 }
 
+void forgetCalls()
+{
+    const QMutexLocker lock(&mutex);
+    calls.clear();
+}
+
 template<typename Handle>
 Handle handle(quintptr number)
 {
@@ -151,7 +157,7 @@ private:
 
 void tst_CSystemEventListener_mac::init()
 {
-    calls.clear();
+    forgetCalls();
     rootPort = 77;
     ignoresStop = false;
     running.acquire(running.available());
@@ -206,7 +212,7 @@ void tst_CSystemEventListener_mac::answersPowerMessages()
     int answersBefore = -1;
     connect(m_listener, &CSystemEventListener::powerEvent, this,
             [&] { answersBefore = static_cast<int>(recorded().filter("Allow").size()); });
-    calls.clear();
+    forgetCalls();
 
     powerCallback(nullptr, 3, message, handle<void*>(0x1234));
     QCOMPARE(recorded(), answer.isEmpty() ? QStringList() : QStringList(answer));
@@ -263,7 +269,7 @@ void tst_CSystemEventListener_mac::failedRegistrationStillListens()
 void tst_CSystemEventListener_mac::startsAgainAfterItsStop()
 {
     m_listener->stopListen();
-    calls.clear();
+    forgetCalls();
     m_listener->startListen(false);
     QVERIFY(running.tryAcquire(1, 30000));
     QCOMPARE(recorded().last(), QStringLiteral("CFRunLoopRun"));
