@@ -86,10 +86,11 @@ void removeFirst(Receivers& receivers, const QObject* receiver)
     receivers.erase(item);
 }
 
-// By value: a slot may change the registry or release the center while the list is walked.
-void callAll(const Receivers receivers, CDataValue* value)
+void callAll(const Receivers& receivers, CDataValue* value)
 {
-    for (const Registration& item : receivers)
+    // A slot may change the registry or release the center while the list is walked.
+    const Receivers walked = receivers;
+    for (const Registration& item : walked)
         item->call(asArgument(value));
 }
 

@@ -1,9 +1,7 @@
 #include "SystemEvent/csystemeventlistener_linux.h"
 
 #include "SystemEvent/csystemeventlistener_p.h"
-#include "SystemEvent/logindmodule_p.h"
-
-#include <QObject>
+#include "SystemEvent/logindwatch_p.h"
 
 CSystemEventListener* createSystemEventListener()
 {
@@ -27,6 +25,7 @@ void CSystemEventListener_linux::stopLoop()
 
 void CSystemEventListener_linux::run()
 {
-    const std::unique_ptr<QObject> watch = watchLogind(*this);
+    LogindWatch watch(*this);
+    watch.begin();
     exec();
 }

@@ -10,6 +10,7 @@ enum Number {
     None = 0,
     OperationNotAllowed = 3,
     OperationNotSupported = 4,
+    SimNotInserted = 10,
     SimPinRequired = 11,
     SimPukRequired = 12,
     SimFailure = 13,
