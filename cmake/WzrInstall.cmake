@@ -7,6 +7,10 @@ install(TARGETS wzrframework
     LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
     FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/wzrframework"
     FILE_SET singleapplication DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/wzrframework")
+# Loaded by the library, which looks for it in its own folder.
+if(TARGET wzrlogind)
+    install(TARGETS wzrlogind LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+endif()
 install(EXPORT WzrFrameworkTargets
     NAMESPACE WzrFramework::
     DESTINATION "${WZR_PACKAGE_DIR}")

@@ -25,12 +25,11 @@ bool isOfKind(ENUM_VALUE_TYPE kind, const QString& text)
 {
     bool fits = true;
     const QString word = text.trimmed();
-    if (kind == INT_VALUE)
+    const bool isNegative = word.startsWith(QLatin1Char('-')); // as UINT: 2147483648 and above
+    if (kind == INT_VALUE || (kind == UINT_VALUE && isNegative))
         word.toInt(&fits);
-    else if (kind == UINT_VALUE && !word.startsWith(QLatin1Char('-')))
-        word.toUInt(&fits);
     else if (kind == UINT_VALUE)
-        word.toInt(&fits); // how values above 2147483647 are written
+        word.toUInt(&fits);
     else if (kind == REAL_VALUE)
         word.toDouble(&fits);
     else if (kind == BOOLEAN_VALUE)

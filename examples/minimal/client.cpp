@@ -20,5 +20,5 @@ int main(int argc, char* argv[])
         QCoreApplication::exit(envelope->mapGet("IPCMSG_ERROR_CODE").asInt());
     });
     QTimer::singleShot(0, &client, &IPCClient::connectToServer);
-    return application.exec();
+    return QCoreApplication::exec();
 }

@@ -17,5 +17,5 @@ int main(int argc, char* argv[])
         server.sendResponse(envelope.parseToQString(FAST_STYLE), client);
     });
     server.startListen("greeter");
-    return application.exec();
+    return QCoreApplication::exec();
 }

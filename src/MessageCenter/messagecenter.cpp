@@ -86,11 +86,10 @@ void removeFirst(Receivers& receivers, const QObject* receiver)
     receivers.erase(item);
 }
 
-void callAll(const Receivers& receivers, CDataValue* value)
+// By value: a slot may change the registry or release the center while the list is walked.
+void callAll(const Receivers receivers, CDataValue* value)
 {
-    // A slot may change the registry or release the center while the list is walked.
-    const Receivers walked = receivers;
-    for (const Registration& item : walked)
+    for (const Registration& item : receivers)
         item->call(asArgument(value));
 }
 

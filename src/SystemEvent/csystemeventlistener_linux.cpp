@@ -1,7 +1,9 @@
 #include "SystemEvent/csystemeventlistener_linux.h"
 
 #include "SystemEvent/csystemeventlistener_p.h"
-#include "SystemEvent/logindwatch_p.h"
+#include "SystemEvent/logindmodule_p.h"
+
+#include <QObject>
 
 CSystemEventListener* createSystemEventListener()
 {
@@ -25,7 +27,6 @@ void CSystemEventListener_linux::stopLoop()
 
 void CSystemEventListener_linux::run()
 {
-    LogindWatch watch(*this);
-    watch.begin();
+    const std::unique_ptr<QObject> watch = watchLogind(*this);
     exec();
 }

@@ -3,7 +3,8 @@
 
 #include "SystemEvent/csystemeventlistener.h"
 
-/// The listener on logind, the login manager: LogindWatch does the work, in this thread.
+/// The listener on logind, the login manager: LogindWatch does the work, in this thread. It comes
+/// from a module that is loaded when the thread starts; without the module there are no events.
 class CSystemEventListener_linux final : public CSystemEventListener
 {
 public:

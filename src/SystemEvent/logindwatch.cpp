@@ -85,6 +85,8 @@ void LogindWatch::connectToBus()
             });
     m_bus->connect(service, managerPath, managerInterface, QStringLiteral("PrepareForSleep"), this,
                    SLOT(prepareForSleep(bool)));
+    m_bus->connect(service, managerPath, managerInterface, QStringLiteral("SessionNew"), this,
+                   SLOT(sessionAdded(QString, QDBusObjectPath)));
     m_bus->connect(service, managerPath, managerInterface, QStringLiteral("SessionRemoved"), this,
                    SLOT(sessionRemoved(QString, QDBusObjectPath)));
     QDBusMessage ask = QDBusMessage::createMethodCall(
@@ -237,8 +239,9 @@ void LogindWatch::findDisplaySession()
 void LogindWatch::useSession(const QString& path)
 {
     m_searching = false;
-    if (path.isEmpty() || path == QLatin1String("/"))
+    if (path.isEmpty() || path == QLatin1String("/") || path == m_session)
         return;
+    leaveSession();
     m_session = path;
     m_bus->connect(service, path, propertiesInterface, QStringLiteral("PropertiesChanged"), this,
                    SLOT(sessionChanged(QString, QVariantMap, QStringList)));
@@ -253,6 +256,14 @@ void LogindWatch::leaveSession()
                           SLOT(sessionChanged(QString, QVariantMap, QStringList)));
     }
     m_session.clear();
+}
+
+// A session from which the user has logged out stays, inactive, for as long as a process of it does.
+// Whether the new one takes its place is for logind to say.
+void LogindWatch::sessionAdded(const QString&, const QDBusObjectPath&)
+{
+    if (m_era && !m_active.value_or(false))
+        findOwnSession();
 }
 
 void LogindWatch::sessionRemoved(const QString&, const QDBusObjectPath& path)

@@ -36,6 +36,7 @@ public:
 
 private Q_SLOTS:
     void prepareForSleep(bool sleeps);
+    void sessionAdded(const QString& id, const QDBusObjectPath& path);
     void sessionRemoved(const QString& id, const QDBusObjectPath& path);
     void sessionChanged(const QString& interface, const QVariantMap& changed,
                         const QStringList& invalidated);

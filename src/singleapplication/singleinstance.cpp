@@ -31,7 +31,7 @@ constexpr int retryInterval = 20;   // ms between attempts to reach an instance 
 // A directory that only this user can write to, where there is one.
 QString folder()
 {
-    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
     const QFileInfo info(runtime);
     if (info.isAbsolute() && info.isDir() && info.isWritable() && info.ownerId() == geteuid())
         return runtime;

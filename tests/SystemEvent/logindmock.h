@@ -104,6 +104,12 @@ public:
             30000);
         if (!there)
             qFatal("The mock of logind did not start");
+        // The template's own knows every session.
+        check(call("/org/freedesktop/login1", mock, "AddMethod",
+                   {manager, "GetSession", "s", "o",
+                    "ret = \"/org/freedesktop/login1/session/\" + args[0]\n"
+                    "if ret not in objects: raise dbus.exceptions.DBusException("
+                    "\"No session\", name=\"org.freedesktop.login1.NoSuchSession\")"}));
     }
     void stopLogind()
     {
@@ -119,23 +125,36 @@ public:
         check(call("/org/freedesktop/login1", mock, "AddSession",
                    {id, "seat0", user, "user", active}));
     }
+    void announceSession(const QString& id)
+    {
+        emitSignal("SessionNew", "so", {id, QVariant::fromValue(sessionPath(id))});
+    }
     void setActive(const QString& id, bool active)
     {
-        check(call("/org/freedesktop/login1/session/" + id, mock, "UpdateProperties",
+        check(call(sessionPath(id).path(), mock, "UpdateProperties",
                    {"org.freedesktop.login1.Session", QVariantMap{{"Active", active}}}));
     }
     /// Announces the end of a session; the object stays, as if one with its name had come at once.
     void endSession(const QString& id)
     {
-        const QDBusObjectPath path("/org/freedesktop/login1/session/" + id);
-        emitSignal("SessionRemoved", "so", {id, QVariant::fromValue(path)});
+        emitSignal("SessionRemoved", "so", {id, QVariant::fromValue(sessionPath(id))});
+    }
+    /// Ends a session, object and all. This process belongs to none then.
+    void removeSession(const QString& id)
+    {
+        check(call("/org/freedesktop/login1", mock, "RemoveObject", {sessionPath(id).path()}));
+        check(call("/org/freedesktop/login1", mock, "AddMethod",
+                   {manager, "GetSessionByPID", "u", "o",
+                    "raise dbus.exceptions.DBusException("
+                    "\"No session\", name=\"org.freedesktop.login1.NoSessionForPID\")"}));
+        endSession(id);
     }
     /// The answer to whom this process belongs to; without it, it belongs to no session.
     void setOwnSession(const QString& id)
     {
-        check(call("/org/freedesktop/login1", mock, "AddMethod",
-                   {manager, "GetSessionByPID", "u", "o",
-                    "ret = \"/org/freedesktop/login1/session/" + id + "\""}));
+        check(call(
+            "/org/freedesktop/login1", mock, "AddMethod",
+            {manager, "GetSessionByPID", "u", "o", "ret = \"" + sessionPath(id).path() + "\""}));
     }
     void setDisplaySession(uint user, const QString& id)
     {
@@ -143,8 +162,7 @@ public:
         check(call(
             "/org/freedesktop/login1", mock, "AddMethod",
             {manager, "GetUser", "u", "o", "ret = \"/org/freedesktop/login1/user/%d\" % args[0]"}));
-        const SessionReference display{id,
-                                       QDBusObjectPath("/org/freedesktop/login1/session/" + id)};
+        const SessionReference display{id, sessionPath(id)};
         check(call("/org/freedesktop/login1/user/" + QString::number(user),
                    "org.freedesktop.DBus.Properties", "Set",
                    {"org.freedesktop.login1.User", "Display",
@@ -178,6 +196,10 @@ public:
     }
 
 private:
+    static QDBusObjectPath sessionPath(const QString& id)
+    {
+        return QDBusObjectPath("/org/freedesktop/login1/session/" + id);
+    }
     QDBusConnection connection() const
     {
         return QDBusConnection::connectToBus(QDBusConnection::SystemBus, m_name);
@@ -196,10 +218,14 @@ private:
         check(call("/org/freedesktop/login1", mock, "EmitSignal",
                    {manager, name, signature, QVariant::fromValue(arguments)}));
     }
-    static void check(const QDBusMessage& reply)
+    // Aborts the test, and leaves no process behind.
+    void check(const QDBusMessage& reply)
     {
-        if (reply.type() != QDBusMessage::ReplyMessage)
-            qFatal("The mock refused: %s", qPrintable(reply.errorMessage()));
+        if (reply.type() == QDBusMessage::ReplyMessage)
+            return;
+        m_logind.kill();
+        m_bus.kill();
+        qFatal("The mock refused: %s", qPrintable(reply.errorMessage()));
     }
 
     static constexpr const char* mock = "org.freedesktop.DBus.Mock";

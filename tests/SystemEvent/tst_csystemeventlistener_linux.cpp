@@ -1,5 +1,4 @@
-#include "SystemEvent/csystemeventlistener.h"
-#include "logindmock.h"
+#include "listenerfixture.h"
 
 #include "support/logcapture.h"
 
@@ -9,30 +8,20 @@
 #include <QThread>
 
 #include <atomic>
-#include <memory>
 
-#include <unistd.h>
-
-using Signals = QList<bool>;
-
-class tst_CSystemEventListener_linux : public QObject
+class tst_CSystemEventListener_linux : public QObject, private ListenerFixture
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init() { start(); }
+    void cleanup() { stop(); }
     void sleepAndWakingBecomeSignals();
     void inhibitorIsHeldUntilSleepAndTakenAfterIt();
     void sleepWaitsForTheMainThread();
     void sleepDoesNotWaitForever();
     void sleepWaitsForOtherThreads();
     void repeatedNotificationsAreOneSignal();
-    void sessionIsFound_data();
-    void sessionIsFound();
-    void sessionThatComesLaterIsFound();
-    void endedSessionIsInactiveUntilThereIsOneAgain();
-    void lastSignalMatchesTheSession();
     void noBusMeansNoEvents();
     void noLogindMeansNoEventsUntilItComes();
     void eventsResumeAfterLogindRestarts();
@@ -41,67 +30,7 @@ private Q_SLOTS:
     void silentLogindDoesNotHoldUpTheStop();
     void silentBusDoesNotHoldUpTheStop();
     void startsAgainAfterItsStop();
-
-private:
-    void listen();
-    void useOwnSession();
-    bool heldInhibitor() { return m_mock->inhibitors() == QStringList("sleep delay"); }
-
-    std::unique_ptr<LogindMock> m_mock;
-    Signals m_power;
-    Signals m_user;
 };
-
-void tst_CSystemEventListener_linux::init()
-{
-    qunsetenv("XDG_SESSION_ID");
-    if (!m_mock)
-        m_mock = std::make_unique<LogindMock>();
-    m_mock->startBus();
-    m_mock->startLogind();
-    m_power.clear();
-    m_user.clear();
-}
-
-void tst_CSystemEventListener_linux::cleanup()
-{
-    CSystemEventListener::destroy();
-    QCoreApplication::sendPostedEvents();
-    m_mock->stopLogind();
-    m_mock->stopBus();
-}
-
-void tst_CSystemEventListener_linux::listen()
-{
-    CSystemEventListener* const listener = CSystemEventListener::instance();
-    connect(listener, &CSystemEventListener::powerEvent, this,
-            [this](bool value) { m_power << value; });
-    connect(listener, &CSystemEventListener::userSwitch, this,
-            [this](bool value) { m_user << value; });
-    listener->startListen(true);
-}
-
-// Listens until the session "own", which is active, is being watched.
-void tst_CSystemEventListener_linux::useOwnSession()
-{
-    m_mock->addSession(QStringLiteral("own"), true);
-    m_mock->setOwnSession(QStringLiteral("own"));
-    listen();
-    QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
-    // The first state heard of gives no signal; it may be either one.
-    QTRY_VERIFY_WITH_TIMEOUT((m_mock->setActive(QStringLiteral("own"), false),
-                              m_mock->setActive(QStringLiteral("own"), true),
-                              m_user.endsWith(true)),
-                             30000);
-    // Later than all signals that are still on their way.
-    m_mock->prepareForSleep(true);
-    m_mock->prepareForSleep(false);
-    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false, true}), 30000);
-    QCOMPARE(m_user.last(), true);
-    QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
-    m_power.clear();
-    m_user.clear();
-}
 
 void tst_CSystemEventListener_linux::sleepAndWakingBecomeSignals()
 {
@@ -203,75 +132,6 @@ void tst_CSystemEventListener_linux::repeatedNotificationsAreOneSignal()
     m_mock->setActive(QStringLiteral("own"), true);
     QTRY_COMPARE_WITH_TIMEOUT(m_user, Signals({false, true}), 30000);
     QCOMPARE(m_power, Signals({false, true}));
-}
-
-void tst_CSystemEventListener_linux::sessionIsFound_data()
-{
-    QTest::addColumn<QString>("way");
-    QTest::newRow("the process's own") << "own";
-    QTest::newRow("named by the environment") << "environment";
-    QTest::newRow("the user's display session") << "display";
-}
-
-void tst_CSystemEventListener_linux::sessionIsFound()
-{
-    QFETCH(QString, way);
-    LogCapture log;
-    m_mock->addSession(QStringLiteral("right"), true, getuid());
-    m_mock->addSession(QStringLiteral("wrong"), true, getuid());
-    if (way == QLatin1String("own"))
-        m_mock->setOwnSession(QStringLiteral("right"));
-    if (way == QLatin1String("own"))
-        qputenv("XDG_SESSION_ID", "wrong");
-    if (way == QLatin1String("environment"))
-        qputenv("XDG_SESSION_ID", "right");
-    m_mock->setDisplaySession(getuid(), way == QLatin1String("display") ? QStringLiteral("right")
-                                                                        : QStringLiteral("wrong"));
-    listen();
-    QTRY_VERIFY_WITH_TIMEOUT((m_mock->setActive(QStringLiteral("right"), true),
-                              m_mock->setActive(QStringLiteral("right"), false), !m_user.isEmpty()),
-                             30000);
-    const QString name =
-        QStringLiteral("SystemEvent/csystemeventlistener_linux userSwitchEventHandler User ");
-    QVERIFY(log.contains(name + (m_user.first() ? "login" : "logout")));
-    // The other session is not looked at.
-    m_mock->setActive(QStringLiteral("wrong"), false);
-    m_mock->setActive(QStringLiteral("wrong"), true);
-    m_mock->prepareForSleep(true);
-    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false}), 30000);
-    QCOMPARE(m_user.last(), false);
-}
-
-void tst_CSystemEventListener_linux::sessionThatComesLaterIsFound()
-{
-    listen();
-    QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
-    m_mock->addSession(QStringLiteral("late"), true);
-    m_mock->setOwnSession(QStringLiteral("late"));
-    QTRY_VERIFY_WITH_TIMEOUT((m_mock->setActive(QStringLiteral("late"), true),
-                              m_mock->setActive(QStringLiteral("late"), false), !m_user.isEmpty()),
-                             30000);
-}
-
-void tst_CSystemEventListener_linux::endedSessionIsInactiveUntilThereIsOneAgain()
-{
-    useOwnSession();
-    m_mock->endSession(QStringLiteral("another"));
-    m_mock->endSession(QStringLiteral("own"));
-    QTRY_COMPARE_WITH_TIMEOUT(m_user, Signals({false, true}), 30000);
-}
-
-void tst_CSystemEventListener_linux::lastSignalMatchesTheSession()
-{
-    useOwnSession();
-    for (int i = 0; i < 20; ++i)
-        m_mock->setActive(QStringLiteral("own"), i % 2 != 0);
-    m_mock->setActive(QStringLiteral("own"), false);
-    m_mock->prepareForSleep(true);
-    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false}), 30000);
-    QCOMPARE(m_user.last(), false);
-    for (int i = 1; i < m_user.size(); ++i)
-        QVERIFY(m_user[i] != m_user[i - 1]);
 }
 
 void tst_CSystemEventListener_linux::noBusMeansNoEvents()

@@ -1,5 +1,6 @@
 # Installs the build tree into an empty folder, builds the consumer against it, twice: through the
-# CMake package and through pkg-config, and runs both. Variables: BUILD_DIR, SOURCE_DIR, WORK_DIR.
+# CMake package and through pkg-config, and runs both. Variables: BUILD_DIR, SOURCE_DIR, WORK_DIR,
+# and LOGIND_MODULE, the file that has to lie beside the library.
 function(run)
     execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
     if(NOT result EQUAL 0)
@@ -37,6 +38,9 @@ run(pkg-config --cflags --libs wzrframework)
 string(STRIP "${output}" flags)
 separate_arguments(flags UNIX_COMMAND "${flags}")
 get_filename_component(library_dir "${package_dir}" DIRECTORY)
+if(LOGIND_MODULE AND NOT EXISTS "${library_dir}/${LOGIND_MODULE}")
+    message(FATAL_ERROR "${LOGIND_MODULE} is not installed beside the library")
+endif()
 run("${CXX}" -std=c++17 -fPIC "${SOURCE_DIR}/consumer.cpp" -o "${WORK_DIR}/pkgconfig-consumer"
     ${flags} "-Wl,-rpath,${library_dir}")
 expect_ready("${WORK_DIR}/pkgconfig-consumer")

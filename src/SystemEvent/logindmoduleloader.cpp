@@ -1,0 +1,35 @@
+#include "SystemEvent/logindmodule_p.h"
+
+#include "LogTask/clog.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QLibrary>
+#include <QObject>
+
+#include <dlfcn.h>
+
+namespace {
+
+// The folder of this library, with its symbolic links resolved: the module lies beside it, in the
+// build tree and in an installed one, wherever that has been moved to.
+QString ownFolder()
+{
+    Dl_info info{};
+    if (!::dladdr(reinterpret_cast<const void*>(&watchLogind), &info) || !info.dli_fname)
+        return QString();
+    return QFileInfo(QFileInfo(QFile::decodeName(info.dli_fname)).canonicalFilePath()).path();
+}
+
+} // namespace
+
+std::unique_ptr<QObject> watchLogind(CSystemEventListener& listener)
+{
+    QLibrary module(ownFolder() + QLatin1String("/" WZR_LOGIND_MODULE));
+    const auto watch = reinterpret_cast<LogindModuleEntry>(module.resolve(kLogindModuleEntry));
+    if (watch)
+        return std::unique_ptr<QObject>(watch(&listener));
+    CLogFile() << "SystemEvent/csystemeventlistener_linux"
+               << "watchLogind" << module.errorString();
+    return nullptr;
+}

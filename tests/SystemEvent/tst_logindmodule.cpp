@@ -1,0 +1,50 @@
+// The module that watches logind, which alone needs Qt D-Bus, is not loaded before the listener
+// asks for it, and may be missing.
+#include "SystemEvent/csystemeventlistener.h"
+#include "SystemEvent/logindmodule_p.h"
+
+#include "support/logcapture.h"
+
+#include <QFile>
+#include <QTest>
+
+namespace {
+
+bool isLoaded(const char* library)
+{
+    QFile maps(QStringLiteral("/proc/self/maps"));
+    return maps.open(QIODevice::ReadOnly) && maps.readAll().contains(library);
+}
+
+} // namespace
+
+class tst_logindModule : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void dbusIsLoadedWithTheFirstListeningOnly()
+    {
+        QVERIFY(isLoaded("libwzrframework"));
+        QVERIFY(!isLoaded("DBus.so"));
+        CSystemEventListener* const listener = CSystemEventListener::instance();
+        QVERIFY(!isLoaded("DBus.so"));
+        listener->startListen(false);
+        QTRY_VERIFY(isLoaded("libwzrframework_logind") && isLoaded("DBus.so"));
+        CSystemEventListener::destroy();
+    }
+
+    // The loader that this test compiles itself looks for a module that does not exist.
+    void missingModuleIsLogged()
+    {
+        const LogCapture log;
+        QVERIFY(!watchLogind(*CSystemEventListener::instance()));
+        QVERIFY(log.contains("SystemEvent/csystemeventlistener_linux watchLogind "));
+        QVERIFY(log.contains("missing-module.so"));
+        CSystemEventListener::destroy();
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_logindModule)
+
+#include "tst_logindmodule.moc"
