@@ -12,6 +12,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <atomic>
+
 #include <Carbon/Carbon.h>
 #include <CoreFoundation/CoreFoundation.h>
 #include <IOKit/IOMessage.h>
@@ -19,14 +21,15 @@
 
 namespace {
 
+// Shared by the test's thread and the listener's.
 QMutex mutex;
 QStringList calls;
-IOServiceInterestCallback powerCallback = nullptr;
-EventHandlerUPP eventHandler = nullptr;
+std::atomic<IOServiceInterestCallback> powerCallback{nullptr};
+std::atomic<EventHandlerUPP> eventHandler{nullptr};
 QSemaphore running;
 QSemaphore stopped;
-bool ignoresStop = false;
-io_connect_t rootPort = 77;
+std::atomic<bool> ignoresStop{false};
+std::atomic<io_connect_t> rootPort{77};
 
 void record(const QString& call)
 {
