@@ -1,7 +1,10 @@
 #include "SystemEvent/csystemeventlistener.h"
 
+#include "support/logcapture.h"
+
 #include <QElapsedTimer>
 #include <QMetaMethod>
+#include <QPointer>
 #include <QSemaphore>
 #include <QSignalSpy>
 #include <QTest>
@@ -21,6 +24,21 @@ protected:
     void stopLoop() override {}
 };
 
+// A listener whose loop misses the first request to end, as one does that has not begun yet.
+class LateListener : public CSystemEventListener
+{
+public:
+    void startListen(bool) override { start(); }
+    void stopListen() override { endThread(); }
+
+protected:
+    void run() override { m_requests.acquire(2); }
+    void stopLoop() override { m_requests.release(); }
+
+private:
+    QSemaphore m_requests;
+};
+
 } // namespace
 
 class tst_CSystemEventListener : public QObject
@@ -33,8 +51,10 @@ private Q_SLOTS:
     void hasTheSignalsInOrder();
     void emitsWhatItIsTold();
     void destroyWithoutAnInstance();
+    void destroyEndsAndDeletesTheListener();
     void destroyLeavesAThreadThatDoesNotEnd();
     void stopWaitsASecondAtMost();
+    void stopIsAskedForAgain();
 };
 
 void tst_CSystemEventListener::thereIsOneInstance()
@@ -94,8 +114,18 @@ void tst_CSystemEventListener::destroyWithoutAnInstance()
     QVERIFY(!CSystemEventListener::m_pIns);
 }
 
+void tst_CSystemEventListener::destroyEndsAndDeletesTheListener()
+{
+    const QPointer<CSystemEventListener> listener = new LateListener;
+    CSystemEventListener::m_pIns = listener;
+    listener->startListen(true);
+    CSystemEventListener::destroy();
+    QVERIFY(listener.isNull());
+}
+
 void tst_CSystemEventListener::destroyLeavesAThreadThatDoesNotEnd()
 {
+    const LogCapture log;
     StubbornListener listener;
     CSystemEventListener::m_pIns = &listener;
     listener.startListen(true);
@@ -105,6 +135,8 @@ void tst_CSystemEventListener::destroyLeavesAThreadThatDoesNotEnd()
     QVERIFY(timer.elapsed() < 10000);
     QVERIFY(!CSystemEventListener::m_pIns);
     QVERIFY(listener.isRunning());
+    QVERIFY(log.contains(
+        "SystemEvent/csystemeventlistener destroy The listener's thread does not end"));
     listener.mayEnd.release();
     QVERIFY(listener.wait(30000));
 }
@@ -123,6 +155,14 @@ void tst_CSystemEventListener::stopWaitsASecondAtMost()
     timer.start();
     listener.stopListen();
     QVERIFY(timer.elapsed() < 900);
+}
+
+void tst_CSystemEventListener::stopIsAskedForAgain()
+{
+    LateListener listener;
+    listener.startListen(true);
+    listener.stopListen();
+    QVERIFY(listener.isFinished());
 }
 
 QTEST_GUILESS_MAIN(tst_CSystemEventListener)

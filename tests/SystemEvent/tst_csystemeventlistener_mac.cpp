@@ -149,8 +149,10 @@ private Q_SLOTS:
     void answersPowerMessages();
     void tellsUserSwitches_data();
     void tellsUserSwitches();
+    void notificationsAfterTheInstanceAreAnswered();
     void failedRegistrationStillListens();
     void startsAgainAfterItsStop();
+    void stopAfterTheEndTouchesNoRunLoop();
     void stopIsBoundedWhenTheLoopStays();
     void destroyStopsTheLoop();
 
@@ -257,6 +259,16 @@ void tst_CSystemEventListener_mac::tellsUserSwitches()
     QVERIFY(log.contains(line));
 }
 
+void tst_CSystemEventListener_mac::notificationsAfterTheInstanceAreAnswered()
+{
+    CSystemEventListener::destroy();
+    forgetCalls();
+    powerCallback(nullptr, 3, kIOMessageSystemWillSleep, nullptr);
+    QCOMPARE(recorded(), QStringList("IOAllowPowerChange 77 e0000280"));
+    StandInEvent event{11};
+    QCOMPARE(int(eventHandler(nullptr, &event, nullptr)), 0);
+}
+
 void tst_CSystemEventListener_mac::failedRegistrationStillListens()
 {
     m_listener->stopListen();
@@ -276,6 +288,14 @@ void tst_CSystemEventListener_mac::startsAgainAfterItsStop()
     m_listener->startListen(false);
     QVERIFY(running.tryAcquire(1, 30000));
     QCOMPARE(recorded().last(), QStringLiteral("CFRunLoopRun"));
+}
+
+void tst_CSystemEventListener_mac::stopAfterTheEndTouchesNoRunLoop()
+{
+    m_listener->stopListen();
+    forgetCalls();
+    m_listener->stopListen();
+    QCOMPARE(recorded(), QStringList());
 }
 
 void tst_CSystemEventListener_mac::stopIsBoundedWhenTheLoopStays()
