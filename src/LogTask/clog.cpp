@@ -2,6 +2,7 @@
 
 #include "LogTask/clogobject.h"
 #include "LogTask/errorcodetable_p.h"
+#include "LogTask/logformat_p.h"
 #include "LogTask/logqueue_p.h"
 #include "LogTask/logsettings_p.h"
 #include "LogTask/logtext_p.h"
@@ -13,11 +14,11 @@
 #include <QDebug>
 #include <QFile>
 #include <QLoggingCategory>
+#include <QMetaMethod>
 
-#include <algorithm>
 #include <cstdarg>
-#include <cstdio>
 #include <cstring>
+#include <iterator>
 
 std::atomic<bool> g_bLog{false};
 
@@ -28,27 +29,48 @@ constexpr std::chrono::milliseconds gatherTime(10);
 constexpr int settleTime = 50;
 constexpr int stopLimit = 3000;
 
-// How many log calls of all threads use the instance at this moment; Destroy() waits for none.
-std::atomic<int> s_users{0};
+// How many log calls use the instance at this moment; Destroy() waits until there is none. Threads
+// count in different places, as far as there are enough: they would slow each other down.
+struct alignas(64) UserCount
+{
+    std::atomic<int> users{0};
+};
+UserCount s_userCounts[16];
+
+std::atomic<int>& ownUserCount()
+{
+    static std::atomic<unsigned> threads{0};
+    thread_local const unsigned own = threads++ % std::size(s_userCounts);
+    return s_userCounts[own].users;
+}
 
 // Keeps the instance alive for one log call; false when the log was ended meanwhile.
 class InstanceUse
 {
 public:
-    InstanceUse() { ++s_users; }
-    ~InstanceUse() { --s_users; }
+    InstanceUse()
+        : m_users(ownUserCount())
+    {
+        ++m_users;
+    }
+    ~InstanceUse() { m_users.fetch_sub(1, std::memory_order_release); }
     InstanceUse(const InstanceUse&) = delete;
     InstanceUse& operator=(const InstanceUse&) = delete;
     explicit operator bool() const { return g_bLog; }
+
+private:
+    std::atomic<int>& m_users;
 };
 
 bool waitForUsers()
 {
     const QDeadlineTimer deadline(stopLimit);
-    while (s_users.load() != 0) {
-        if (deadline.hasExpired())
-            return false;
-        QThread::yieldCurrentThread();
+    for (const UserCount& count : s_userCounts) {
+        while (count.users.load() != 0) {
+            if (deadline.hasExpired())
+                return false;
+            QThread::yieldCurrentThread();
+        }
     }
     return true;
 }
@@ -56,48 +78,32 @@ bool waitForUsers()
 // The formatted message, at most `size` - 1 bytes, without half a character at the cut.
 std::size_t formatMessage(char* buffer, std::size_t size, const char* format, va_list arguments)
 {
-    buffer[0] = '\0';
-    if (format && std::vsnprintf(buffer, size, format, arguments) < 0)
-        buffer[0] = '\0';
-    const std::size_t length = std::strlen(buffer);
+    const std::size_t length = formatText(buffer, size, format, arguments);
     const std::size_t kept = length + 1 < size ? length : wholeUtf8(buffer, length);
     buffer[kept] = '\0';
     return kept;
 }
 
-QString messageLine(const char* text, bool addTime)
+template<typename Line>
+void appendMessage(Line* line, const char* text, bool addTime)
 {
-    const std::size_t size = text ? std::strlen(text) : 0;
-    QString line;
-    // Room for the time before and an error code after.
-    line.reserve(static_cast<int>(size) + 100);
     if (addTime) {
-        appendTime(&line);
-        line += QLatin1Char(' ');
+        appendTime(line);
+        appendUtf8(line, " ", 1);
     }
-    appendUtf8(&line, text, size);
-    return line;
+    appendUtf8(line, text, text ? std::strlen(text) : 0);
 }
 
 void writeBatch(const LogQueue::Batch& batch, CLogObject* writer)
 {
-    // Qt 5 counts with int, and while a disk hangs more than that may gather.
-    constexpr std::size_t kSlice = std::size_t(1) << 28;
-    const auto write = [&](std::size_t from, std::size_t to) {
-        while (from < to) {
-            const std::size_t size = std::min(to - from, kSlice);
-            const auto* const text = reinterpret_cast<const QChar*>(batch.text.data()) + from;
-            writer->WriteLog(QString::fromRawData(text, static_cast<int>(size)), false);
-            from += size;
-        }
-    };
+    const char* const text = batch.text.data();
     std::size_t done = 0;
     for (const std::size_t flush : batch.flushes) {
-        write(done, flush);
+        writer->writeBytes(text + done, static_cast<qint64>(flush - done));
         writer->flushLog();
         done = flush;
     }
-    write(done, batch.text.size());
+    writer->writeBytes(text + done, static_cast<qint64>(batch.text.size() - done));
 }
 
 } // namespace
@@ -111,6 +117,28 @@ struct CLogPrivate
     QString m_strFile;
     ErrorCodeTable codes;
     LogQueue queue;
+
+    // Receivers of WriteLog() that came so far, and how many of them are the queue: none, or one
+    // from Init() on.
+    std::atomic<int> receivers{0};
+    int ownReceivers = 0;
+
+    // The queue alone waits for lines: they need not become text and a signal first.
+    bool goesToFileOnly() const
+    {
+        return ownReceivers == 1 && receivers.load(std::memory_order_relaxed) == 1 && !echoes();
+    }
+
+    // A switched off debug output shows nothing, but building its text costs more than the line.
+    bool echoes() const
+    {
+        return settings.debug && QLoggingCategory::defaultCategory()->isDebugEnabled();
+    }
+
+    void push(const LogBytes& line, bool newLine)
+    {
+        queue.push(line.constData(), static_cast<std::size_t>(line.size()), newLine);
+    }
 };
 
 CLog::CLog()
@@ -171,8 +199,13 @@ void CLog::Init(const char* name)
     GetErrorCode(iniFile);
     connect(
         this, &CLog::WriteLog, this,
-        [this](const QString& text, bool newLine) { d->queue.pushText(text, newLine); },
+        [this](const QString& text, bool newLine) {
+            LogBytes line;
+            appendText(&line, text);
+            d->push(line, newLine);
+        },
         Qt::DirectConnection);
+    d->ownReceivers = 1;
     connect(
         this, &CLog::flushLog, this, [this] { d->queue.pushFlush(); }, Qt::DirectConnection);
     d->queue.setDelay(d->settings.flush ? std::chrono::milliseconds(0) : gatherTime);
@@ -212,25 +245,46 @@ bool CLog::IsValid() const
     return d->settings.valid;
 }
 
+void CLog::connectNotify(const QMetaMethod& signal)
+{
+    if (signal == QMetaMethod::fromSignal(&CLog::WriteLog))
+        ++d->receivers;
+}
+
 void CLog::writeLine(const QString& line)
 {
+    if (d->goesToFileOnly()) {
+        LogBytes bytes;
+        appendText(&bytes, line);
+        d->push(bytes, true);
+        return;
+    }
     Q_EMIT WriteLog(line, true);
-    // A switched off debug output shows nothing, but building its text costs more than the line.
-    if (d->settings.debug && QLoggingCategory::defaultCategory()->isDebugEnabled())
+    if (d->echoes())
         qDebug().noquote() << line;
 }
 
 void CLog::Write(const char* text)
 {
-    if (d->settings.valid)
-        writeLine(messageLine(text, d->settings.addTime));
+    if (!d->settings.valid)
+        return;
+    if (d->goesToFileOnly()) {
+        LogBytes line;
+        appendMessage(&line, text, d->settings.addTime);
+        d->push(line, true);
+        return;
+    }
+    QString line;
+    appendMessage(&line, text, d->settings.addTime);
+    writeLine(line);
 }
 
 void CLog::Write(int code, const char* text)
 {
     if (!d->settings.valid)
         return;
-    QString line = messageLine(text, d->settings.addTime);
+    QString line;
+    appendMessage(&line, text, d->settings.addTime);
     line += QLatin1String(" Error code:");
     appendNumber(&line, code, 16);
     line += QLatin1Char(' ');
@@ -339,7 +393,7 @@ void DestroyLog()
 
 void CLogFile::begin()
 {
-    m_line.reserve(160);
+    m_line.reserve(200);
     appendStamp(&m_line);
 }
 

@@ -81,7 +81,7 @@ public:
     /// See FlushLog().
     void Flush();
 
-    /// Waits until everything handed over before the call was given to the file's stream, at most
+    /// Waits until everything handed over before the call was handed to the writer, at most
     /// `milliseconds`; after Flush() this means that it is out of the process. False when the time
     /// is over or no writer is running.
     bool WaitWritten(int milliseconds);
@@ -98,6 +98,7 @@ Q_SIGNALS:
 
 protected:
     void run() override;
+    void connectNotify(const QMetaMethod& signal) override;
 
 private:
     CLog();

@@ -2,70 +2,81 @@
 
 #include "LogTask/logtext_p.h"
 
+namespace {
+
+// So much text is written without being asked for.
+constexpr int kept = 16384;
+
+} // namespace
+
 CLogObject::CLogObject(const QString& path, bool append, bool debug, bool flush, QObject* parent)
     : QObject(parent)
     , m_file(path)
     , m_flush(flush)
 {
     Q_UNUSED(debug)
-    if (!m_file.open(QIODevice::WriteOnly | (append ? QIODevice::Append : QIODevice::Truncate)))
+    const auto mode = QIODevice::WriteOnly | QIODevice::Unbuffered;
+    if (!m_file.open(mode | (append ? QIODevice::Append : QIODevice::Truncate)))
         return;
-    m_stream.setDevice(&m_file);
-#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
-    m_stream.setEncoding(QStringConverter::System);
-#endif
-    banner(QLatin1String("Start Log--"));
+    m_unwritten.reserve(2 * kept);
+    banner("Start Log--");
 }
 
 CLogObject::~CLogObject()
 {
     if (!m_file.isOpen())
         return;
-    banner(QLatin1String("End Log--"));
-    flushStream();
-    m_stream.setDevice(nullptr);
-    m_file.close();
+    banner("End Log--");
+    writeOut();
+}
+
+// What finds no room on the disk is lost; nothing gathers here.
+void CLogObject::writeBytes(const char* bytes, qint64 size)
+{
+    if (!m_file.isOpen())
+        return;
+    if (size >= kept) {
+        writeOut();
+        m_file.write(bytes, size);
+        return;
+    }
+    m_unwritten.append(bytes, static_cast<int>(size));
+    if (m_flush || m_unwritten.size() >= kept)
+        writeOut();
 }
 
 void CLogObject::WriteLog(const QString& text, bool newLine)
 {
-    if (!m_file.isOpen())
-        return;
-    m_stream << text;
+    LogBytes line;
+    appendText(&line, text);
     if (newLine)
-        m_stream << QLatin1String("\r\n");
-    if (m_flush)
-        flushStream();
-    else if (m_stream.status() != QTextStream::Ok)
-        m_stream.resetStatus();
+        line.append("\r\n", 2);
+    writeBytes(line.constData(), line.size());
 }
 
 void CLogObject::flushLog()
 {
-    if (!m_file.isOpen())
-        return;
-    m_stream << QLatin1String("flush to file \r\n");
-    flushStream();
+    const QByteArray mark("flush to file \r\n");
+    writeBytes(mark.constData(), mark.size());
+    writeOut();
 }
 
 void CLogObject::timerEvent(QTimerEvent* event)
 {
-    flushStream();
+    writeOut();
     QObject::timerEvent(event);
 }
 
-void CLogObject::banner(QLatin1String title)
+void CLogObject::banner(const char* title)
 {
-    QString time;
+    LogBytes time;
     appendTime(&time);
-    m_stream << QLatin1String("\r\n") << title << time << QLatin1String("\r\n");
+    m_unwritten += QByteArray("\r\n") + title + QByteArray(time.constData(), time.size()) + "\r\n";
 }
 
-// A stream that has failed to write keeps its failure and gathers all later text in memory.
-void CLogObject::flushStream()
+void CLogObject::writeOut()
 {
-    if (!m_file.isOpen())
-        return;
-    m_stream.flush();
-    m_stream.resetStatus();
+    if (m_file.isOpen() && !m_unwritten.isEmpty())
+        m_file.write(m_unwritten);
+    m_unwritten.resize(0);
 }

@@ -3,9 +3,9 @@
 
 #include "wzrframework_export.h"
 
+#include <QByteArray>
 #include <QFile>
 #include <QObject>
-#include <QTextStream>
 
 /// The open log file. Lives on the thread that created it, in the running log the log thread, and
 /// is used from there only. A file that cannot be opened, or a full disk, loses lines without a
@@ -23,6 +23,9 @@ public:
     /// Writes the end banner, "\r\nEnd Log--", the time and "\r\n", flushes and closes.
     ~CLogObject() override;
 
+    /// Writes `size` bytes that are in the local 8-bit encoding already.
+    void writeBytes(const char* bytes, qint64 size);
+
 public Q_SLOTS:
     /// Writes the text in the local 8-bit encoding, and "\r\n" after it when `newLine` is true.
     void WriteLog(const QString& text, bool newLine);
@@ -35,11 +38,11 @@ protected:
     void timerEvent(QTimerEvent* event) override;
 
 private:
-    void banner(QLatin1String title);
-    void flushStream();
+    void banner(const char* title);
+    void writeOut();
 
     QFile m_file;
-    QTextStream m_stream;
+    QByteArray m_unwritten; // waits for more, or for a flush
     bool m_flush;
 };
 

@@ -4,35 +4,45 @@
 
 namespace {
 
-// So many characters end the gathering: enough that waking costs nothing beside writing them.
+// So many bytes end the gathering: enough that waking costs nothing beside writing them.
 constexpr std::size_t enough = 256 * 1024;
 
 // A batch that was once larger than this gives its memory back.
 constexpr std::size_t keptCapacity = 1024 * 1024;
+
+// The lock is held for less time than the system takes to put a thread to sleep and to wake it.
+std::unique_lock<std::mutex> lockSoon(std::mutex& mutex)
+{
+    constexpr int attempts = 100;
+    std::unique_lock<std::mutex> lock(mutex, std::try_to_lock);
+    for (int i = 0; i < attempts && !lock.owns_lock(); ++i)
+        (void)lock.try_lock();
+    if (!lock.owns_lock())
+        lock.lock();
+    return lock;
+}
 
 } // namespace
 
 void LogQueue::Batch::clear()
 {
     if (text.capacity() > keptCapacity)
-        std::u16string().swap(text);
+        std::string().swap(text);
     text.clear();
     flushes.clear();
 }
 
-void LogQueue::pushText(const QString& text, bool newLine)
+void LogQueue::push(const char* text, std::size_t size, bool newLine)
 {
-    const auto size = static_cast<std::size_t>(text.size());
-    const auto* units = reinterpret_cast<const char16_t*>(text.constData());
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::unique_lock<std::mutex> lock = lockSoon(m_mutex);
     if (m_limit > 0 && (m_lost > 0 || m_waiting.text.size() + size > m_limit)) {
         ++m_lost;
         pushed(); // an idle log thread has to write the notice: until then all lines are lost
         return;
     }
-    m_waiting.text.append(units, size);
+    m_waiting.text.append(text, size);
     if (newLine)
-        m_waiting.text.append(u"\r\n", 2);
+        m_waiting.text.append("\r\n", 2);
     pushed();
     if (m_waiting.text.size() >= enough && !m_hurry)
         hurry();
@@ -89,9 +99,7 @@ bool LogQueue::takeAll(Batch* batch)
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_hurry = false;
     if (m_lost > 0) {
-        const QString notice = QString::number(m_lost) + QLatin1String(" lines lost here\r\n");
-        m_waiting.text.append(reinterpret_cast<const char16_t*>(notice.constData()),
-                              static_cast<std::size_t>(notice.size()));
+        m_waiting.text += std::to_string(m_lost) + " lines lost here\r\n";
         m_lost = 0;
     }
     std::swap(*batch, m_waiting);

@@ -1,8 +1,6 @@
 #ifndef LOGTASK_LOGQUEUE_P_H
 #define LOGTASK_LOGQUEUE_P_H
 
-#include <QString>
-
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
@@ -24,10 +22,10 @@ class QAbstractEventDispatcher;
 class LogQueue
 {
 public:
-    /// What waits: the text of all lines, and how long it was at each request to flush.
+    /// What waits: the bytes of all lines, and how many there were at each request to flush.
     struct Batch
     {
-        std::u16string text;
+        std::string text;
         std::vector<std::size_t> flushes;
 
         bool isEmpty() const { return text.empty() && flushes.empty(); }
@@ -36,11 +34,12 @@ public:
 
     /// How long gather() waits. 0 wakes the log thread for each line.
     void setDelay(std::chrono::milliseconds delay) { m_delay = delay; }
-    /// How many characters may wait; 0 sets no limit. A line that finds no room is lost. How many
-    /// were is written in their place.
-    void setLimit(std::size_t characters) { m_limit = characters; }
+    /// How many bytes may wait; 0 sets no limit. A line that finds no room is lost. How many were
+    /// is written in their place.
+    void setLimit(std::size_t bytes) { m_limit = bytes; }
 
-    void pushText(const QString& text, bool newLine);
+    /// A text as the file has it, with "\r\n" after it when `newLine` is true.
+    void push(const char* text, std::size_t size, bool newLine);
     void pushFlush();
 
     /// The writer is ready; from now on `dispatcher` is woken when an entry comes after takeAll()

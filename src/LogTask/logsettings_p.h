@@ -14,7 +14,7 @@ struct LogSettings
     bool debug = true;      ///< "DEBUG": lines are echoed to the debug output
     bool flush = false;     ///< "FLUSH": each line leaves the process at once
     int timer = 10;         ///< "TIMER", at least 1: reserved, nothing is timed by it
-    int maxQueue = 0;       ///< "MAXQUEUE", characters waiting for the log thread; 0: no limit
+    int maxQueue = 0;       ///< "MAXQUEUE", bytes waiting for the log thread; 0: no limit
     QString file;           ///< path of the log file
 };
 

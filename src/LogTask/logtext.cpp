@@ -33,15 +33,24 @@ struct SecondText
     }
 };
 
-// Returns the milliseconds of the second.
-int appendTimeNow(QString* line)
+struct Now
+{
+    const SecondText& second;
+    int milliseconds;
+};
+
+Now timeNow()
 {
     using namespace std::chrono;
     const qint64 now = duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
     thread_local SecondText current;
     current.show(now / 1000);
-    line->append(QLatin1String(current.text, sizeof current.text));
-    return static_cast<int>(now % 1000);
+    return {current, static_cast<int>(now % 1000)};
+}
+
+void append(LogBytes* line, const QByteArray& bytes)
+{
+    line->append(bytes.constData(), bytes.size());
 }
 
 // Eight bytes at a time.
@@ -63,15 +72,24 @@ bool isAscii(const char* text, std::size_t size)
 
 void appendTime(QString* line)
 {
-    appendTimeNow(line);
+    appendUtf8(line, timeNow().second.text, sizeof SecondText::text);
+}
+
+void appendTime(LogBytes* line)
+{
+    line->append(timeNow().second.text, sizeof SecondText::text);
 }
 
 void appendStamp(QString* line)
 {
-    const int milliseconds = appendTimeNow(line);
-    *line += QLatin1Char(' ');
-    appendNumber(line, milliseconds);
-    *line += QLatin1Char(' ');
+    const Now now = timeNow();
+    char stamp[16];
+    std::memcpy(stamp, now.second.text, sizeof now.second.text);
+    char* end = stamp + sizeof now.second.text;
+    *end++ = ' ';
+    end = std::to_chars(end, end + 3, now.milliseconds).ptr;
+    *end++ = ' ';
+    appendUtf8(line, stamp, static_cast<std::size_t>(end - stamp));
 }
 
 void appendNumber(QString* line, int number, int base)
@@ -81,15 +99,54 @@ void appendNumber(QString* line, int number, int base)
     const auto end = base == 16 ? std::to_chars(digits, digits + sizeof digits,
                                                 static_cast<unsigned>(number), 16)
                                 : std::to_chars(digits, digits + sizeof digits, number, base);
-    line->append(QLatin1String(digits, static_cast<int>(end.ptr - digits)));
+    appendUtf8(line, digits, static_cast<std::size_t>(end.ptr - digits));
 }
 
+// ASCII, the usual case, is converted and checked at once.
 void appendUtf8(QString* line, const char* text, std::size_t size)
 {
+    const auto before = line->size();
+    line->resize(before + static_cast<int>(size));
+    QChar* const to = line->data() + before;
+    unsigned char seen = 0;
+    for (std::size_t i = 0; i < size; ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        seen = static_cast<unsigned char>(seen | byte);
+        to[i] = QLatin1Char(text[i]);
+    }
+    if (seen < 0x80)
+        return;
+    line->resize(before);
+    line->append(QString::fromUtf8(text, static_cast<int>(size)));
+}
+
+void appendUtf8(LogBytes* line, const char* text, std::size_t size)
+{
+    if (size == 0) // there may be no text at all
+        return;
     if (isAscii(text, size))
-        line->append(QLatin1String(text, static_cast<int>(size)));
+        line->append(text, static_cast<int>(size));
     else
-        line->append(QString::fromUtf8(text, static_cast<int>(size)));
+        append(line, QString::fromUtf8(text, static_cast<int>(size)).toLocal8Bit());
+}
+
+void appendText(LogBytes* line, const QString& text)
+{
+    const auto before = line->size();
+    const auto size = text.size(); // a copy: what is written to bytes may change anything
+    line->resize(before + size);
+    char* const to = line->data() + before;
+    const QChar* const from = text.constData();
+    ushort seen = 0;
+    for (qsizetype i = 0; i < size; ++i) {
+        const ushort unit = from[i].unicode();
+        seen = static_cast<ushort>(seen | unit);
+        to[i] = static_cast<char>(unit);
+    }
+    if (seen < 0x80)
+        return;
+    line->resize(before);
+    append(line, text.toLocal8Bit());
 }
 
 std::size_t wholeUtf8(const char* text, std::size_t size)

@@ -255,11 +255,15 @@ void tst_CLog::writesEachLineForm()
     QFETCH(QString, action);
     QFETCH(QByteArray, withTime);
     QFETCH(QByteArray, withoutTime);
-    run(actions({action}));
-    QCOMPARE(lines(), withTime + "\r\n");
-    setSettings("TYPE=1\nADDTIME=false\n");
-    run(actions({action}));
-    QCOMPARE(lines(), withoutTime + "\r\n");
+    // With the echo a line becomes text first, without it the bytes of the file.
+    for (const QByteArray echo : {"DEBUG=true\n", "DEBUG=false\n"}) {
+        setSettings("TYPE=1\n" + echo);
+        run(actions({action}));
+        QCOMPARE(lines(), withTime + "\r\n");
+        setSettings("TYPE=1\nADDTIME=false\n" + echo);
+        run(actions({action}));
+        QCOMPARE(lines(), withoutTime + "\r\n");
+    }
 }
 
 void tst_CLog::writesTheErrorText()

@@ -21,6 +21,7 @@ private Q_SLOTS:
     void truncatesOrAppends();
     void endsALineWhenAsked();
     void keepsTextUntilItFlushes();
+    void keepsTheOrderOfTextsAndBytes();
     void flushesEachTextWhenSet();
     void flushesOnRequestWithAMark();
     void flushesOnATimerEvent();
@@ -120,6 +121,21 @@ void tst_CLogObject::keepsTextUntilItFlushes()
     const auto writer = open();
     writer->WriteLog("one", true);
     QCOMPARE(content(), QByteArray());
+}
+
+void tst_CLogObject::keepsTheOrderOfTextsAndBytes()
+{
+    auto writer = open();
+    writer->WriteLog("one", true);
+    writer->writeBytes("two", 3);
+    QCOMPARE(content(), QByteArray());
+    const QByteArray many(20000, 'x'); // more than is kept back
+    writer->writeBytes(many.constData(), many.size());
+    const QByteArray expected = "\r\nStart Log--T\r\none\r\ntwo" + many;
+    QCOMPARE(withoutTimes(content()), expected);
+    writer->WriteLog("three", true);
+    writer.reset();
+    QCOMPARE(withoutTimes(content()), expected + "three\r\n\r\nEnd Log--T\r\n");
 }
 
 void tst_CLogObject::flushesEachTextWhenSet()

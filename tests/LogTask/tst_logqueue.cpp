@@ -3,15 +3,16 @@
 #include <QElapsedTimer>
 #include <QtTest>
 
+#include <string>
 #include <thread>
 
 namespace {
 
 using namespace std::chrono_literals;
 
-QString textOf(const LogQueue::Batch& batch)
+void push(LogQueue* queue, const std::string& text, bool newLine)
 {
-    return QString::fromStdU16String(batch.text);
+    queue->push(text.data(), text.size(), newLine);
 }
 
 } // namespace
@@ -24,13 +25,13 @@ private Q_SLOTS:
     void joinsLinesInOrder()
     {
         LogQueue queue;
-        queue.pushText("half ", false);
-        queue.pushText("line", true);
+        push(&queue, "half ", false);
+        push(&queue, "line", true);
         queue.pushFlush();
-        queue.pushText("other", true);
+        push(&queue, "other", true);
         LogQueue::Batch batch;
         QVERIFY(queue.takeAll(&batch));
-        QCOMPARE(textOf(batch), QString("half line\r\nother\r\n"));
+        QCOMPARE(batch.text, std::string("half line\r\nother\r\n"));
         QCOMPARE(batch.flushes, std::vector<std::size_t>{11});
         QVERIFY(!queue.takeAll(&batch));
         QVERIFY(batch.isEmpty());
@@ -40,7 +41,7 @@ private Q_SLOTS:
     {
         LogQueue queue;
         for (int i = 0; i < 1000; ++i)
-            queue.pushText(QString(10000, QChar('x')), false);
+            push(&queue, std::string(10000, 'x'), false);
         LogQueue::Batch batch;
         QVERIFY(queue.takeAll(&batch));
         QCOMPARE(batch.text.size(), std::size_t(10000000));
@@ -50,22 +51,22 @@ private Q_SLOTS:
     {
         LogQueue queue;
         queue.setLimit(12);
-        queue.pushText("12345", true);
-        queue.pushText("123456", true); // does not fit
-        queue.pushText("1", true);      // would, but no line overtakes the notice
+        push(&queue, "12345", true);
+        push(&queue, "123456", true); // does not fit
+        push(&queue, "1", true);      // would, but no line overtakes the notice
         LogQueue::Batch batch;
         QVERIFY(queue.takeAll(&batch));
-        QCOMPARE(textOf(batch), QString("12345\r\n2 lines lost here\r\n"));
-        queue.pushText("after", true);
+        QCOMPARE(batch.text, std::string("12345\r\n2 lines lost here\r\n"));
+        push(&queue, "after", true);
         QVERIFY(queue.takeAll(&batch));
-        QCOMPARE(textOf(batch), QString("after\r\n"));
+        QCOMPARE(batch.text, std::string("after\r\n"));
     }
 
     void takesARequestToFlushAlsoAboveTheLimit()
     {
         LogQueue queue;
         queue.setLimit(1);
-        queue.pushText("long", true);
+        push(&queue, "long", true);
         queue.pushFlush();
         LogQueue::Batch batch;
         QVERIFY(queue.takeAll(&batch));
@@ -76,7 +77,7 @@ private Q_SLOTS:
     {
         LogQueue queue;
         queue.setDelay(30ms);
-        queue.pushText("line", true);
+        push(&queue, "line", true);
         QElapsedTimer timer;
         timer.start();
         queue.gather(false);
@@ -104,12 +105,12 @@ private Q_SLOTS:
         QFETCH(int, reason);
         LogQueue queue;
         queue.setDelay(1h); // the test would not end
-        queue.pushText("line", true);
+        push(&queue, "line", true);
         std::thread other([&] {
             if (reason == 0)
                 queue.pushFlush();
             else if (reason == 1)
-                queue.pushText(QString(300000, QChar('x')), true);
+                push(&queue, std::string(300000, 'x'), true);
             else if (reason == 2)
                 queue.wake();
             else

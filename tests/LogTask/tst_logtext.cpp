@@ -15,6 +15,7 @@ private Q_SLOTS:
     void writesTheStampWithUnpaddedMilliseconds();
     void writesNumbers();
     void writesUtf8();
+    void writesTheBytesOfTheFile();
     void dropsAnUnfinishedCharacter_data();
     void dropsAnUnfinishedCharacter();
     void keepsTextsUpToTheLimit();
@@ -76,6 +77,24 @@ void tst_LogText::writesUtf8()
     appendUtf8(&line, nullptr, 0);
     appendUtf8(&line, "\xFF", 1);
     QCOMPARE(line, QString("abc") + QChar(0xE9) + QChar(0xFFFD));
+}
+
+void tst_LogText::writesTheBytesOfTheFile()
+{
+    LogBytes line;
+    appendTime(&line);
+    QCOMPARE(int(line.size()), 8);
+    line.clear();
+    appendUtf8(&line, "abc ", 4);
+    appendUtf8(&line, "\xC3\xA9", 2);
+    appendUtf8(&line, nullptr, 0);
+    appendUtf8(&line, "\xFF", 1);
+    appendText(&line, QString());
+    appendText(&line, QString(" text ") + QChar(0x20AC));
+    appendText(&line, QString(3000, 'x'));
+    // The tests' local encoding is UTF-8.
+    QCOMPARE(QByteArray(line.constData(), int(line.size())),
+             QByteArray("abc \xC3\xA9\xEF\xBF\xBD text \xE2\x82\xAC") + QByteArray(3000, 'x'));
 }
 
 void tst_LogText::dropsAnUnfinishedCharacter_data()

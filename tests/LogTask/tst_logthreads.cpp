@@ -1,10 +1,12 @@
 #include "LogTask/clog.h"
 #include "support/logcapture.h"
 
+#include <QSignalSpy>
 #include <QTest>
 
 #include <atomic>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -18,6 +20,7 @@ private Q_SLOTS:
     void losesNoLineAtStart();
     void looksUpNewCodesFromSeveralThreads();
     void acceptsLinesEmittedAsSignals();
+    void tellsReceiversEveryLine();
     void survivesThreadsThatLogWhileItEnds();
     void keepsLinesWhole();
 };
@@ -94,6 +97,37 @@ void tst_LogThreads::acceptsLinesEmittedAsSignals()
     });
     QCOMPARE(log.lines(), QStringList({"half line", "other"}));
     QVERIFY(log.text().contains("half line\r\nflush to file \r\nother\r\n"));
+}
+
+void tst_LogThreads::tellsReceiversEveryLine()
+{
+    for (const bool early : {true, false}) {
+        std::unique_ptr<QSignalSpy> spy;
+        const auto listen = [&spy] {
+            spy = std::make_unique<QSignalSpy>(CLog::Instance(), &CLog::WriteLog);
+        };
+        if (early)
+            listen(); // before the log has started
+        LogCapture log;
+        Log("unheard when late");
+        if (!early)
+            listen();
+        Log("%s", "one");
+        LogErr(26, "two");
+        CLogFile() << "three" << 3;
+        *CLog::Instance() << 4;
+        QStringList heard;
+        for (const QList<QVariant>& arguments : std::as_const(*spy)) {
+            QVERIFY(arguments.at(1).toBool());
+            heard += arguments.at(0).toString();
+        }
+        // Once in the file, too, and the same there.
+        const QStringList written = log.lines();
+        QCOMPARE(written.size(), 5);
+        QCOMPARE(heard, QStringList(written.mid(early ? 0 : 1)));
+        QVERIFY2(heard.last() == "4" && written.at(2).endsWith(" two Error code:1a "),
+                 qPrintable(written.join('|')));
+    }
 }
 
 void tst_LogThreads::survivesThreadsThatLogWhileItEnds()
