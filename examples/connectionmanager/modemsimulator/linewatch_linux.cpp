@@ -37,7 +37,7 @@ void LineWatch::update()
             if ((events[i].mask & IN_OPEN) != 0)
                 ++m_openCount;
             else if ((events[i].mask & IN_CLOSE) != 0 && m_openCount > 0)
-                hasClosed = --m_openCount == 0;
+                hasClosed = --m_openCount == 0 || hasClosed;
         }
     }
     if (hasClosed)

@@ -231,17 +231,18 @@ void ModemEngine::sendReports()
     m_core.reports.clear();
 }
 
-// What is to leave leaves; a report waits until no text is being entered.
+// What is to leave leaves; a report waits until no text is being entered. A change is kept before
+// the other side hears of it.
 void ModemEngine::settle()
 {
     if (!m_isAtPrompt)
         sendReports();
     const QByteArray output = m_output;
     m_output.clear();
-    if (m_hooks.send && !output.isEmpty() && !m_isSilent)
-        m_hooks.send(output);
     const bool hasChanged = m_core.hasChanged;
     m_core.hasChanged = false;
     if (hasChanged && m_hooks.stateChanged)
         m_hooks.stateChanged();
+    if (m_hooks.send && !output.isEmpty() && !m_isSilent)
+        m_hooks.send(output);
 }

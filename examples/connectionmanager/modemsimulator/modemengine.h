@@ -32,6 +32,7 @@ public:
         std::function<void(const QByteArray& bytes)> send;
         /// What is sent from now on is to leave so many milliseconds later.
         std::function<void(int milliseconds)> delay;
+        /// Comes before the answer to the command that has changed the state.
         std::function<void()> stateChanged;
         /// A command line was worked off: the names of its commands. Its answer was sent.
         std::function<void(const std::vector<QByteArray>& commands)> answered;

@@ -25,7 +25,7 @@ PseudoTerminal::~PseudoTerminal()
 
 bool PseudoTerminal::open(const QString& link, QString* error)
 {
-    if (!openTerminal(error) || !makeLink(link, error)) {
+    if (!openTerminal(error)) {
         close();
         return false;
     }
@@ -39,7 +39,10 @@ bool PseudoTerminal::open(const QString& link, QString* error)
     m_writable = std::make_unique<QSocketNotifier>(m_master, QSocketNotifier::Write);
     m_writable->setEnabled(false);
     connect(m_writable.get(), &QSocketNotifier::activated, this, [this] { writeOutput(); });
-    return true;
+    if (makeLink(link, error))
+        return true;
+    close();
+    return false;
 }
 
 bool PseudoTerminal::openTerminal(QString* error)
