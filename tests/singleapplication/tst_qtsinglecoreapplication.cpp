@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QLocalSocket>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QSet>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -12,6 +13,8 @@
 
 #include <memory>
 #include <vector>
+
+#include <unistd.h>
 
 namespace {
 
@@ -39,6 +42,7 @@ private Q_SLOTS:
     void secondWithoutTheRoleSaysThatAnotherRuns();
     void otherIdsDoNotMeet();
     void orderlyEndFreesTheRole();
+    void destroyedApplicationFreesTheRole();
     void crashBlocksNobody();
     void stoppedLoopFailsTheMessageInTime();
     void twentyRacingStartsHaveOneWinner_data();
@@ -47,6 +51,8 @@ private Q_SLOTS:
     void strangersOnTheSocketDoNoHarm();
     void runsAloneWithoutALock();
     void filesAreTheUsersOwn();
+    void unfitRuntimeFolderIsNotUsed_data();
+    void unfitRuntimeFolderIsNotUsed();
 
 private:
     QString socketPath() const;
@@ -148,6 +154,24 @@ void tst_QtSingleCoreApplication::orderlyEndFreesTheRole()
     QCOMPARE(socketPath(), QString());
     InstanceProcess next(m_id, QStringLiteral("unsent"));
     QCOMPARE(next.outcome(), QStringLiteral("first"));
+}
+
+void tst_QtSingleCoreApplication::destroyedApplicationFreesTheRole()
+{
+    int argc = 1;
+    char name[] = "test";
+    char* argv[] = {name, nullptr};
+    QProcess started; // which inherits what a program can inherit
+    {
+        QtSingleCoreApplication app(m_id, argc, argv);
+        QVERIFY(!app.isRunning());
+        started.start(QStringLiteral("cat"), QStringList());
+        QVERIFY(started.waitForStarted(30000));
+    }
+    InstanceProcess next(m_id, QStringLiteral("unsent"), 200);
+    QCOMPARE(next.outcome(), QStringLiteral("first"));
+    started.kill();
+    QVERIFY(started.waitForFinished(30000));
 }
 
 void tst_QtSingleCoreApplication::crashBlocksNobody()
@@ -277,6 +301,41 @@ void tst_QtSingleCoreApplication::filesAreTheUsersOwn()
     QCOMPARE(files.size(), 2);
     for (const QFileInfo& file : files)
         QVERIFY2(!(file.permissions() & others), qPrintable(file.fileName()));
+}
+
+void tst_QtSingleCoreApplication::unfitRuntimeFolderIsNotUsed_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::newRow("none") << "none";
+    QTest::newRow("missing") << "missing";
+    QTest::newRow("relative") << "relative";
+    QTest::newRow("another user's") << "foreign";
+}
+
+void tst_QtSingleCoreApplication::unfitRuntimeFolderIsNotUsed()
+{
+    QFETCH(QString, kind);
+    // Writable by this user, but another's: the system's folder for all, or, as root, one given
+    // away.
+    const QTemporaryDir given;
+    if (geteuid() == 0)
+        QCOMPARE(chown(qPrintable(given.path()), 65534, 65534), 0);
+    const QString foreign = geteuid() == 0 ? given.path() : QStringLiteral("/tmp");
+    const auto restore = qScopeGuard([] { qunsetenv("TMPDIR"); });
+    qputenv("TMPDIR", QFile::encodeName(m_runtime->path()));
+    if (kind == QLatin1String("none"))
+        qunsetenv("XDG_RUNTIME_DIR");
+    else if (kind == QLatin1String("missing"))
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(m_runtime->filePath("missing")));
+    else if (kind == QLatin1String("relative"))
+        qputenv("XDG_RUNTIME_DIR", ".");
+    else
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(foreign));
+    InstanceProcess first(m_id, QStringLiteral("unsent"));
+    QCOMPARE(first.outcome(), QStringLiteral("first"));
+    QVERIFY(!socketPath().isEmpty());
+    InstanceProcess second(m_id, QStringLiteral("hello"));
+    QCOMPARE(second.outcome(), QStringLiteral("sent"));
 }
 
 QTEST_APPLESS_MAIN(tst_QtSingleCoreApplication)
