@@ -91,7 +91,7 @@ public:
     void startLogind()
     {
         // It reports every call; an unread pipe would stop it.
-        m_logind.setStandardOutputFile(QProcess::nullDevice());
+        m_logind.setStandardOutputFile(reports());
         m_logind.start(QStringLiteral(SYSTEM_PYTHON),
                        {"-m", "dbusmock", "--system", "--template", "logind"});
         const bool there = QTest::qWaitFor(
@@ -124,6 +124,13 @@ public:
     {
         check(call("/org/freedesktop/login1", mock, "AddSession",
                    {id, "seat0", user, "user", active}));
+    }
+    /// Whether somebody has asked for a session's state since the start.
+    bool wasAskedForActive() const
+    {
+        QFile file(reports());
+        return file.open(QIODevice::ReadOnly) &&
+               file.readAll().contains(" org.freedesktop.login1.Session.Active");
     }
     void announceSession(const QString& id)
     {
@@ -196,6 +203,7 @@ public:
     }
 
 private:
+    QString reports() const { return m_folder.filePath(QStringLiteral("reports")); }
     static QDBusObjectPath sessionPath(const QString& id)
     {
         return QDBusObjectPath("/org/freedesktop/login1/session/" + id);

@@ -15,6 +15,8 @@ private Q_SLOTS:
     void cleanup() { stop(); }
     void sessionIsFound_data();
     void sessionIsFound();
+    void firstStateIsNoChange_data();
+    void firstStateIsNoChange();
     void sessionThatComesLaterIsFound();
     void replacedSessionIsFollowedByTheNext();
     void newSessionOfTheUserTakesOverFromAClosingOne();
@@ -62,6 +64,28 @@ void tst_CSystemEventListener_session::sessionIsFound()
     m_mock->prepareForSleep(true);
     QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false}), 30000);
     QCOMPARE(m_user.last(), false);
+}
+
+void tst_CSystemEventListener_session::firstStateIsNoChange_data()
+{
+    QTest::addColumn<bool>("active");
+    QTest::newRow("active") << true;
+    QTest::newRow("inactive") << false;
+}
+
+void tst_CSystemEventListener_session::firstStateIsNoChange()
+{
+    QFETCH(bool, active);
+    m_mock->addSession(QStringLiteral("own"), active);
+    m_mock->setOwnSession(QStringLiteral("own"));
+    listen();
+    QTRY_VERIFY_WITH_TIMEOUT(m_mock->wasAskedForActive(), 30000);
+    // Sent after the answer.
+    m_mock->prepareForSleep(true);
+    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false}), 30000);
+    QCOMPARE(m_user, Signals());
+    m_mock->setActive(QStringLiteral("own"), !active);
+    QTRY_COMPARE_WITH_TIMEOUT(m_user, Signals({!active}), 30000);
 }
 
 void tst_CSystemEventListener_session::sessionThatComesLaterIsFound()
