@@ -14,8 +14,9 @@ class tst_QtSingleApplication : public QObject
     Q_OBJECT
 
 public:
-    explicit tst_QtSingleApplication(QtSingleApplication& app)
+    tst_QtSingleApplication(QtSingleApplication& app, const QString& defaultId)
         : m_app(app)
+        , m_defaultId(defaultId)
     {
     }
 
@@ -23,6 +24,7 @@ private Q_SLOTS:
     void initTestCase();
     void init();
     void cleanup();
+    void idIsTheExecutableUnlessGiven();
     void messageBringsTheWindowBack();
     void messageActivatesAmongTheOwnWindows();
     void windowIsActiveBeforeTheSignal();
@@ -35,6 +37,7 @@ private:
     void sendFromAnother(const QString& message);
 
     QtSingleApplication& m_app;
+    const QString m_defaultId;
     std::unique_ptr<QWidget> m_window;
     std::unique_ptr<QWidget> m_other;
 };
@@ -42,6 +45,7 @@ private:
 void tst_QtSingleApplication::initTestCase()
 {
     m_app.initialize();
+    sendFromAnother(QStringLiteral("hello"));
     QVERIFY(!m_app.isRunning());
 }
 
@@ -69,6 +73,12 @@ void tst_QtSingleApplication::sendFromAnother(const QString& message)
     QCOMPARE(another.outcome(), QStringLiteral("sent"));
     QTRY_COMPARE(received.size(), 1);
     QCOMPARE(received.at(0).at(0).toString(), message);
+}
+
+void tst_QtSingleApplication::idIsTheExecutableUnlessGiven()
+{
+    QCOMPARE(m_defaultId, QCoreApplication::applicationFilePath());
+    QCOMPARE(QUuid(m_app.id()).toString(), m_app.id());
 }
 
 void tst_QtSingleApplication::messageBringsTheWindowBack()
@@ -141,8 +151,12 @@ int main(int argc, char** argv)
 {
     const QTemporaryDir runtime;
     qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime.path()));
+    // One application at a time.
+    auto first = std::make_unique<QtSingleApplication>(argc, argv);
+    const QString defaultId = first->id();
+    first.reset();
     QtSingleApplication app(QUuid::createUuid().toString(), argc, argv);
-    tst_QtSingleApplication test(app);
+    tst_QtSingleApplication test(app, defaultId);
     return QTest::qExec(&test, argc, argv);
 }
 #include "tst_qtsingleapplication.moc"

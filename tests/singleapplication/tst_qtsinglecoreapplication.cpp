@@ -1,6 +1,8 @@
 #include "instanceprocess.h"
 #include "qtsinglecoreapplication.h"
 
+#include "support/logcapture.h"
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QLocalSocket>
@@ -42,6 +44,7 @@ private Q_SLOTS:
     void secondHandsItsMessageOver_data();
     void secondHandsItsMessageOver();
     void secondWithoutTheRoleSaysThatAnotherRuns();
+    void tooLongMessageIsNotSent();
     void otherIdsDoNotMeet();
     void orderlyEndFreesTheRole();
     void destroyedApplicationFreesTheRole();
@@ -137,6 +140,20 @@ void tst_QtSingleCoreApplication::secondWithoutTheRoleSaysThatAnotherRuns()
     QCOMPARE(second.outcome(), QStringLiteral("sent"));
     QTRY_COMPARE(received.size(), 1);
     QCOMPARE(received.at(0).at(0).toString(), QStringLiteral("hello"));
+}
+
+void tst_QtSingleCoreApplication::tooLongMessageIsNotSent()
+{
+    InstanceProcess first(m_id, QStringLiteral("unsent"));
+    QCOMPARE(first.outcome(), QStringLiteral("first"));
+    int argc = 1;
+    char name[] = "test";
+    char* argv[] = {name, nullptr};
+    QtSingleCoreApplication app(m_id, argc, argv);
+    const LogCapture log;
+    QVERIFY(!app.sendMessage(QString(16 * 1024 * 1024 + 1, QLatin1Char('x'))));
+    QVERIFY(
+        log.contains("singleapplication/singleinstance send The message is too long: 16777217"));
 }
 
 void tst_QtSingleCoreApplication::otherIdsDoNotMeet()
