@@ -8,18 +8,28 @@
 namespace AtError {
 enum Number {
     None = 0,
+    NoConnection = 1, // the device is away or does not answer
+    LinkReserved = 2, // the device is busy with too many other requests
     OperationNotAllowed = 3,
     OperationNotSupported = 4,
+    PhonePinRequired = 5,
     SimNotInserted = 10,
     SimPinRequired = 11,
     SimPukRequired = 12,
     SimFailure = 13,
+    SimBusy = 14,
+    SimWrong = 15,
     IncorrectPassword = 16,
+    SimPin2Required = 17,
+    SimPuk2Required = 18,
     MemoryFull = 20,
     InvalidIndex = 21,
     NotFound = 22,
+    MemoryFailure = 23,
     NoNetworkService = 30,
-    IncorrectParameters = 50
+    NetworkTimeout = 31,
+    IncorrectParameters = 50,
+    Unknown = 100 // failed without a reason, or with an answer that cannot be understood
 };
 }
 
@@ -75,7 +85,7 @@ enum Code { Unread = 0, Read = 1 };
 
 /// BLUssdReport::nReportType (+CUSD).
 namespace UssdReport {
-enum Code { Done = 0, NotSupported = 4 };
+enum Code { Done = 0, MoreExpected = 1, Ended = 2, NotSupported = 4, TimedOut = 5 };
 }
 
 /// GLDiagInfo::nGroup.

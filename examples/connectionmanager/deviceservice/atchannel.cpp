@@ -1,0 +1,274 @@
+#include "deviceservice/atchannel.h"
+
+#include "LogTask/clog.h"
+#include "common/codes.h"
+
+#include <QEventLoop>
+#include <QFile>
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+// The port has no descriptor to wait on.
+constexpr int IdlePollMs = 20;
+constexpr int BusyPollMs = 2;
+// With a time-out, a line on which nothing comes reads as "would block", and 0 is left for a
+// device that has gone. No read waits for it.
+constexpr int LineTimeOutMs = 100;
+constexpr int ReadsPerPoll = 16;
+constexpr int LinesPerAnswer = 5000;
+
+// Each asks for something that no other command asks for.
+constexpr const char* Probes[] = {"+CMEE", "+CSCS", "+CMGF"};
+
+// Why a node cannot be the line of a modem; empty when it can.
+QString refusal(const QString& path)
+{
+    const int file =
+        ::open(QFile::encodeName(path).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    if (file < 0)
+        return QString::fromLocal8Bit(std::strerror(errno));
+    const bool isTerminal = ::isatty(file) == 1;
+    ::close(file);
+    return isTerminal ? QString() : QStringLiteral("it is no terminal");
+}
+
+} // namespace
+
+struct AtChannel::Exchange
+{
+    AtCommand command;
+    bool isProbe = false;
+    bool isMarked = false; // the probe's own information has come
+    bool isDone = false;
+    QEventLoop loop;
+    AtReply reply;
+};
+
+AtChannel::AtChannel(std::unique_ptr<CSerialPort> port, const Options& options, WorkQueue& queue)
+    : m_port(std::move(port))
+    , m_options(options)
+    , m_queue(queue)
+{
+    m_port->setBaudRate(options.rate);
+    m_port->setTimeOut(LineTimeOutMs);
+    m_pollTimer.setInterval(IdlePollMs);
+    connect(&m_pollTimer, &QTimer::timeout, this, &AtChannel::poll);
+    m_retryTimer.setSingleShot(true);
+    m_retryTimer.setInterval(options.retryInterval);
+    connect(&m_retryTimer, &QTimer::timeout, this, &AtChannel::start);
+}
+
+AtChannel::~AtChannel() = default;
+
+void AtChannel::start()
+{
+    m_queue.add([this] { open(); });
+}
+
+void AtChannel::open()
+{
+    const QString reason = openPort();
+    if (!reason.isEmpty()) {
+        close(QStringLiteral("cannot be opened: %1").arg(reason));
+        return;
+    }
+    m_isPortOpen = true;
+    m_pollTimer.start();
+    if (!synchronise()) {
+        if (m_isPortOpen && !m_isEnding)
+            close(QStringLiteral("does not answer"));
+        return;
+    }
+    m_isOpen = true;
+    m_closedReason.clear();
+    CLogFile() << "deviceservice/atchannel"
+               << "open" << m_options.port << "answers";
+    Q_EMIT opened();
+}
+
+QString AtChannel::openPort()
+{
+    const QString reason = refusal(m_options.port);
+    if (!reason.isEmpty())
+        return reason;
+    const bool isOpened = m_port->open(QFile::encodeName(m_options.port).constData());
+    return isOpened ? QString() : QStringLiteral("see the log");
+}
+
+void AtChannel::close(const QString& reason)
+{
+    m_port->close();
+    m_isPortOpen = false;
+    m_isOpen = false;
+    m_pollTimer.stop();
+    m_lines.clear();
+    m_toWrite.clear();
+    tellNotUnderstood();
+    finish(AtError::NoConnection);
+    if (!m_isEnding)
+        m_retryTimer.start();
+    if (reason == m_closedReason)
+        return;
+    m_closedReason = reason;
+    CLogFile() << "deviceservice/atchannel"
+               << "close" << m_options.port << reason;
+    Q_EMIT closed(reason);
+}
+
+AtReply AtChannel::send(const AtCommand& command)
+{
+    if (m_exchange != nullptr) {
+        CLogFile() << "deviceservice/atchannel"
+                   << "send" << AtText::nameOf(command.text)
+                   << "is not sent inside another command";
+        return {AtError::LinkReserved, {}};
+    }
+    if (!m_isOpen || m_isEnding)
+        return {AtError::NoConnection, {}};
+    const AtReply reply = exchange(command, false, milliseconds(command.wait));
+    if (m_isOpen && !m_isEnding && reply.error == AtError::NoConnection && !synchronise() &&
+        m_isOpen)
+        close(QStringLiteral("does not answer"));
+    return reply;
+}
+
+// Whether the modem is now known to have answered everything that it will.
+bool AtChannel::synchronise()
+{
+    for (int i = 0; i < m_options.probes && m_isPortOpen && !m_isEnding; ++i) {
+        const QByteArray probe = Probes[m_nextProbe++ % std::size(Probes)];
+        // What has begun is not continued; nor is a command of which the modem has got a part.
+        m_lines.clear();
+        if (exchange({"AT" + probe + '?', probe + ':'}, true, m_options.timeOut / 5).error ==
+            AtError::None)
+            return true;
+    }
+    return false;
+}
+
+// The error is AtError::NoConnection when there was no final result, and only then.
+AtReply AtChannel::exchange(const AtCommand& command, bool isProbe, int milliseconds)
+{
+    Exchange exchange;
+    exchange.command = command;
+    exchange.isProbe = isProbe;
+    exchange.reply.error = AtError::NoConnection;
+    QTimer deadline;
+    deadline.setSingleShot(true);
+    connect(&deadline, &QTimer::timeout, &exchange.loop, &QEventLoop::quit);
+    m_exchange = &exchange;
+    m_toWrite = (isProbe ? "\r" : "") + command.text + '\r';
+    Q_EMIT passed(true, command.text);
+    m_pollTimer.setInterval(BusyPollMs);
+    deadline.start(milliseconds);
+    writeWaiting();
+    exchange.loop.exec();
+    m_pollTimer.setInterval(IdlePollMs);
+    m_exchange = nullptr;
+    if (exchange.isDone)
+        return exchange.reply;
+    // A loop that ends for neither reason was ended by the application.
+    m_isEnding = deadline.isActive();
+    if (!m_isEnding && !isProbe)
+        CLogFile() << "deviceservice/atchannel"
+                   << "exchange" << AtText::nameOf(command.text) << "was not answered in"
+                   << milliseconds << "ms";
+    if (!m_isEnding && !m_toWrite.isEmpty())
+        close(QStringLiteral("does not take what is written"));
+    return exchange.reply;
+}
+
+// The end of the command under way, if there is one.
+void AtChannel::finish(int error)
+{
+    if (m_exchange == nullptr || m_exchange->isDone)
+        return;
+    m_exchange->isDone = true;
+    m_exchange->reply.error = error;
+    m_exchange->loop.quit();
+}
+
+void AtChannel::poll()
+{
+    writeWaiting();
+    char buffer[4096];
+    for (int i = 0; i < ReadsPerPoll && m_isPortOpen; ++i) {
+        const int count = m_port->read(buffer, sizeof buffer);
+        if (count < 0)
+            return;
+        if (count == 0) {
+            close(QStringLiteral("has gone"));
+            return;
+        }
+        const int cutBefore = m_lines.cutLines();
+        for (const QByteArray& line : m_lines.add(buffer, count))
+            handleLine(line);
+        if (m_lines.cutLines() != cutBefore)
+            notUnderstood("a line without end");
+    }
+}
+
+void AtChannel::writeWaiting()
+{
+    if (m_toWrite.isEmpty())
+        return;
+    const int count = m_port->write(m_toWrite.constData(), static_cast<int>(m_toWrite.size()));
+    if (count > 0)
+        m_toWrite.remove(0, count);
+}
+
+void AtChannel::handleLine(const QByteArray& line)
+{
+    Q_EMIT passed(false, line);
+    if (AtText::isUnsolicited(line))
+        Q_EMIT unsolicited(line);
+    else if (m_exchange != nullptr && !m_exchange->isDone)
+        handleAnswer(*m_exchange, line);
+    else
+        notUnderstood(line);
+}
+
+void AtChannel::handleAnswer(Exchange& exchange, const QByteArray& line)
+{
+    if (line == exchange.command.text)
+        return; // the echo
+    if (const std::optional<int> result = AtText::finalResult(line)) {
+        // Before its own information, that is the late end of another answer.
+        if (!exchange.isProbe || exchange.isMarked)
+            finish(*result);
+        tellNotUnderstood();
+    } else if (!line.startsWith(exchange.command.prefix)) {
+        if (!exchange.isProbe)
+            notUnderstood(line);
+    } else {
+        exchange.isMarked = true;
+        if (exchange.reply.lines.size() < LinesPerAnswer)
+            exchange.reply.lines.append(line);
+        else
+            notUnderstood(line);
+    }
+}
+
+// The first of a series is shown; a line in bad order rarely comes alone.
+void AtChannel::notUnderstood(const QByteArray& line)
+{
+    if (++m_notUnderstood == 1)
+        CLogFile() << "deviceservice/atchannel"
+                   << "notUnderstood" << m_options.port << AtText::shown(line);
+}
+
+void AtChannel::tellNotUnderstood()
+{
+    if (m_notUnderstood > 1)
+        CLogFile() << "deviceservice/atchannel"
+                   << "notUnderstood" << m_options.port
+                   << "and further lines:" << m_notUnderstood - 1;
+    m_notUnderstood = 0;
+}
