@@ -8,7 +8,8 @@
 #include <memory>
 
 /// The example's processes, in a folder of their own; they do not count their starts. Each start
-/// waits until the process is ready.
+/// waits until the process is ready. The first service finds a simulated modem, whose signal
+/// changes only when the test says so.
 class ConnectionManager
 {
 public:
@@ -19,19 +20,27 @@ public:
         return start(HELPER_APPLICATIONCONTROLLER, QStringList{"--no-save"} + arguments,
                      "applicationcontroller ready");
     }
-    /// The signal changes only when the test says so.
+    /// With the modem, unless one was started or the service has a port of its own.
     Process startService(const QStringList& arguments = {})
     {
-        return start(HELPER_DEVICESERVICE,
-                     QStringList{"--no-save", "--signal-interval", "0"} + arguments,
+        if (!m_modem && !arguments.contains("--port"))
+            m_modem = startModem();
+        return start(HELPER_DEVICESERVICE, QStringList{"--no-save"} + arguments,
                      "deviceservice ready");
     }
+    Process startModem(const QStringList& arguments = {})
+    {
+        return start(HELPER_MODEMSIMULATOR, QStringList{"--signal-interval", "0"} + arguments,
+                     "modemsimulator ready");
+    }
+    /// The modem that the first service has found.
+    ChildProcess& modem() { return *m_modem; }
     Process startDashboard(const QStringList& arguments = {})
     {
         return start(HELPER_DASHBOARD, arguments, "dashboard ready");
     }
 
-    /// The path of a socket that one of the processes listens on.
+    /// The path of a socket or of a modem's line.
     QString socket(const QString& name) const { return m_folder.filePath(name); }
 
 private:
@@ -47,6 +56,7 @@ private:
 
     QTemporaryDir m_folder;
     int m_started = 0;
+    Process m_modem;
 };
 
 #endif

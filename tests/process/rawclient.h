@@ -33,6 +33,15 @@ public:
                    : QString();
     }
 
+    /// The next one that contains `part`; those before it are left out.
+    QString answerWith(const QString& part)
+    {
+        QString text = answer();
+        while (!text.isNull() && !text.contains(part))
+            text = answer();
+        return text;
+    }
+
 private:
     IPCClient m_client;
     QStringList m_answers;

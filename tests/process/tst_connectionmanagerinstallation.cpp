@@ -41,9 +41,19 @@ public:
     {
         return start("bin/applicationcontroller", arguments);
     }
+    /// Where the service looks for one.
+    std::unique_ptr<ChildProcess> modem() const
+    {
+        auto modem = std::make_unique<ChildProcess>(
+            HELPER_MODEMSIMULATOR, QStringList{"--signal-interval", "0", "--log", path("log")},
+            path("tmp"));
+        if (!modem->says("modemsimulator ready"))
+            qFatal("Installation: the modem does not get ready");
+        return modem;
+    }
     std::unique_ptr<ChildProcess> service(const QStringList& arguments = {}) const
     {
-        return start("bin/deviceservice", QStringList{"--signal-interval", "0"} + arguments);
+        return start("bin/deviceservice", arguments);
     }
 
     /// What the service, ready, answers to a request without a payload.
@@ -112,6 +122,7 @@ void tst_connectionmanagerinstallation::answersForThePluginsOfThePersonalisation
     TestFile::write(installation.perso("project.perso"),
                     R"({"Module Names":{"DeviceService":{"IsAvailable":true,)"
                     R"("Plugins":["Equipment","Phonebook"]}}})");
+    const auto modem = installation.modem();
     const auto service = installation.service();
     QVERIFY(service->says("deviceservice ready"));
     QVERIFY(isSuccess(installation.answerTo("DEMO_MESSAGE_EQUIPMENT_INFO")));
@@ -204,6 +215,7 @@ void tst_connectionmanagerinstallation::worksWithoutAPersonalisation()
         TestFile::write(installation.perso("project.perso"), content);
     const auto controller = installation.controller();
     QVERIFY(controller->says("plugged: Demo Modem (demo-device-1)"));
+    const auto modem = installation.modem();
     const auto service = installation.service();
     QVERIFY(service->says("deviceservice ready"));
     QVERIFY(isSuccess(installation.answerTo("DEMO_MESSAGE_CONNECT_STATE")));

@@ -69,12 +69,11 @@ void tst_connectionmanagerlifecycle::findsAServiceThatWasKilledAndRestarted()
     dashboard->enter("ask");
     QVERIFY(dashboard->says("PIN           could not be sent (error 6)"));
 
-    // A new one knows nothing of the PIN that the first had.
+    // The modem has lived on with the PIN that it had.
     const auto restarted = manager.startService();
-    QVERIFY(dashboard->says("PIN           the SIM asks for the PIN"));
-    QVERIFY(dashboard->says("PIN           accepted"));
+    QVERIFY(dashboard->says("PIN           the SIM is ready"));
     QVERIFY(dashboard->says("Statistics    not connected"));
-    restarted->enter("signal 9");
+    manager.modem().enter("signal 9");
     QVERIFY(dashboard->says("* Network     Example Mobile, LTE, signal 9 of 31"));
 }
 
@@ -138,7 +137,9 @@ void tst_connectionmanagerlifecycle::keepsTheOtherDevicesService()
     ConnectionManager manager;
     const auto controller = manager.startController({"--device", "A=a", "--device", "B=b"});
     const auto serviceA = manager.startService({"--name", "A", "--id", "a"});
-    const auto serviceB = manager.startService({"--name", "B", "--id", "b"});
+    const QString lineB = manager.socket("modem-b");
+    const auto modemB = manager.startModem({"--link", lineB});
+    const auto serviceB = manager.startService({"--name", "B", "--id", "b", "--port", lineB});
     const auto dashboardB = manager.startDashboard({"--device", "B"});
     QVERIFY(serviceA->says("application controller: introduced"));
     QVERIFY(dashboardB->says("Statistics"));
@@ -211,9 +212,9 @@ void tst_connectionmanagerlifecycle::refusesWrongUsage()
 {
     const QTemporaryDir folder;
     QCOMPARE(ChildProcess(HELPER_DASHBOARD, {"--reports", "many"}, folder.path()).exitCode(), 2);
-    QCOMPARE(
-        ChildProcess(HELPER_DEVICESERVICE, {"--signal-interval", "x"}, folder.path()).exitCode(),
-        2);
+    for (const QStringList& wrong :
+         {QStringList{"--pace", "x"}, {"--timeout", "0"}, {"--retry", "-1"}, {"--baud", "115200"}})
+        QCOMPARE(ChildProcess(HELPER_DEVICESERVICE, wrong, folder.path()).exitCode(), 2);
     QCOMPARE(ChildProcess(HELPER_APPLICATIONCONTROLLER, {"--device", "nameless"}, folder.path())
                  .exitCode(),
              2);

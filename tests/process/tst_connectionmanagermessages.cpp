@@ -116,7 +116,7 @@ void tst_connectionmanagermessages::reportsANewMessage()
     Running running;
     const auto second = running.manager.startDashboard();
     QVERIFY(second->says("Statistics"));
-    running.service->enter("message +15550106 Grüße, zum Mittag?");
+    running.manager.modem().enter("message +15550106 Grüße, zum Mittag?");
     const QByteArray line =
         "* Message     9 unread from +15550106, 17/05/2024 12:09: Grüße, zum Mittag?";
     QCOMPARE(running.dashboard->lineWith("* Message"), line);
@@ -127,11 +127,11 @@ void tst_connectionmanagermessages::findsThatThereIsNoRoomForMessages()
 {
     Running running;
     for (int i = 9; i <= 20; ++i) {
-        running.service->enter("message +15550106 Hello");
+        running.manager.modem().enter("message +15550106 Hello");
         QVERIFY(running.dashboard->says("* Message     " + QByteArray::number(i)));
     }
     // It does not arrive.
-    running.service->enter("message +15550106 Hello");
+    running.manager.modem().enter("message +15550106 Hello");
     running.dashboard->enter("diagnose");
     QVERIFY(running.dashboard->says("Diagnosis     no room for messages (20 of 20): delete some"));
     QVERIFY(!running.dashboard->output().contains("* Message     21"));
@@ -167,7 +167,7 @@ void tst_connectionmanagermessages::asksTheNetworkByUssd()
 void tst_connectionmanagermessages::findsWhatIsWrong()
 {
     Running running;
-    running.service->enter("signal 2");
+    running.manager.modem().enter("signal 2");
     QVERIFY(running.dashboard->says("* Network"));
     running.dashboard->enter("diagnose");
     QVERIFY(running.dashboard->says("Example Mobile, signal 2 of 31 (-109 dBm), the SIM is ready"));

@@ -77,5 +77,7 @@ constexpr char Number[] = "number";
 /// The device of the demo, unless the command line says otherwise.
 constexpr char DefaultDeviceName[] = "Demo Modem";
 constexpr char DefaultDeviceID[] = "demo-device-1";
+/// The modem simulator's line, in the folder for temporary files.
+constexpr char DefaultModemLink[] = "demo-modem";
 
 #endif

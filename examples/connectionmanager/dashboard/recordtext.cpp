@@ -26,9 +26,16 @@ QString technology(int code)
     return nameOf(names, code);
 }
 
+// A modem need not tell them.
+QString attemptsLeft(int count)
+{
+    return count < 0 ? QStringLiteral("unknown") : number(count);
+}
+
 QString attempts(int pin, int puk)
 {
-    return QStringLiteral("%1 attempts left for the PIN, %2 for the PUK").arg(pin).arg(puk);
+    return QStringLiteral("%1 attempts left for the PIN, %2 for the PUK")
+        .arg(attemptsLeft(pin), attemptsLeft(puk));
 }
 
 // -113 dBm and 2 dBm a step, as +CSQ counts it.
@@ -62,9 +69,11 @@ QString amount(long long bytes)
 
 QString textOf(const BLEquipmentInfo& info)
 {
-    QString text = QStringLiteral("%1 %2, firmware %3, hardware %4, serial number %5")
-                       .arg(info.strManufacturer, info.strModel, info.strRevision,
-                            info.strHardwareVersion, info.strSerialNumber);
+    QString text =
+        QStringLiteral("%1 %2, firmware %3, serial number %4")
+            .arg(info.strManufacturer, info.strModel, info.strRevision, info.strSerialNumber);
+    if (!info.strHardwareVersion.isEmpty())
+        text += QStringLiteral(", hardware %1").arg(info.strHardwareVersion);
     if (!info.strImsi.isEmpty())
         text += QStringLiteral(", SIM %1, own number %2").arg(info.strImsi, info.strMsisdn);
     return text;
@@ -134,10 +143,14 @@ QString textOf(const BLGetStatisticsCnf& statistics)
     if (statistics.tState.nState != Connection::Connected)
         return textOf(statistics.tState);
     const BLConnectionStatistics& info = statistics.tInfo;
-    return QStringLiteral("%1 for %2 s, %3 received, %4 sent, at %5/s and %6/s")
-        .arg(textOf(statistics.tState), QString::number(info.dwDuration),
-             amount(info.dwByteReceived), amount(info.dwByteSent), amount(info.dwRateReceived),
-             amount(info.dwRateSent));
+    const QString text = QStringLiteral("%1 for %2 s")
+                             .arg(textOf(statistics.tState), QString::number(info.dwDuration));
+    // A modem need not count.
+    if (info.dwByteTransferred < 0)
+        return text;
+    return QStringLiteral("%1, %2 received, %3 sent, at %4/s and %5/s")
+        .arg(text, amount(info.dwByteReceived), amount(info.dwByteSent),
+             amount(info.dwRateReceived), amount(info.dwRateSent));
 }
 
 QString textOf(const BLSmsListItem& message)
@@ -215,9 +228,10 @@ QString textOf(const BLPbGetStorageInfoCnf& state)
 
 QString textOf(const BLUssdReport& report)
 {
-    const QString text = report.nReportType == UssdReport::NotSupported
-                             ? QStringLiteral("the network does not know this")
-                             : report.strContent;
+    static const QMap<int, QString> failures{
+        {UssdReport::NotSupported, QStringLiteral("the network does not know this")},
+        {UssdReport::TimedOut, QStringLiteral("the network did not answer")}};
+    const QString text = failures.value(report.nReportType, report.strContent);
     return QStringLiteral("%1 (asked by %2)").arg(text, report.strClientID);
 }
 
@@ -249,8 +263,10 @@ QString errorText(int code)
 {
     static const QMap<int, QString> names{
         {-1, QStringLiteral("refused by the modem")},
+        {1, QStringLiteral("no connection to the modem")},
         {2, QStringLiteral("operation not allowed")},
         {6, QStringLiteral("could not be sent")},
+        {8, QStringLiteral("too many requests")},
         {9, QStringLiteral("operation not supported")},
         {16, QStringLiteral("the SIM asks for the PIN")},
         {17, QStringLiteral("the SIM asks for the PUK")},

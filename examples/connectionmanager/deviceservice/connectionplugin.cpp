@@ -42,14 +42,18 @@ int ConnectionPlugin::hangUp(CDataValue&, CDataValue& response)
 
 int ConnectionPlugin::state(CDataValue&, CDataValue& response)
 {
-    return answerWithState(AtError::None, response);
+    BLConnectState state;
+    const int error = m_modem.connectState(state);
+    state.nErr = DeviceService_Global::atError2IpcError(error);
+    return answer(error, state, response);
 }
 
 int ConnectionPlugin::statistics(CDataValue&, CDataValue& response)
 {
     BLGetStatisticsCnf answered;
-    m_modem.connectState(answered.tState);
-    const int error = m_modem.statistics(answered.tInfo);
+    int error = m_modem.connectState(answered.tState);
+    if (error == AtError::None)
+        error = m_modem.statistics(answered.tInfo);
     answered.nErr = DeviceService_Global::atError2IpcError(error);
     return answer(error, answered, response);
 }

@@ -23,7 +23,8 @@ DiagnosticPlugin::DiagnosticPlugin(Modem& modem)
     registerMessage(DemoMessage::DiagFindings, "findings", 0, this);
 }
 
-// A part that the modem does not tell stays empty: half a picture is better than none.
+// A part that the modem does not tell stays empty: half a picture is better than none. Without a
+// modem there is no picture.
 int DiagnosticPlugin::info(CDataValue&, CDataValue& response)
 {
     BLDiagInfo info;
@@ -54,7 +55,10 @@ int DiagnosticPlugin::info(CDataValue&, CDataValue& response)
         info.nPsAttachState = network.nGprsState;
     }
     BLPinCheckState pin;
-    if (m_modem.pinState(pin) == AtError::None)
+    const int pinError = m_modem.pinState(pin);
+    if (pinError == AtError::NoConnection)
+        return answerOnSuccess(pinError, info, response);
+    if (pinError == AtError::None)
         info.nPinState = pin.nState;
     BLNetRegState registration;
     if (m_modem.registration(registration) == AtError::None)
@@ -76,6 +80,8 @@ int DiagnosticPlugin::findings(CDataValue&, CDataValue& response)
     };
     BLPinCheckState pin;
     const int pinError = m_modem.pinState(pin);
+    if (pinError == AtError::NoConnection)
+        return answerOnSuccess(pinError, findings, response);
     if (pinError == AtError::None && pin.nState == PinState::PinNeeded)
         find(DiagnosisGroup::Sim, "the SIM is locked", "enter the PIN",
              QStringLiteral("%1 attempts left").arg(pin.nPinCnt));

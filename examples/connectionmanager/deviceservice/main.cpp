@@ -1,9 +1,9 @@
-// The service of one device. It listens under the device's ID; clients find the ID by asking the
-// application controller for the device's name. Lines on standard input drive the simulated
-// modem:
+// The service of one device, a modem on a serial line. It listens under the device's ID; clients
+// find the ID by asking the application controller for the device's name.
 //
-//     signal N            the signal strength is N from now on, 0 to 31
-//     message FROM TEXT   a message arrives
+// Everything runs in the main thread. A request waits for the modem in an event loop, and what
+// arrives meanwhile waits for its turn in the WorkQueue: the library's plug-ins, its
+// DeviceService_Global and look-ups in its values belong to one thread.
 
 #include "applicationcontorllerclient/applicationcontorllerclient.h"
 #include "common/console.h"
@@ -12,6 +12,7 @@
 #include "common/personalisation.h"
 #include "common/process.h"
 #include "common/startcount.h"
+#include "deviceservice/atmodem.h"
 #include "deviceservice/connectionplugin.h"
 #include "deviceservice/diagnosticplugin.h"
 #include "deviceservice/equipmentplugin.h"
@@ -20,14 +21,17 @@
 #include "deviceservice/phonebookplugin.h"
 #include "deviceservice/pinplugin.h"
 #include "deviceservice/pluginhost.h"
-#include "deviceservice/simulatedmodem.h"
 #include "deviceservice/ussdplugin.h"
+#include "deviceservice/workqueue.h"
 #include "deviceservice_global.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QDir>
+#include <QMap>
 
 #include <memory>
+#include <optional>
 
 namespace {
 
@@ -36,48 +40,81 @@ struct Options
     QString deviceName;
     QString deviceID;
     QString logFile;
-    int signalInterval = 0;
+    AtChannel::Options line;
     int pace = 0;
     bool trace = false;
     bool save = true;
 };
+
+// The value of an option as a number of milliseconds, at least `least`; nothing when it is none.
+std::optional<int> milliseconds(const QCommandLineParser& parser, const char* option, int least)
+{
+    bool isNumber = false;
+    const int value = parser.value(QLatin1String(option)).toInt(&isNumber);
+    constexpr int Most = 60000;
+    return isNumber && value >= least && value <= Most ? std::optional<int>(value) : std::nullopt;
+}
+
+std::optional<BAUDRATE> baudRate(const QString& text)
+{
+    const QMap<QString, BAUDRATE> rates{{QStringLiteral("9600"), BAUDRATE_9600},
+                                        {QStringLiteral("19200"), BAUDRATE_19200},
+                                        {QStringLiteral("38400"), BAUDRATE_38400}};
+    return rates.contains(text) ? std::optional<BAUDRATE>(rates.value(text)) : std::nullopt;
+}
+
+QList<QCommandLineOption> commandLineOptions()
+{
+    const auto text = [](const char* value) { return QString::fromLatin1(value); };
+    return {{text("name"), text("Name of the device."), text("NAME"), text(DefaultDeviceName)},
+            {text("id"), text("ID of the device, and name of the socket."), text("ID"),
+             text(DefaultDeviceID)},
+            {text("port"), text("The modem's serial line; without, the modem simulator's."),
+             text("PATH"), QDir(QDir::tempPath()).filePath(QLatin1String(DefaultModemLink))},
+            {text("baud"), text("Speed of the line: 9600, 19200 or 38400."), text("RATE"),
+             text("38400")},
+            {text("timeout"),
+             text("Wait so many milliseconds for the answer to a simple command, and a multiple "
+                  "for slower ones."),
+             text("MS"), text("5000")},
+            {text("retry"), text("Try a lost line again after so many milliseconds."), text("MS"),
+             text("2000")},
+            {text("pace"), text("Rest so many milliseconds between the steps of long operations."),
+             text("MS"), text("100")},
+            {text("trace"), text("Print the messages and the lines of the modem as they travel.")},
+            {text("no-save"), text("Do not save the user's configuration.")},
+            {text("log"), text("Log file."), text("FILE")}};
+}
 
 Options readOptions(const QCoreApplication& application)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Device service of the demo."));
     parser.addHelpOption();
-    parser.addOptions(
-        {{QStringLiteral("name"), QStringLiteral("Name of the device."), QStringLiteral("NAME"),
-          QLatin1String(DefaultDeviceName)},
-         {QStringLiteral("id"), QStringLiteral("ID of the device, and name of the socket."),
-          QStringLiteral("ID"), QLatin1String(DefaultDeviceID)},
-         {QStringLiteral("signal-interval"),
-          QStringLiteral("Change the signal every so many milliseconds; 0: never."),
-          QStringLiteral("MS"), QStringLiteral("2000")},
-         {QStringLiteral("pace"),
-          QStringLiteral("Rest so many milliseconds between the steps of long operations."),
-          QStringLiteral("MS"), QStringLiteral("100")},
-         {QStringLiteral("trace"), QStringLiteral("Print the messages as they travel.")},
-         {QStringLiteral("no-save"), QStringLiteral("Do not save the user's configuration.")},
-         {QStringLiteral("log"), QStringLiteral("Log file."), QStringLiteral("FILE")}});
+    parser.addOptions(commandLineOptions());
     parser.process(application);
-    bool isNumber = false;
-    bool isPace = false;
-    Options options{parser.value(QStringLiteral("name")),
-                    parser.value(QStringLiteral("id")),
-                    parser.value(QStringLiteral("log")),
-                    parser.value(QStringLiteral("signal-interval")).toInt(&isNumber),
-                    parser.value(QStringLiteral("pace")).toInt(&isPace),
-                    parser.isSet(QStringLiteral("trace")),
-                    !parser.isSet(QStringLiteral("no-save"))};
-    if (!isNumber || !isPace || options.pace < 0)
+    const auto pace = milliseconds(parser, "pace", 0);
+    const auto timeOut = milliseconds(parser, "timeout", 5);
+    const auto retry = milliseconds(parser, "retry", 1);
+    const auto rate = baudRate(parser.value(QStringLiteral("baud")));
+    if (!pace || !timeOut || !retry || !rate)
         parser.showHelp(2);
+    Options options;
+    options.deviceName = parser.value(QStringLiteral("name"));
+    options.deviceID = parser.value(QStringLiteral("id"));
+    options.logFile = parser.value(QStringLiteral("log"));
+    options.line.port = parser.value(QStringLiteral("port"));
+    options.line.rate = *rate;
+    options.line.timeOut = *timeOut;
+    options.line.retryInterval = *retry;
+    options.pace = *pace;
+    options.trace = parser.isSet(QStringLiteral("trace"));
+    options.save = !parser.isSet(QStringLiteral("no-save"));
     return options;
 }
 
 // Those that the personalisation of this installation lists.
-void addPlugins(PluginHost& host, Modem& modem, const Options& options,
+void addPlugins(PluginHost& host, Modem& modem, WorkQueue& queue, const Options& options,
                 const Personalisation& personalisation)
 {
     const auto add = [&host, &personalisation](auto plugin) {
@@ -88,7 +125,7 @@ void addPlugins(PluginHost& host, Modem& modem, const Options& options,
     add(std::make_unique<PinPlugin>(modem));
     add(std::make_unique<EquipmentPlugin>(modem));
     add(std::make_unique<ConnectionPlugin>(modem, options.deviceName));
-    add(std::make_unique<MessagePlugin>(modem, options.pace));
+    add(std::make_unique<MessagePlugin>(modem, queue, options.pace));
     add(std::make_unique<PhonebookPlugin>(modem));
     add(std::make_unique<UssdPlugin>(modem));
     add(std::make_unique<DiagnosticPlugin>(modem));
@@ -138,18 +175,26 @@ void obeyController(ApplicationContorllerClient& controller, const QString& devi
     });
 }
 
-void obeyConsole(SimulatedModem& modem, const QString& line)
+void trace(PluginHost& host, AtChannel& channel)
 {
-    const QString from = line.section(QLatin1Char(' '), 1, 1);
-    const QString text = line.section(QLatin1Char(' '), 2);
-    bool isNumber = false;
-    const int rssi = line.section(QLatin1Char(' '), 1).toInt(&isNumber);
-    if (isNumber && line.startsWith(QLatin1String("signal ")))
-        modem.setSignal(rssi);
-    else if (line.startsWith(QLatin1String("message ")) && !text.isEmpty())
-        modem.receiveMessage(from, text);
-    else
-        Console::say(QStringLiteral("cannot do: %1").arg(line));
+    QObject::connect(&host, &PluginHost::passed, [](const QString& step, const QString& text) {
+        Console::say(QStringLiteral("trace: %1: %2").arg(step, text));
+    });
+    QObject::connect(&channel, &AtChannel::passed, [](bool isSent, const QByteArray& line) {
+        Console::say(QStringLiteral("trace: modem %1 %2")
+                         .arg(QLatin1String(isSent ? "<" : ">"), QString::fromUtf8(line)));
+    });
+}
+
+// Tells how the line is.
+void tellState(AtModem& modem, AtChannel& channel)
+{
+    QObject::connect(&modem, &AtModem::ready, [&channel] {
+        Console::say(QStringLiteral("modem ready: %1").arg(channel.port()));
+    });
+    QObject::connect(&channel, &AtChannel::closed, [&channel](const QString& reason) {
+        Console::say(QStringLiteral("modem away: %1 %2").arg(channel.port(), reason));
+    });
 }
 
 } // namespace
@@ -164,26 +209,25 @@ int main(int argc, char* argv[])
     DeviceService_Global::instance()->initErrorTable();
     storeDeviceIDs({{options.deviceName, options.deviceID}});
 
-    SimulatedModem modem;
+    WorkQueue queue;
+    AtChannel channel(std::unique_ptr<CSerialPort>(CSerialPort::CreateObject()), options.line,
+                      queue);
+    AtModem modem(channel, queue);
+    tellState(modem, channel);
     IPCServer server(nullptr);
-    PluginHost host(server);
-    if (options.trace || personalisation.hasFeature(QStringLiteral("Trace"))) {
-        QObject::connect(&host, &PluginHost::passed, [](const QString& step, const QString& text) {
-            Console::say(QStringLiteral("trace: %1: %2").arg(step, text));
-        });
-    }
-    addPlugins(host, modem, options, personalisation);
+    PluginHost host(server, queue);
+    if (options.trace || personalisation.hasFeature(QStringLiteral("Trace")))
+        trace(host, channel);
+    addPlugins(host, modem, queue, options, personalisation);
     QObject::connect(&modem, &Modem::reported, &host, &PluginHost::handleEvent);
+    // Before any request, so that the first ones find the modem open.
+    channel.start();
     server.startListen(options.deviceID);
 
     ApplicationContorllerClient controller(options.deviceID, nullptr);
     obeyController(controller, options.deviceName);
     controller.startConnect();
 
-    Console console;
-    QObject::connect(&console, &Console::entered, &modem,
-                     [&modem](const QString& line) { obeyConsole(modem, line); });
-    modem.changeSignalEvery(options.signalInterval);
     Console::say(QStringLiteral("deviceservice ready: %1 (%2), start %3")
                      .arg(options.deviceName, options.deviceID)
                      .arg(starts.number()));

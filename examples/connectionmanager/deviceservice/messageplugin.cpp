@@ -5,16 +5,19 @@
 #include "common/envelope.h"
 #include "deviceservice/answer.h"
 #include "deviceservice/modem.h"
+#include "deviceservice/workqueue.h"
 
-MessagePlugin::MessagePlugin(Modem& modem, int pace)
+MessagePlugin::MessagePlugin(Modem& modem, WorkQueue& queue, int pace)
     : m_modem(modem)
+    , m_queue(queue)
 {
     registerMessage(DemoMessage::SmsList, "list", 0, this);
     registerMessage(DemoMessage::SmsStorage, "storage", 0, this);
     registerMessage(DemoMessage::SmsDelete, "remove", 0, this);
     registererUnsolicitedMessage(ModemEvent::NewMessage, "messageArrived", 0, this);
+    m_nextStep.setSingleShot(true);
     m_nextStep.setInterval(pace);
-    connect(&m_nextStep, &QTimer::timeout, this, &MessagePlugin::removeNext);
+    connect(&m_nextStep, &QTimer::timeout, this, [this] { m_queue.add([this] { removeNext(); }); });
 }
 
 int MessagePlugin::list(CDataValue& request, CDataValue& response)
@@ -37,12 +40,13 @@ int MessagePlugin::remove(CDataValue& request, CDataValue&)
     const auto removal = recordFrom<BLSmsDeleteReq>(request);
     if (removal.vRef.isEmpty())
         return DeviceService_Global::atError2IpcError(AtError::IncorrectParameters);
-    if (m_nextStep.isActive())
+    if (m_isRemoving)
         return DeviceService_Global::atError2IpcError(AtError::OperationNotAllowed);
     m_toRemove = removal.vRef;
     m_total = static_cast<int>(m_toRemove.size());
     m_result = BLSmsDeleteReturnItem();
     setCancelValue(false);
+    m_isRemoving = true;
     m_nextStep.start();
     return 0;
 }
@@ -66,11 +70,13 @@ void MessagePlugin::removeNext()
     Q_EMIT sendUnsolicitedReportDirect(QLatin1String(DemoMessage::ReportSmsProgress), &data);
     if (m_toRemove.isEmpty())
         reportResult();
+    else
+        m_nextStep.start();
 }
 
 void MessagePlugin::reportResult()
 {
-    m_nextStep.stop();
+    m_isRemoving = false;
     m_result.vFailureRef += m_toRemove;
     m_toRemove.clear();
     CDataValue data = valueOf(m_result);

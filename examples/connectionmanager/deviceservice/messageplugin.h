@@ -7,9 +7,11 @@
 #include <QTimer>
 
 class Modem;
+class WorkQueue;
 
 /// Short messages. Deleting is the example of a long operation: the request is answered when the
-/// work begins; it goes on step by step, so that the service answers others meanwhile, reports
+/// work begins; it goes on step by step, each as work of the queue, so that the service answers
+/// others meanwhile, reports
 /// after each step how far it has come, can be cancelled between two steps, and reports the
 /// result at the end. What a cancel leaves undone counts as not deleted.
 class MessagePlugin : public BusinessPluginBase
@@ -18,7 +20,7 @@ class MessagePlugin : public BusinessPluginBase
 
 public:
     /// `pace`: milliseconds of rest between two steps.
-    MessagePlugin(Modem& modem, int pace);
+    MessagePlugin(Modem& modem, WorkQueue& queue, int pace);
     QString pluginName() override { return QStringLiteral("Message"); }
 
 private Q_SLOTS:
@@ -32,7 +34,9 @@ private:
     void reportResult();
 
     Modem& m_modem;
-    QTimer m_nextStep;
+    WorkQueue& m_queue;
+    QTimer m_nextStep; // single shot: the next one is started when a step is done
+    bool m_isRemoving = false;
     QVector<int> m_toRemove; // references that are left
     int m_total = 0;
     BLSmsDeleteReturnItem m_result;
