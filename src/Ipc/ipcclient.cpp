@@ -1,9 +1,11 @@
 #include "Ipc/ipcclient.h"
 
 #include "DataValue/datavalue.h"
+#include "DataValue/jsontext_p.h"
 #include "Ipc/directsend_p.h"
 #include "Ipc/messageframe_p.h"
 #include "Ipc/slotscope_p.h"
+#include "Ipc/utf8_p.h"
 #include "LogTask/clog.h"
 #include "LogTask/logexcerpt_p.h"
 
@@ -31,12 +33,22 @@ void logContent(const char* function, const char* text, const QString& content)
         CLogFile() << sourceName << function << text << logExcerpt(content);
 }
 
+// What parseToQString() gives, encoded. Strings of the value may hold bytes that are no UTF-8;
+// those become what the text has for them.
+QByteArray utf8Of(const CDataValue& value)
+{
+    const std::string text = JsonText::write(value, FAST_STYLE);
+    if (Utf8::isValid(text.data(), static_cast<qsizetype>(text.size())))
+        return QByteArray(text.data(), static_cast<int>(text.size()));
+    return value.parseToQString(FAST_STYLE).toUtf8();
+}
+
 } // namespace
 
 IPCClient::IPCClient(QString serverName, QObject* parent)
     : QObject(parent)
-    , m_head(MessageFrame::defaultHead())
-    , m_end(MessageFrame::defaultEnd())
+    , m_head(MessageFrame::defaultHead().toUtf8())
+    , m_end(MessageFrame::defaultEnd().toUtf8())
     , m_frame(std::make_shared<MessageFrame>())
     , m_serverName(serverName)
     , m_running(std::make_shared<RunningSlots>())
@@ -95,8 +107,8 @@ bool IPCClient::isConnected()
 
 void IPCClient::setDataSplitString(QString head, QString end)
 {
-    m_head = head;
-    m_end = end;
+    m_head = head.toUtf8();
+    m_end = end.toUtf8();
     m_frame->setMarkers(head, end);
 }
 
@@ -107,13 +119,18 @@ void IPCClient::setOneFlushPerRead(bool on)
 
 int IPCClient::sendblock(const QString& text)
 {
+    return sendUtf8(text.toUtf8());
+}
+
+int IPCClient::sendUtf8(const QByteArray& text)
+{
     if (!m_connected)
         return notConnected;
-    const QString frame = MessageFrame::wrap(m_head, text, m_end);
-    logContent("sendblock", "sendblock", frame);
+    const QByteArray frame = MessageFrame::wrap(m_head, text, m_end);
+    if (g_bLog)
+        logContent("sendblock", "sendblock", QString::fromUtf8(frame));
     const bool later = m_oneFlushPerRead && m_readDepth > 0;
-    const QByteArray bytes = frame.toUtf8();
-    const qint64 written = later ? m_socket->write(bytes) : writeDirectly(m_socket, bytes);
+    const qint64 written = later ? m_socket->write(frame) : writeDirectly(m_socket, frame);
     if (written <= 0)
         return notSent;
     CLogFile() << sourceName << "sendblock"
@@ -135,9 +152,10 @@ void IPCClient::messageSend(const char* strMessage, const CDataValue* data, cons
     }
     if (strSenderID)
         envelope.mapSet("IPCMSG_MSG_SENDER", CDataValue(strSenderID), false);
-    const QString text = envelope.parseToQString(FAST_STYLE);
-    logContent("messageSend", "messageSend", text);
-    const int result = sendblock(text);
+    const QByteArray text = utf8Of(envelope);
+    if (g_bLog)
+        logContent("messageSend", "messageSend", QString::fromUtf8(text));
+    const int result = sendUtf8(text);
     if (!self || (m_connected && result == 0))
         return;
     // The reply holds what the request held.
@@ -180,7 +198,7 @@ void IPCClient::socket_readReady()
         logLine("socket_readReady", "socket_readReady");
         frame->append(m_socket->readAll());
         if (g_bLog)
-            CLogFile() << sourceName << "socket_readReady" << logExcerpt(frame->buffer());
+            CLogFile() << sourceName << "socket_readReady" << frame->bufferExcerpt();
         deliverAll(*frame);
         // A slot that runs an event loop lets bytes arrive that are not announced again.
     } while (scope.alive() && m_socket->bytesAvailable() > 0);
@@ -190,7 +208,7 @@ void IPCClient::deliverAll(MessageFrame& frame)
 {
     const QPointer<IPCClient> self(this);
     ++m_readDepth;
-    QString body;
+    std::string body;
     while (self && frame.next(body) == MessageFrame::Body)
         deliver(body);
     if (!self)
@@ -200,9 +218,9 @@ void IPCClient::deliverAll(MessageFrame& frame)
         m_socket->flush();
 }
 
-void IPCClient::deliver(const QString& body)
+void IPCClient::deliver(const std::string& body)
 {
     CDataValue value(MAP_VALUE);
-    if (CDataValue::parseToDataValue(body, value))
+    if (JsonText::parse(body, value))
         Q_EMIT sigMessageReceived(&value);
 }

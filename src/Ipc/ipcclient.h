@@ -3,11 +3,13 @@
 
 #include "wzrframework_export.h"
 
+#include <QByteArray>
 #include <QLocalSocket>
 #include <QObject>
 #include <QString>
 
 #include <memory>
+#include <string>
 
 class CDataValue;
 class MessageFrame;
@@ -101,11 +103,12 @@ private Q_SLOTS:
 private:
     void connectLater(int milliseconds);
     void deliverAll(MessageFrame& frame);
-    void deliver(const QString& body);
+    void deliver(const std::string& body);
+    int sendUtf8(const QByteArray& text);
 
     QLocalSocket* m_socket = nullptr;
-    QString m_head;
-    QString m_end;
+    QByteArray m_head; // encoded
+    QByteArray m_end;
     std::shared_ptr<MessageFrame> m_frame;
     QString m_serverName;
     bool m_connected = false;

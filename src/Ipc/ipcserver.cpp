@@ -46,6 +46,8 @@ IPCServer::IPCServer(QObject* parent)
     : QObject(parent)
     , m_head(MessageFrame::defaultHead())
     , m_end(MessageFrame::defaultEnd())
+    , m_headBytes(m_head.toUtf8())
+    , m_endBytes(m_end.toUtf8())
     , m_running(std::make_shared<RunningSlots>())
 {
 }
@@ -95,6 +97,8 @@ void IPCServer::setMessageHeadAndEndIndication(QString head, QString end)
 {
     m_head = head;
     m_end = end;
+    m_headBytes = head.toUtf8();
+    m_endBytes = end.toUtf8();
     for (const Client& client : std::as_const(m_clients)) {
         if (client.frame)
             client.frame->setMarkers(head, end);
@@ -120,9 +124,10 @@ int IPCServer::sendResponse(QString message, int clientId)
     }
     if (!client->socket)
         return 0;
-    const QString frame = MessageFrame::wrap(m_head, message, m_end);
-    logContent("sendResponse", "send response:", frame);
-    send(client->socket, frame.toUtf8(), "sendResponse");
+    if (g_bLog)
+        logContent("sendResponse", "send response:", m_head + message + m_end);
+    send(client->socket, MessageFrame::wrap(m_headBytes, message.toUtf8(), m_endBytes),
+         "sendResponse");
     return 0;
 }
 
@@ -130,7 +135,7 @@ void IPCServer::broadcastMsg(QString message)
 {
     const QPointer<IPCServer> self(this);
     const QMap<int, Client> clients = m_clients; // a write can end connections, and this object
-    const QByteArray frame = MessageFrame::wrap(m_head, message, m_end).toUtf8();
+    const QByteArray frame = MessageFrame::wrap(m_headBytes, message.toUtf8(), m_endBytes);
     for (auto client = clients.cbegin(); self && client != clients.cend(); ++client) {
         if (m_clients.value(client.key()).socket != client->socket)
             continue;

@@ -3,6 +3,7 @@
 
 #include "wzrframework_export.h"
 
+#include <QByteArray>
 #include <QMap>
 #include <QObject>
 #include <QPointer>
@@ -125,6 +126,8 @@ private:
     int m_lastClientId = 0;
     QString m_head;
     QString m_end;
+    QByteArray m_headBytes; // encoded
+    QByteArray m_endBytes;
     bool m_onlyOneConnection = false;
     bool m_oneFlushPerRead = false;
     int m_readDepth = 0;                         // how many reads are being delivered

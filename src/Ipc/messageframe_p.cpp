@@ -1,7 +1,12 @@
 #include "Ipc/messageframe_p.h"
 
+#include "Ipc/utf8_p.h"
+#include "LogTask/logexcerpt_p.h"
+
 #include <algorithm>
 #include <cstring>
+#include <string_view>
+#include <utility>
 
 namespace {
 
@@ -9,69 +14,20 @@ namespace {
 // that each unit is moved a bounded number of times.
 constexpr qsizetype compactAbove = 32 * 1024;
 
-// The length of the sequence that begins with `lead`; 1 for what begins no longer sequence.
-int sequenceLength(unsigned char lead)
+// The first `marker`, which is not empty, at `from` or behind it; -1 when there is none.
+qsizetype indexOf(const QByteArray& bytes, const QByteArray& marker, qsizetype from)
 {
-    if (lead >= 0xC2 && lead <= 0xDF)
-        return 2;
-    if (lead >= 0xE0 && lead <= 0xEF)
-        return 3;
-    if (lead >= 0xF0 && lead <= 0xF4)
-        return 4;
-    return 1;
+    const std::string_view all(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+    const std::string_view sought(marker.constData(), static_cast<std::size_t>(marker.size()));
+    const std::size_t found = all.find(sought, static_cast<std::size_t>(from));
+    return found == std::string_view::npos ? -1 : static_cast<qsizetype>(found);
 }
 
-// Whether `second` may follow `lead`: overlong forms, surrogates and what lies beyond U+10FFFF are
-// excluded here, as they are by the decoder.
-bool isSecondByte(unsigned char lead, unsigned char second)
+// False when the marker is no text that can be received.
+bool encode(const QString& marker, QByteArray* bytes)
 {
-    switch (lead) {
-    case 0xE0:
-        return second >= 0xA0 && second <= 0xBF;
-    case 0xED:
-        return second >= 0x80 && second <= 0x9F;
-    case 0xF0:
-        return second >= 0x90 && second <= 0xBF;
-    case 0xF4:
-        return second >= 0x80 && second <= 0x8F;
-    default:
-        return second >= 0x80 && second <= 0xBF;
-    }
-}
-
-// How many bytes at the end are the beginning of a character that may still become valid: 0 to 3.
-qsizetype incompleteTail(const char* bytes, qsizetype length)
-{
-    for (qsizetype tail = 1; tail <= std::min<qsizetype>(3, length); ++tail) {
-        const auto lead = static_cast<unsigned char>(bytes[length - tail]);
-        if (lead >= 0x80 && lead <= 0xBF)
-            continue; // a following byte: the lead stands before it
-        if (sequenceLength(lead) <= tail)
-            return 0;
-        if (tail > 1 && !isSecondByte(lead, static_cast<unsigned char>(bytes[length - tail + 1])))
-            return 0;
-        return tail;
-    }
-    return 0;
-}
-
-// The first `marker`, which is not empty, at `from` or behind it; -1 when there is none. Markers
-// are short and begin with a character that is rare in messages: QString::indexOf() would make a
-// table for each search, which costs more than searching a usual message.
-qsizetype indexOf(const QString& text, const QString& marker, qsizetype from)
-{
-    const QStringView all(text);
-    const QStringView sought(marker);
-    const qsizetype last = all.size() - sought.size();
-    while (from <= last) {
-        from = all.indexOf(sought.front(), from);
-        if (from < 0 || from > last)
-            return -1;
-        if (all.mid(from, sought.size()) == sought)
-            return from;
-        ++from;
-    }
-    return -1;
+    *bytes = marker.toUtf8();
+    return Utf8::decode(bytes->constData(), bytes->size()) == marker;
 }
 
 } // namespace
@@ -82,9 +38,8 @@ MessageFrame::MessageFrame()
 }
 
 MessageFrame::MessageFrame(const QString& head, const QString& end)
-    : m_head(head)
-    , m_end(end)
 {
+    setMarkers(head, end);
 }
 
 QString MessageFrame::defaultHead()
@@ -97,17 +52,19 @@ QString MessageFrame::defaultEnd()
     return QStringLiteral("__END__");
 }
 
-QString MessageFrame::wrap(const QString& head, const QString& message, const QString& end)
+QByteArray MessageFrame::wrap(const QByteArray& head, const QByteArray& message,
+                              const QByteArray& end)
 {
-    QString frame;
+    QByteArray frame;
     frame.reserve(head.size() + message.size() + end.size());
     return frame.append(head).append(message).append(end);
 }
 
 void MessageFrame::setMarkers(const QString& head, const QString& end)
 {
-    m_head = head;
-    m_end = end;
+    m_headIsText = encode(head, &m_head);
+    if (!encode(end, &m_end))
+        m_end.clear();
     m_heads.clear();
     m_headSearched = m_start;
     m_endFound = -1;
@@ -116,82 +73,113 @@ void MessageFrame::setMarkers(const QString& head, const QString& end)
 
 void MessageFrame::append(const QByteArray& read)
 {
-    m_origin = 0;
+    m_from = m_start;
     m_hasCut = false;
     const void* zero = std::memchr(read.constData(), 0, static_cast<size_t>(read.size()));
     const qsizetype length =
         zero ? static_cast<const char*>(zero) - read.constData() : qsizetype(read.size());
     if (m_heldBack.isEmpty() && !zero) {
-        const qsizetype tail = incompleteTail(read.constData(), length);
-        decode(read.constData(), length - tail);
-        m_heldBack = read.right(tail);
+        const qsizetype tail = Utf8::incompleteTail(read.constData(), length);
+        take(read.constData(), length - tail);
+        m_heldBack = tail > 0 ? read.right(tail) : QByteArray();
         return;
     }
     QByteArray bytes = m_heldBack;
     bytes.append(read.constData(), length);
-    const qsizetype tail = zero ? 0 : incompleteTail(bytes.constData(), bytes.size());
-    decode(bytes.constData(), bytes.size() - tail);
+    const qsizetype tail = zero ? 0 : Utf8::incompleteTail(bytes.constData(), bytes.size());
+    take(bytes.constData(), bytes.size() - tail);
     m_heldBack = bytes.right(tail);
 }
 
-// U+FEFF at the beginning of a read is a character of the message like any other, but the decoder
-// would take it for a byte-order mark and drop it.
-void MessageFrame::decode(const char* bytes, qsizetype length)
+void MessageFrame::take(const char* bytes, qsizetype size)
 {
-    while (length >= 3 && std::memcmp(bytes, "\xEF\xBB\xBF", 3) == 0) {
-        m_text.append(QChar(0xFEFF));
-        bytes += 3;
-        length -= 3;
-    }
-    if (length <= 0)
-        return;
-    if (m_text.isEmpty())
-        m_text = QString::fromUtf8(bytes, length);
+    if (Utf8::isValid(bytes, size))
+        m_bytes.append(bytes, size);
     else
-        m_text.append(QString::fromUtf8(bytes, length));
+        m_bytes.append(Utf8::decode(bytes, size).toUtf8());
 }
 
 MessageFrame::Outcome MessageFrame::next(QString& body)
 {
+    Piece piece;
+    const Outcome outcome = find(&piece);
+    if (outcome == Body) {
+        body = Utf8::decode(piece.bytes, piece.size);
+        cut(piece.end);
+    }
+    return outcome;
+}
+
+MessageFrame::Outcome MessageFrame::next(std::string& body)
+{
+    Piece piece;
+    const Outcome outcome = find(&piece);
+    if (outcome == Body) {
+        body.assign(piece.bytes, static_cast<std::size_t>(piece.size));
+        cut(piece.end);
+    }
+    return outcome;
+}
+
+MessageFrame::Outcome MessageFrame::find(Piece* piece)
+{
     if (m_hasCut && findEnd() < 0)
         return Done;
-    const qsizetype head = findHead(m_start + m_origin);
+    const qsizetype head = m_from < 0 ? -1 : findHead(m_from);
     if (head < 0)
         return NoHead;
     const qsizetype end = findEnd();
     if (end < 0)
         return NoEnd;
-    m_origin = head - m_start;
+    m_headFound = head;
     const qsizetype bodyStart = head + m_head.size();
-    const qsizetype length = end < bodyStart ? m_text.size() - bodyStart : end - bodyStart;
-    body = m_text.mid(bodyStart, length);
-    cut(end + m_end.size());
-    m_hasCut = true;
+    piece->bytes = m_bytes.constData() + bodyStart;
+    piece->size = end < bodyStart ? m_bytes.size() - bodyStart : end - bodyStart;
+    piece->end = end + m_end.size();
     return Body;
 }
 
 QString MessageFrame::buffer() const
 {
-    return QString::fromRawData(m_text.constData() + m_start, m_text.size() - m_start);
+    return Utf8::decode(m_bytes.constData() + m_start, m_bytes.size() - m_start);
+}
+
+QString MessageFrame::bufferExcerpt()
+{
+    const qsizetype size = m_bytes.size() - m_start;
+    if (size <= logExcerptLimit)
+        return buffer();
+    m_countedUnits += Utf8::units(m_bytes.constData() + m_counted, m_bytes.size() - m_counted);
+    m_counted = m_bytes.size();
+    const char* const begin = m_bytes.constData() + m_start;
+    const qsizetype first = Utf8::bytesOfUnits(begin, size, logExcerptLimit);
+    return logExcerpt(Utf8::decode(begin, first < 0 ? size : first), m_countedUnits);
 }
 
 void MessageFrame::clear()
 {
-    *this = MessageFrame(m_head, m_end);
+    MessageFrame empty;
+    empty.m_head = m_head;
+    empty.m_headIsText = m_headIsText;
+    empty.m_end = m_end;
+    *this = std::move(empty);
 }
 
 // The first head at `from` or behind it; -1 when there is none.
 qsizetype MessageFrame::findHead(qsizetype from)
 {
+    if (!m_headIsText)
+        return -1;
     if (m_head.isEmpty())
-        return from <= m_text.size() ? from : -1;
+        return from;
     const auto known = std::lower_bound(m_heads.cbegin(), m_heads.cend(), from);
     if (known != m_heads.cend())
         return *known;
     for (;;) {
-        const qsizetype found = indexOf(m_text, m_head, m_headSearched);
+        const qsizetype found = indexOf(m_bytes, m_head, m_headSearched);
         if (found < 0) {
-            m_headSearched = std::max<qsizetype>(m_headSearched, m_text.size() - m_head.size() + 1);
+            m_headSearched =
+                std::max<qsizetype>(m_headSearched, m_bytes.size() - m_head.size() + 1);
             return -1;
         }
         m_heads.push_back(found);
@@ -206,31 +194,54 @@ qsizetype MessageFrame::findEnd()
 {
     if (m_endFound >= 0 || m_end.isEmpty())
         return m_endFound;
-    m_endFound = indexOf(m_text, m_end, m_endSearched);
+    m_endFound = indexOf(m_bytes, m_end, m_endSearched);
     if (m_endFound < 0)
-        m_endSearched = std::max<qsizetype>(m_endSearched, m_text.size() - m_end.size() + 1);
+        m_endSearched = std::max<qsizetype>(m_endSearched, m_bytes.size() - m_end.size() + 1);
     return m_endFound;
 }
 
-// Drops everything before `upTo`.
+// Drops everything before `upTo`. The next head is searched from as many units behind it as the
+// last head stood behind the start before: that head's place, moved by the units dropped.
 void MessageFrame::cut(qsizetype upTo)
 {
+    const char* const bytes = m_bytes.constData();
+    m_from = upTo;
+    if (m_headFound > m_start) {
+        const qsizetype dropped = Utf8::units(bytes + m_start, upTo - m_start);
+        const qsizetype moved =
+            Utf8::bytesOfUnits(bytes + m_headFound, m_bytes.size() - m_headFound, dropped);
+        m_from = moved < 0 ? -1 : m_headFound + moved;
+    }
+    if (m_counted > upTo)
+        m_countedUnits -= Utf8::units(bytes + m_start, upTo - m_start);
+    else
+        m_countedUnits = 0;
+    m_counted = std::max(m_counted, upTo);
     m_start = upTo;
+    m_hasCut = true;
     m_endFound = -1;
     m_endSearched = upTo;
     m_headSearched = std::max(m_headSearched, upTo);
     while (!m_heads.empty() && m_heads.front() < upTo)
         m_heads.pop_front();
-    const qsizetype rest = m_text.size() - m_start;
+    compact();
+}
+
+void MessageFrame::compact()
+{
+    const qsizetype rest = m_bytes.size() - m_start;
     if (rest > 0 && (m_start <= compactAbove || m_start <= rest))
         return;
-    if (rest == 0)
-        m_text = QString();
+    if (rest == 0 && m_bytes.capacity() > compactAbove)
+        m_bytes = QByteArray();
     else
-        m_text.remove(0, m_start);
+        m_bytes.remove(0, m_start);
     for (qsizetype& head : m_heads)
         head -= m_start;
     m_headSearched -= m_start;
     m_endSearched -= m_start;
+    m_counted -= m_start;
+    if (m_from >= 0)
+        m_from -= m_start;
     m_start = 0;
 }

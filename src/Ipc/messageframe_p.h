@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <deque>
+#include <string>
 
 /// Cuts the byte stream of one connection into message bodies: the text between a head and an end
 /// marker. Both ends use it; it knows no sockets.
@@ -42,8 +43,9 @@ public:
     static QString defaultHead();
     static QString defaultEnd();
 
-    /// `message` between the markers, as it is written to a socket.
-    static QString wrap(const QString& head, const QString& message, const QString& end);
+    /// `message` between the markers, all encoded: what is written to a socket.
+    static QByteArray wrap(const QByteArray& head, const QByteArray& message,
+                           const QByteArray& end);
 
     /// Replaces the markers, from the next search on.
     void setMarkers(const QString& head, const QString& end);
@@ -54,32 +56,54 @@ public:
     /// Cuts out the next body. To be called after append() until it returns something else than
     /// Body. `body` is changed only then.
     Outcome next(QString& body);
+    /// The same; the body as UTF-8, which is always valid.
+    Outcome next(std::string& body);
 
-    /// What is kept. The text refers to this object and is valid until it changes.
+    /// What is kept.
     QString buffer() const;
+
+    /// What is kept, as a log line may carry it; see logExcerpt(). Its cost is bounded by what has
+    /// come since the call before.
+    QString bufferExcerpt();
 
     /// Forgets what is kept, for a new connection.
     void clear();
 
 private:
+    struct Piece
+    {
+        const char* bytes = nullptr;
+        qsizetype size = 0;
+        qsizetype end = 0; // behind the end marker
+    };
+
+    Outcome find(Piece* piece);
     qsizetype findHead(qsizetype from);
     qsizetype findEnd();
     void cut(qsizetype upTo);
-    void decode(const char* bytes, qsizetype length);
+    void compact();
+    void take(const char* bytes, qsizetype size);
 
-    QString m_head;
-    QString m_end;
+    // Encoded. A marker with half a surrogate pair, which no text has, is never found.
+    QByteArray m_head;
+    QByteArray m_end;
+    bool m_headIsText = true;
     QByteArray m_heldBack; // the beginning of a character whose rest has not come yet
 
-    // Positions are counted from the start of m_text; the buffer begins at m_start.
-    QString m_text;
+    // The text as UTF-8, always valid: what a read has of other bytes is replaced when it comes.
+    // Positions are counted from the start of m_bytes; the buffer begins at m_start.
+    QByteArray m_bytes;
     qsizetype m_start = 0;
-    qsizetype m_origin = 0;        // where the next head is searched from, counted from m_start
+    qsizetype m_headFound = 0;     // the last head
+    qsizetype m_from = 0;          // where the next head is searched from; -1 behind the text
     bool m_hasCut = false;         // whether a body was cut out since the last read
     std::deque<qsizetype> m_heads; // all heads that start before m_headSearched
     qsizetype m_headSearched = 0;
     qsizetype m_endFound = -1;   // the first end, when it has been found
     qsizetype m_endSearched = 0; // no end starts before this
+
+    qsizetype m_counted = 0;      // up to where units have been counted for the log
+    qsizetype m_countedUnits = 0; // from m_start on
 };
 
 #endif

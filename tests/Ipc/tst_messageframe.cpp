@@ -39,6 +39,9 @@ class tst_MessageFrame : public QObject
 
 private Q_SLOTS:
     void wrapsAMessageBetweenTheMarkers();
+    void deliversBodiesAsTextOrBytes();
+    void namesTheLengthOfALongBuffer();
+    void neverFindsHalfACharacter();
     void cutsOneRead_data();
     void cutsOneRead();
     void deliversAFrameSplitAtAnyByteOnce_data();
@@ -67,9 +70,51 @@ private Q_SLOTS:
     void staysFastOnLongInput();
 };
 
+void tst_MessageFrame::deliversBodiesAsTextOrBytes()
+{
+    MessageFrame frame;
+    frame.append("__BEGIN__\xC3\xA9\xFF__END____BEGIN__\xEF\xBB\xBF\xFF__END__");
+    std::string bytes;
+    QCOMPARE(frame.next(bytes), MessageFrame::Body);
+    QCOMPARE(bytes, std::string("\xC3\xA9\xEF\xBF\xBD"));
+    QString text;
+    QCOMPARE(frame.next(text), MessageFrame::Body);
+    QCOMPARE(text, QString(QChar(0xFEFF)) + QChar(0xFFFD));
+    QCOMPARE(frame.next(bytes), MessageFrame::Done);
+}
+
+void tst_MessageFrame::namesTheLengthOfALongBuffer()
+{
+    const QByteArray euro = "\xE2\x82\xAC";
+    MessageFrame frame;
+    frame.append("__BEGIN__one__END__" + euro.repeated(16384));
+    QString body;
+    QCOMPARE(frame.bufferExcerpt(), QString("__BEGIN__one__END__") +
+                                        QString(16384 - 19, QChar(0x20AC)) +
+                                        "... 16403 characters");
+    QCOMPARE(frame.next(body), MessageFrame::Body);
+    QCOMPARE(frame.bufferExcerpt(), QString(16384, QChar(0x20AC)));
+    frame.append(euro + "\xF0\x9F\x98\x80");
+    QCOMPARE(frame.bufferExcerpt(), QString(16384, QChar(0x20AC)) + "... 16387 characters");
+    QCOMPARE(frame.buffer().size(), 16387);
+}
+
+void tst_MessageFrame::neverFindsHalfACharacter()
+{
+    MessageFrame frame(QString(QChar(0xD83D)), "b");
+    frame.append("\xF0\x9F\x98\x80?\xEF\xBF\xBD"
+                 "b");
+    QString body;
+    QCOMPARE(frame.next(body), MessageFrame::NoHead);
+    frame.setMarkers("?", QString(QChar(0xDE00)));
+    frame.append("?");
+    QCOMPARE(frame.next(body), MessageFrame::NoEnd);
+}
+
 void tst_MessageFrame::wrapsAMessageBetweenTheMarkers()
 {
-    QCOMPARE(MessageFrame::wrap("__BEGIN__", "{}\n", "__END__"), QString("__BEGIN__{}\n__END__"));
+    QCOMPARE(MessageFrame::wrap("__BEGIN__", "{}\n", "__END__"),
+             QByteArray("__BEGIN__{}\n__END__"));
     QCOMPARE(MessageFrame::defaultHead(), QString("__BEGIN__"));
     QCOMPARE(MessageFrame::defaultEnd(), QString("__END__"));
 }
