@@ -51,6 +51,7 @@ public:
     }
 
     int m_changes = 0;
+    QByteArray m_sentAtChange;
     QList<int> m_delays;
     std::vector<QByteArray> m_answered;
 
@@ -63,7 +64,10 @@ private:
             m_delays.append(milliseconds);
             m_sent += "<delay>";
         };
-        hooks.stateChanged = [this] { ++m_changes; };
+        hooks.stateChanged = [this] {
+            ++m_changes;
+            m_sentAtChange = m_sent;
+        };
         hooks.answered = [this](const std::vector<QByteArray>& commands) { m_answered = commands; };
         return hooks;
     }
@@ -98,6 +102,10 @@ private Q_SLOTS:
     void sendsLate();
     void isSilentUntilItMayTalk();
     void tellsOfEveryChangeOfTheState();
+    void tellsOfAChangeBeforeItAnswers();
+    void blocksTheSimAfterTheLastWrongPuk();
+    void goesOnWithAUssdDialogue();
+    void refusesTextsOfAnotherSet();
     void tellsWhichCommandsWereAnswered();
     void movesTheSignalUpAndDown();
 };
@@ -414,6 +422,10 @@ $ AT+COPS=2;+COPS?;+CREG?
 OK
 $ AT+COPS=4,2,"12345";+COPS=3,0;+COPS?
 +COPS: 1,0,"Example Mobile",7
+OK
+! registration 3
+$ AT+COPS?
++COPS: 1
 OK
 $ AT+COPS=0;+COPS?
 +COPS: 0,0,"Example Mobile",7
@@ -838,6 +850,81 @@ void tst_modemengine::tellsOfEveryChangeOfTheState()
     QCOMPARE(state.network.signal, 3);
     QVERIFY(!state.sim.pinAsked);
     QCOMPARE(state.messages.front().text, QString("Hello"));
+}
+
+void tst_modemengine::tellsOfAChangeBeforeItAnswers()
+{
+    Line line;
+    line.ask("ATE0\r");
+    QCOMPARE(line.ask("AT+CPIN=\"1234\"\r"), QByteArray("\r\nOK\r\n"));
+    QCOMPARE(line.m_changes, 1);
+    QCOMPARE(line.m_sentAtChange, QByteArray());
+}
+
+void tst_modemengine::blocksTheSimAfterTheLastWrongPuk()
+{
+    ModemState state = ModemState::makeDefault();
+    state.sim.pinAttempts = 0;
+    state.sim.pukAttempts = 2;
+    const QString dialogue = R"($ AT+CMEE=1;+CPIN="00000000","4321"
++CME ERROR: 16
+$ AT+CPIN="00000000","4321"
++CME ERROR: 13
+$ AT+CPIN="12345678","4321"
++CME ERROR: 13
+$ AT+CPIN?
++CME ERROR: 13
+$ AT+CMGF=1;+CMGR=1
++CMS ERROR: 313
+$ AT+CPINR
++CPINR: SIM PIN,0,3
++CPINR: SIM PUK,0,10
+OK)";
+    QCOMPARE(Line(state).play(dialogue), dialogue.split('\n'));
+}
+
+void tst_modemengine::goesOnWithAUssdDialogue()
+{
+    ModemState state = ModemState::makeDefault();
+    state.sim.pinAsked = false;
+    state.ussd = {{"*1#", 1, "1: credit"}, {"*1#>1", 0, "12.34"}, {"*2#", 0, "Two"}};
+    const QString dialogue = R"($ AT+CUSD=1,"*1#"
+OK
++CUSD: 1,"1: credit",15
+$ AT+CUSD=1,"1"
+OK
++CUSD: 0,"12.34",15
+$ AT+CUSD=1,"1"
+OK
++CUSD: 4
+$ AT+CUSD=1,"*1#"
+OK
++CUSD: 1,"1: credit",15
+$ AT+CUSD=2
+OK
+$ AT+CUSD=1,"1"
+OK
++CUSD: 4
+$ AT+CUSD=1,"*1#"
+OK
++CUSD: 1,"1: credit",15
+$ AT+CUSD=1,"*2#"
+OK
++CUSD: 0,"Two",15)";
+    QCOMPARE(Line(state).play(dialogue), dialogue.split('\n'));
+}
+
+void tst_modemengine::refusesTextsOfAnotherSet()
+{
+    Line line;
+    line.ask("ATE0;+CMEE=1;+CPIN=\"1234\";+CUSD=1\r");
+    QCOMPARE(line.ask("AT+CPBW=,\"1\",129,\"\xe9\"\r"), QByteArray("\r\n+CME ERROR: 25\r\n"));
+    line.ask("AT+CSCS=\"UCS2\"\r");
+    for (const char* text : {"*10#", "00", "004Z", "-041", "+041"}) {
+        const QByteArray answer = line.ask(QByteArray("AT+CUSD=1,\"") + text + "\"\r");
+        QVERIFY2(answer == "\r\n+CME ERROR: 50\r\n", text);
+    }
+    QVERIFY(line.ask("AT+CUSD=1,\"002a0031003000300023\"\r").contains("+CUSD: 0,\"00590"));
 }
 
 void tst_modemengine::tellsWhichCommandsWereAnswered()

@@ -11,15 +11,51 @@
 #include <QTest>
 
 #include <memory>
+#include <set>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace {
 
-// A host that talks to the modem at its device node.
+// The device node as a program opens it that knows nothing of terminals: without settings, and
+// discarding nothing.
+class PlainPort final : public CSerialPort
+{
+public:
+    ~PlainPort() override { close(); }
+    bool open(const char* path) override
+    {
+        m_file = ::open(path, O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+        return m_file >= 0;
+    }
+    void close() override
+    {
+        if (m_file >= 0)
+            ::close(m_file);
+        m_file = -1;
+    }
+    int read(char* buffer, int length) override
+    {
+        return static_cast<int>(::read(m_file, buffer, static_cast<size_t>(length)));
+    }
+    int write(const char* buffer, int length) override
+    {
+        return static_cast<int>(::write(m_file, buffer, static_cast<size_t>(length)));
+    }
+    bool setTimeOut(int) override { return false; }
+    bool setBaudRate(BAUDRATE) override { return false; }
+
+private:
+    int m_file = -1;
+};
+
+// A host that talks to the modem at its device node; it owns the port.
 class Host
 {
 public:
-    explicit Host(const QString& link)
-        : m_port(CSerialPort::CreateObject())
+    explicit Host(const QString& link, CSerialPort* port = CSerialPort::CreateObject())
+        : m_port(port)
     {
         if (!m_port->open(QFile::encodeName(link).constData()))
             qFatal("Cannot open %s", qPrintable(link));
@@ -163,16 +199,18 @@ void tst_modemsimulator::forgetsTheHalfLineOfASideThatHasClosed()
 void tst_modemsimulator::discardsWhatNobodyReads()
 {
     const QTemporaryDir folder;
-    const Process modem = start(folder);
+    const Process modem = start(folder, {"--trace"});
     {
-        Host host(link(folder));
+        Host host(link(folder), new PlainPort);
         host.ask("ATE0");
         modem->enter("report UNREAD");
-        QVERIFY(modem->says("done: report UNREAD"));
+        QVERIFY(modem->says("trace: sent: \\r\\nUNREAD"));
+        host.send("AT+BOG");
+        QVERIFY(modem->says("trace: received: AT+BOG"));
     }
     modem->enter("report UNHEARD");
     QVERIFY(modem->says("done: report UNHEARD"));
-    Host host(link(folder));
+    Host host(link(folder), new PlainPort);
     QCOMPARE(host.ask("AT"), QByteArray("\r\nOK\r\n"));
     modem->enter("report HEARD");
     QCOMPARE(host.receive("D\r\n"), QByteArray("\r\nHEARD\r\n"));
@@ -371,8 +409,12 @@ void tst_modemsimulator::answersLate()
 void tst_modemsimulator::movesTheSignalByItself()
 {
     Pair pair({"--signal-interval", "1"});
-    const QByteArray reports = pair.host.ask("ATE0;+CMER=3,0,0,1", "+CIEV: 2,2\r\n");
-    QVERIFY(reports.contains("\r\n+CIEV: 2,5\r\n"));
+    std::set<QByteArray> seen;
+    const auto hasMoved = [&] {
+        seen.insert(pair.host.ask("AT+CSQ"));
+        return seen.size() >= 3;
+    };
+    QTRY_VERIFY(hasMoved());
 }
 
 void tst_modemsimulator::tracesTheDialogue()

@@ -15,6 +15,7 @@ PseudoTerminal::PseudoTerminal(QObject* parent)
     : QObject(parent)
 {
     m_delay.setSingleShot(true);
+    m_delay.setTimerType(Qt::PreciseTimer);
     connect(&m_delay, &QTimer::timeout, this, &PseudoTerminal::writeOutput);
 }
 
