@@ -125,13 +125,19 @@ public:
         check(call("/org/freedesktop/login1", mock, "AddSession",
                    {id, "seat0", user, "user", active}));
     }
-    /// Whether somebody has asked for a session's state since the start.
-    bool wasAskedForActive() const
+    /// Whether it has reported a call like this since its start.
+    bool wasAsked(const char* call) const
     {
         QFile file(reports());
-        return file.open(QIODevice::ReadOnly) &&
-               file.readAll().contains(" org.freedesktop.login1.Session.Active");
+        return file.open(QIODevice::ReadOnly) && file.readAll().contains(call);
     }
+    /// Announces a state that is not the session's.
+    void claimActive(const QString& id, bool active)
+    {
+        announceProperties(id, {{"Active", active}}, {});
+    }
+    /// Announces that the state has changed, without saying to what.
+    void invalidateActive(const QString& id) { announceProperties(id, {}, {"Active"}); }
     void announceSession(const QString& id)
     {
         emitSignal("SessionNew", "so", {id, QVariant::fromValue(sessionPath(id))});
@@ -220,6 +226,14 @@ private:
                                            QLatin1String(interface), QLatin1String(method));
         message.setArguments(arguments);
         return connection().call(message, QDBus::Block, 30000);
+    }
+    void announceProperties(const QString& id, const QVariantMap& changed,
+                            const QStringList& invalidated)
+    {
+        check(call(sessionPath(id).path(), mock, "EmitSignal",
+                   {"org.freedesktop.DBus.Properties", "PropertiesChanged", "sa{sv}as",
+                    QVariant::fromValue(
+                        QVariantList{"org.freedesktop.login1.Session", changed, invalidated})}));
     }
     void emitSignal(const char* name, const char* signature, const QVariantList& arguments)
     {

@@ -18,6 +18,8 @@ private Q_SLOTS:
     void firstStateIsNoChange_data();
     void firstStateIsNoChange();
     void sessionThatComesLaterIsFound();
+    void sessionThatHasGoneIsGivenUp();
+    void stateThatIsOnlyAnnouncedIsAskedFor();
     void replacedSessionIsFollowedByTheNext();
     void newSessionOfTheUserTakesOverFromAClosingOne();
     void newSessionLeavesAnActiveOneAlone();
@@ -79,7 +81,7 @@ void tst_CSystemEventListener_session::firstStateIsNoChange()
     m_mock->addSession(QStringLiteral("own"), active);
     m_mock->setOwnSession(QStringLiteral("own"));
     listen();
-    QTRY_VERIFY_WITH_TIMEOUT(m_mock->wasAskedForActive(), 30000);
+    QTRY_VERIFY_WITH_TIMEOUT(m_mock->wasAsked("Session.Active"), 30000);
     // Sent after the answer.
     m_mock->prepareForSleep(true);
     QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false}), 30000);
@@ -97,6 +99,27 @@ void tst_CSystemEventListener_session::sessionThatComesLaterIsFound()
     QTRY_VERIFY_WITH_TIMEOUT((m_mock->setActive(QStringLiteral("late"), true),
                               m_mock->setActive(QStringLiteral("late"), false), !m_user.isEmpty()),
                              30000);
+}
+
+void tst_CSystemEventListener_session::sessionThatHasGoneIsGivenUp()
+{
+    m_mock->setOwnSession(QStringLiteral("gone"));
+    listen();
+    QTRY_VERIFY_WITH_TIMEOUT(m_mock->wasAsked("GetSessionByPID"), 30000);
+    m_mock->addSession(QStringLiteral("late"), true);
+    m_mock->setOwnSession(QStringLiteral("late"));
+    QTRY_VERIFY_WITH_TIMEOUT((m_mock->setActive(QStringLiteral("late"), true),
+                              m_mock->setActive(QStringLiteral("late"), false), !m_user.isEmpty()),
+                             30000);
+}
+
+void tst_CSystemEventListener_session::stateThatIsOnlyAnnouncedIsAskedFor()
+{
+    useOwnSession();
+    m_mock->claimActive(QStringLiteral("own"), false);
+    QTRY_COMPARE_WITH_TIMEOUT(m_user, Signals({false}), 30000);
+    m_mock->invalidateActive(QStringLiteral("own"));
+    QTRY_COMPARE_WITH_TIMEOUT(m_user, Signals({false, true}), 30000);
 }
 
 void tst_CSystemEventListener_session::replacedSessionIsFollowedByTheNext()
