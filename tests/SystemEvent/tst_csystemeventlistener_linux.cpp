@@ -18,6 +18,7 @@ private Q_SLOTS:
     void cleanup() { stop(); }
     void sleepAndWakingBecomeSignals();
     void inhibitorIsHeldUntilSleepAndTakenAfterIt();
+    void inhibitorStaysWhenWakingComesAtOnce();
     void sleepWaitsForTheMainThread();
     void sleepDoesNotWaitForever();
     void sleepWaitsForOtherThreads();
@@ -61,6 +62,23 @@ void tst_CSystemEventListener_linux::inhibitorIsHeldUntilSleepAndTakenAfterIt()
     }
     CSystemEventListener::instance()->stopListen();
     QTRY_COMPARE_WITH_TIMEOUT(m_mock->inhibitors(), QStringList(), 30000);
+}
+
+void tst_CSystemEventListener_linux::inhibitorStaysWhenWakingComesAtOnce()
+{
+    listen();
+    QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
+    m_mock->prepareForSleep(true);
+    m_mock->prepareForSleep(false);
+    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false, true}), 30000);
+    QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
+    // Longer than the release would have been put off.
+    QElapsedTimer timer;
+    timer.start();
+    while (timer.elapsed() < 1000) {
+        QCoreApplication::processEvents();
+        QVERIFY(m_mock->inhibitors().contains("sleep delay"));
+    }
 }
 
 void tst_CSystemEventListener_linux::sleepWaitsForTheMainThread()

@@ -78,6 +78,7 @@ void tst_CSystemEventListener_session::firstStateIsNoChange_data()
 void tst_CSystemEventListener_session::firstStateIsNoChange()
 {
     QFETCH(bool, active);
+    const LogCapture log;
     m_mock->addSession(QStringLiteral("own"), active);
     m_mock->setOwnSession(QStringLiteral("own"));
     listen();
@@ -88,6 +89,9 @@ void tst_CSystemEventListener_session::firstStateIsNoChange()
     QCOMPARE(m_user, Signals());
     m_mock->setActive(QStringLiteral("own"), !active);
     QTRY_COMPARE_WITH_TIMEOUT(m_user, Signals({!active}), 30000);
+    const QString line =
+        QStringLiteral("SystemEvent/csystemeventlistener_linux userSwitchEventHandler User ");
+    QVERIFY(log.lines().last().endsWith(line + (active ? "logout" : "login")));
 }
 
 void tst_CSystemEventListener_session::sessionThatComesLaterIsFound()
@@ -176,6 +180,9 @@ void tst_CSystemEventListener_session::endedSessionIsInactiveUntilThereIsOneAgai
 {
     useOwnSession();
     m_mock->endSession(QStringLiteral("another"));
+    m_mock->prepareForSleep(true);
+    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false}), 30000);
+    QCOMPARE(m_user, Signals());
     m_mock->endSession(QStringLiteral("own"));
     QTRY_COMPARE_WITH_TIMEOUT(m_user, Signals({false, true}), 30000);
 }
