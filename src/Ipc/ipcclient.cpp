@@ -5,6 +5,7 @@
 #include "Ipc/directsend_p.h"
 #include "Ipc/messageframe_p.h"
 #include "Ipc/slotscope_p.h"
+#include "Ipc/socketread_p.h"
 #include "Ipc/utf8_p.h"
 #include "LogTask/clog.h"
 #include "LogTask/logexcerpt_p.h"
@@ -196,7 +197,7 @@ void IPCClient::socket_readReady()
     const std::shared_ptr<MessageFrame> frame = m_frame; // a slot may end this object
     do {
         logLine("socket_readReady", "socket_readReady");
-        frame->append(m_socket->readAll());
+        frame->append(readArrived(m_socket, &m_read));
         if (g_bLog)
             CLogFile() << sourceName << "socket_readReady" << frame->bufferExcerpt();
         deliverAll(*frame);

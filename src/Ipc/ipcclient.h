@@ -110,6 +110,7 @@ private:
     QByteArray m_head; // encoded
     QByteArray m_end;
     std::shared_ptr<MessageFrame> m_frame;
+    QByteArray m_read; // the last read
     QString m_serverName;
     bool m_connected = false;
     bool m_oneFlushPerRead = false;

@@ -3,6 +3,7 @@
 #include "Ipc/directsend_p.h"
 #include "Ipc/messageframe_p.h"
 #include "Ipc/slotscope_p.h"
+#include "Ipc/socketread_p.h"
 #include "LogTask/clog.h"
 #include "LogTask/logexcerpt_p.h"
 
@@ -235,7 +236,7 @@ void IPCServer::receive(QLocalSocket* socket)
     if (!frame)
         return;
     do {
-        frame->append(socket->readAll());
+        frame->append(readArrived(socket, &m_read));
         ++m_readDepth;
         if (!deliver(*frame, id))
             return;

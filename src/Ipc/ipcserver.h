@@ -130,6 +130,7 @@ private:
     QByteArray m_endBytes;
     bool m_onlyOneConnection = false;
     bool m_oneFlushPerRead = false;
+    QByteArray m_read;                           // the last read
     int m_readDepth = 0;                         // how many reads are being delivered
     QVector<QPointer<QLocalSocket>> m_unflushed; // what was written to meanwhile
     int m_leftPending = 0; // connections that one-connection mode left with m_server

@@ -1,0 +1,21 @@
+#ifndef IPC_SOCKETREAD_P_H
+#define IPC_SOCKETREAD_P_H
+
+#include <QByteArray>
+#include <QLocalSocket>
+
+/// All bytes that have arrived, read into `kept`, whose memory serves many reads:
+/// QIODevice::readAll() takes 16 KiB anew for each message.
+inline const QByteArray& readArrived(QLocalSocket* socket, QByteArray* kept)
+{
+    constexpr int keptCapacity = 64 * 1024;
+    if (kept->capacity() > keptCapacity)
+        *kept = QByteArray();
+    kept->reserve(1024); // Qt 5 frees what is resized to nothing and was not reserved
+    kept->resize(static_cast<int>(qMax<qint64>(0, socket->bytesAvailable())));
+    const qint64 size = socket->read(kept->data(), kept->size());
+    kept->resize(static_cast<int>(qMax<qint64>(0, size)));
+    return *kept;
+}
+
+#endif
