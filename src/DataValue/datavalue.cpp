@@ -90,7 +90,8 @@ CDataValue::CDataValue(unsigned long value)
 
 CDataValue::CDataValue(const CDataValue& other)
 {
-    DataValueTree::copy(*this, other, DataValueTree::Copy::Whole);
+    if (!DataValueTree::share(*this, other))
+        DataValueTree::copy(*this, other, DataValueTree::Copy::Whole);
 }
 
 CDataValue& CDataValue::operator=(const CDataValue& other)
@@ -109,6 +110,12 @@ void CDataValue::clear()
 {
     if (DataValueTree::isOrdinary(m_kind)) {
         DataValueTree::beforeChange(*this, false);
+        if (m_packed) {
+            const ENUM_VALUE_TYPE kind = m_kind;
+            DataValueTree::reset(*this);
+            DataValueTree::construct(*this, kind);
+            return;
+        }
         // The container itself stays, and so do its comments.
         DataValueTree::Container& container = *m_payload.children;
         container.elements.clear();
@@ -129,8 +136,10 @@ unsigned int CDataValue::getSize() const
 {
     if (!DataValueTree::isOrdinary(m_kind))
         return 0;
-    const DataValueTree::Container& container =
-        *DataValueTree::children(DataValueTree::face(*this));
+    const CDataValue& face = DataValueTree::face(*this);
+    if (const PackedNode* const packed = DataValueTree::packedNode(face))
+        return packed->count;
+    const DataValueTree::Container& container = *DataValueTree::children(face);
     return static_cast<unsigned int>(container.elements.size() + container.members.size());
 }
 

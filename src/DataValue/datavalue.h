@@ -15,6 +15,8 @@
 namespace Json {
 class Value;
 }
+class PackedBlock;
+struct PackedNode;
 
 /// The kind of a CDataValue. 0 to 7 are also the numbers of JsonCpp's value types.
 enum ENUM_VALUE_TYPE : int {
@@ -40,7 +42,8 @@ enum ENUM_STYLE : int {
 /// The one value type for all data: requests, answers, business records, configuration.
 ///
 /// A value is a scalar, a container of further values, or an address (a pointer that is never
-/// written as text). It is a plain value: copying it copies the whole tree.
+/// written as text). It is a plain value: changing a copy leaves the source alone. Copying costs
+/// little, whatever the size, as copies share what has not changed.
 ///
 /// **Text and children.** Conceptually every value keeps a JSON mirror, and text, counts, keys,
 /// searches and equality are read from that mirror. A scalar is its own mirror; a container's
@@ -65,7 +68,8 @@ enum ENUM_STYLE : int {
 /// **Assertions.** Ordinary containers never hold addresses. Storing one, or calling an ordinary
 /// container operation on a value that holds one, is a programming error and ends the process.
 ///
-/// **Threads.** A value and the whole tree that it belongs to are used by one thread at a time.
+/// **Threads.** A value and the whole tree that it belongs to are used by one thread at a time,
+/// copying it included. The copies may be used by other threads.
 /// Look-ups that may miss are made on one thread only, because they rewrite m_sNull.
 ///
 /// **References** handed out by look-ups stay valid until their container changes shape.
@@ -352,6 +356,11 @@ private:
         const void* address;
         char text[16]; // a DataValueText
         Container* children;
+        struct
+        {
+            PackedBlock* block;
+            const PackedNode* node;
+        } packed;
     };
 
     /// Whether the destructor has something to do.
@@ -380,6 +389,7 @@ private:
     Extras* m_extras = nullptr;    // owned; file path and comments: most values have neither
     ENUM_VALUE_TYPE m_kind = NULL_VALUE;
     bool m_linked = false; // whether m_holder's value counts as the parent
+    bool m_packed = false; // whether the children are those of a packed tree
 };
 
 Q_DECLARE_METATYPE(CDataValue)

@@ -4,6 +4,7 @@
 #include "DataValue/datavalue.h"
 #include "DataValue/datavaluemembers_p.h"
 #include "DataValue/datavaluetext_p.h"
+#include "DataValue/packedtree_p.h"
 
 #include <array>
 #include <memory>
@@ -41,7 +42,12 @@ inline std::string_view keyOf(const char* key)
 
 using DataValueElements = std::vector<DataValueElement>;
 
-/// The children of an array, a map or one of their address twins.
+/// The children of an array, a map or one of their address twins, as values.
+///
+/// Arrays and maps that were parsed, copied or made from records have none at first: they are
+/// *packed*, that is, they refer to a node of a PackedBlock, and so cost nothing to copy. The
+/// first operation that hands out or changes a child *unpacks* that one container; containers
+/// among its children are packed still.
 ///
 /// A container is *in step* when its JSON mirror would be what its children's mirrors say; then
 /// none is stored. Otherwise `mirror` holds what its text still is, as a value of kinds 0 to 7
@@ -63,6 +69,20 @@ struct CDataValue::Container
     bool outOfStep = false;
     /// Whether an address may be somewhere below. Set upwards, never wrongly clear.
     bool mayHoldAddress = false;
+    /// Whether `packed` of this container or of one above it tells what stands here. Those below
+    /// a covered container are covered, too.
+    bool covered = false;
+    /// These children and all below them as a packed tree, from when they were last copied.
+    PackedBlock* packed = nullptr;
+
+    Container() = default;
+    Container(const Container&) = delete;
+    Container& operator=(const Container&) = delete;
+    ~Container()
+    {
+        if (packed)
+            packed->dropReference();
+    }
 };
 
 /// The tree behind the values: every change of content, and the rule of the mirrors.
@@ -93,17 +113,34 @@ struct DataValueTree
         return isOrdinary(kind) || kind == ADDRESS_ARRAY_VALUE || kind == ADDRESS_MAP_VALUE;
     }
 
-    /// The children, or null when the value is no container.
+    /// The children, or null when the value is no container. Unpacks it: how the children are
+    /// kept is not part of the value.
     static Container* children(const CDataValue& value)
     {
-        return isContainer(value.m_kind) ? value.m_payload.children : nullptr;
+        if (value.m_packed)
+            unpack(const_cast<CDataValue&>(value));
+        return unpackedChildren(value);
+    }
+    /// The same, but null for a packed container.
+    static Container* unpackedChildren(const CDataValue& value)
+    {
+        return isContainer(value.m_kind) && !value.m_packed ? value.m_payload.children : nullptr;
+    }
+    static PackedBlock* packedBlock(const CDataValue& value)
+    {
+        return value.m_packed ? value.m_payload.packed.block : nullptr;
+    }
+    /// The node that a packed container refers to, null for every other value.
+    static const PackedNode* packedNode(const CDataValue& value)
+    {
+        return value.m_packed ? value.m_payload.packed.node : nullptr;
     }
     /// The value whose content is the text of `value`: its stored mirror, or itself.
     static const CDataValue& face(const CDataValue& value)
     {
-        if (!isOrdinary(value.m_kind) || !value.m_payload.children->mirror)
-            return value;
-        return *value.m_payload.children->mirror;
+        const bool mayHaveMirror = isOrdinary(value.m_kind) && !value.m_packed;
+        const bool hasMirror = mayHaveMirror && value.m_payload.children->mirror;
+        return hasMirror ? *value.m_payload.children->mirror : value;
     }
     /// The kind that the text shows: NULL_VALUE for addresses.
     static ENUM_VALUE_TYPE faceKind(const CDataValue& value);
@@ -115,6 +152,9 @@ struct DataValueTree
     }
     static double real(const CDataValue& value) { return value.m_payload.real; }
     static bool flag(const CDataValue& value) { return value.m_payload.flag; }
+    /// A node of the same kind and content, the children of a container aside. An address has the
+    /// kind that it shows, and a text is that of the value.
+    static PackedNode leafNode(const CDataValue& value);
     static const DataValueText& text(const CDataValue& value)
     {
         return *std::launder(reinterpret_cast<const DataValueText*>(value.m_payload.text));
@@ -146,12 +186,18 @@ struct DataValueTree
         value.m_payload.flag = flag;
         value.m_kind = BOOLEAN_VALUE;
     }
+    /// Makes a null value the value of a node. A container takes a reference to the block.
+    static void constructPacked(CDataValue& value, PackedBlock& block, const PackedNode& node);
+    /// Makes a null value the root of what the builder has made; false when that is too large.
+    static bool constructPacked(CDataValue& value, PackedBuilder& builder);
     /// Destroys the content; what is left is a null value at the same place in the tree.
     static void reset(CDataValue& value)
     {
         const ENUM_VALUE_TYPE kind = std::exchange(value.m_kind, NULL_VALUE);
         if (kind == STRING_VALUE)
             text(value).~DataValueText();
+        else if (std::exchange(value.m_packed, false))
+            value.m_payload.packed.block->dropReference();
         else if (isContainer(kind))
             release(value.m_payload.children);
     }
@@ -159,6 +205,36 @@ struct DataValueTree
 
     /// Fills `to`, a null value, with a copy.
     static void copy(CDataValue& to, const CDataValue& from, Copy what);
+    /// The quick way to copy a container that is packed already; false when it is not for it.
+    static bool share(CDataValue& to, const CDataValue& from)
+    {
+        if (from.m_extras || !isOrdinary(from.m_kind))
+            return false;
+        PackedBlock* block = nullptr;
+        const PackedNode* node = nullptr;
+        if (from.m_packed) {
+            block = from.m_payload.packed.block;
+            node = from.m_payload.packed.node;
+            if (!isWorthSharing(*block, *node))
+                return false;
+        } else {
+            block = from.m_payload.children->packed;
+            if (!block)
+                return false;
+            node = block->root();
+        }
+        block->addReference();
+        to.m_payload.packed = {block, node};
+        to.m_kind = from.m_kind;
+        to.m_packed = true;
+        return true;
+    }
+    /// A small part of a block is copied instead of keeping the whole alive.
+    static bool isWorthSharing(const PackedBlock& block, const PackedNode& node)
+    {
+        constexpr std::uint32_t kSmallestPart = 4;
+        return node.size >= block.root()->size / kSmallestPart;
+    }
     /// Fills `to`, a null value, with the content of `from`, with the result of a whole copy.
     /// A child of a container is copied, everything else is left a null value.
     static void take(CDataValue& to, CDataValue& from);
@@ -167,8 +243,9 @@ struct DataValueTree
     {
         to.m_payload = from.m_payload; // a text's bytes may be moved as they are, too
         to.m_kind = std::exchange(from.m_kind, NULL_VALUE);
-        if (isContainer(to.m_kind))             // which always has its children
-            to.m_payload.children->owner = &to; // NOLINT(clang-analyzer-core.NullDereference)
+        to.m_packed = std::exchange(from.m_packed, false);
+        if (Container* const container = unpackedChildren(to))
+            container->owner = &to;
         delete to.m_extras;
         to.m_extras = std::exchange(from.m_extras, nullptr);
         to.m_holder = std::exchange(from.m_holder, nullptr);
@@ -176,7 +253,17 @@ struct DataValueTree
     }
     /// The content of `value`, to be stored in or below `target`. Where `value` holds `target` it
     /// is copied: a value cannot hold itself.
-    static CDataValue moved(CDataValue& value, const CDataValue& target);
+    static CDataValue moved(CDataValue& value, const CDataValue& target)
+    {
+        const Container* const container = unpackedChildren(value);
+        return container ? movedContainer(value, target) : CDataValue(std::move(value));
+    }
+    /// Whether `value` can go into `target` as it stands: moved() would change nothing.
+    static bool isLoose(const CDataValue& value, const CDataValue& target)
+    {
+        return value.m_kind <= BOOLEAN_VALUE && !value.m_holder && !value.m_extras &&
+               &value != &target;
+    }
     /// Replaces the content of `target` by that of `fresh`, a value of no container.
     static void replaceContent(CDataValue& target, CDataValue&& fresh);
     /// Exchanges kinds and contents, comments included.
@@ -185,10 +272,21 @@ struct DataValueTree
     static bool isBelow(const CDataValue& inner, const CDataValue& outer);
 
     /// Puts `fresh`, a value of no container, into a child slot of `container`.
-    static void attach(Container& container, CDataValue& slot, CDataValue&& fresh);
+    static void attach(Container& container, CDataValue& slot, CDataValue&& fresh)
+    {
+        reset(slot);
+        relocate(slot, fresh);
+        noteChild(container, place(container, slot));
+    }
     /// The member slot for `key`, a new null one when there is none.
-    static CDataValue& memberSlot(Container& container, std::string_view key);
-    static CDataValue& memberSlot(Container& container, const DataValueText& key);
+    static CDataValue& memberSlot(Container& container, std::string_view key)
+    {
+        return place(container, container.members.findOrAdd(key).value);
+    }
+    static CDataValue& memberSlot(Container& container, const DataValueText& key)
+    {
+        return place(container, container.members.findOrAdd(key).value);
+    }
     /// Makes `slot`, which lies in `container`, a child of it.
     static CDataValue& place(Container& container, CDataValue& slot)
     {
@@ -197,19 +295,54 @@ struct DataValueTree
         return slot;
     }
     /// Adds a null slot at the end, or before element `index`.
-    static CDataValue& appendSlot(Container& container);
+    static CDataValue& appendSlot(Container& container)
+    {
+        if (container.elements.size() == container.elements.capacity())
+            makeRoom(container);
+        return place(container, container.elements.emplace_back().value);
+    }
     static CDataValue& insertSlot(Container& container, std::size_t index);
 
     /// To be called before the mirror of `value` changes: what hangs above it, and will not be
     /// reached by the synchronising walk that follows (if one does), keeps its mirror.
-    static void beforeChange(CDataValue& value, bool synchronised);
+    static void beforeChange(CDataValue& value, bool synchronised)
+    {
+        const Container* const own = unpackedChildren(value);
+        if (value.m_holder || (own && own->covered))
+            beforeNotedChange(value, synchronised);
+    }
     static void storeMirror(Container& container);
+    /// Drops the packed trees that would not tell the truth after a change in `container`.
+    static void uncover(Container* container)
+    {
+        for (; container && container->covered; container = container->owner->m_holder) {
+            container->covered = false;
+            if (PackedBlock* const block = std::exchange(container->packed, nullptr))
+                block->dropReference();
+        }
+    }
+    /// The children of the stored mirror, to be changed; null when none is stored.
+    static Container* mirrored(const Container& container)
+    {
+        if (!container.mirror)
+            return nullptr;
+        Container* const result = children(*container.mirror);
+        uncover(result);
+        return result;
+    }
     /// Brings `value` and all below it in step.
     static void synchronise(CDataValue& value);
     /// synchronise() for `start` and each parent of it.
     static void synchroniseUpwards(CDataValue& start);
     /// Tells the containers from `container` upwards what `child` brings with it.
-    static void noteChild(Container& container, const CDataValue& child);
+    static void noteChild(Container& container, const CDataValue& child)
+    {
+        const Container* const below = unpackedChildren(child);
+        if (isAddressKind(child.m_kind) || (below && below->mayHoldAddress))
+            markMayHoldAddress(&container);
+        if (below && below->outOfStep && isOrdinary(child.m_kind))
+            markOutOfStep(&container);
+    }
 
     /// The keys of a map of either family, in byte order.
     static std::vector<std::string> keys(const CDataValue& map);
@@ -217,7 +350,8 @@ struct DataValueTree
     {
         if (!isOrdinary(value.m_kind))
             return isAddressKind(value.m_kind);
-        return value.m_payload.children->mayHoldAddress && findsAddress(value);
+        const Container* const container = unpackedChildren(value);
+        return container && container->mayHoldAddress && findsAddress(value);
     }
     static bool equal(const CDataValue& a, const CDataValue& b);
     /// The deep search below `node`: over the text (`faces`) or over the children themselves.
@@ -225,7 +359,18 @@ struct DataValueTree
                      std::list<CDataValue>& found);
 
 private:
+    friend class DataValuePacker;
     struct CopyStep;
+    static CDataValue movedContainer(CDataValue& value, const CDataValue& target);
+    static void makeRoom(Container& container);
+    static void beforeNotedChange(CDataValue& value, bool synchronised);
+    static void unpack(CDataValue& value);
+    /// The children of a container that is in step as a packed tree, which the container keeps;
+    /// null when they cannot be packed.
+    static PackedBlock* pack(Container& container);
+    /// Makes `to` a packed copy; false when that cannot be.
+    static bool copyPacked(CDataValue& to, const CDataValue& from);
+    static bool equalNodes(const PackedNode& a, const PackedNode& b);
     static void copyOne(const CopyStep& step, std::vector<CopyStep>& pending);
     static bool findsAddress(const CDataValue& value);
     static void copyScalar(CDataValue& to, const CDataValue& from);

@@ -142,7 +142,7 @@ unsigned int CDataValue::addressArrayAppend(const CDataValue& value)
         becomeAddressContainer(*this, ADDRESS_ARRAY_VALUE);
     if (!isAddressArray())
         return 0;
-    DataValueTree::Container& container = *m_payload.children;
+    DataValueTree::Container& container = *DataValueTree::children(*this);
     const bool first = container.elements.empty();
     DataValueTree::attach(container, DataValueTree::appendSlot(container), std::move(fresh));
     return first ? 0 : addressArrayCount() - 1;
@@ -157,7 +157,7 @@ void CDataValue::addressArrayInsert(unsigned int index, const CDataValue& value)
     if (!isAddressArray() || index > addressArrayCount())
         return;
     CDataValue fresh(value);
-    DataValueTree::Container& container = *m_payload.children;
+    DataValueTree::Container& container = *DataValueTree::children(*this);
     DataValueTree::attach(container, DataValueTree::insertSlot(container, index), std::move(fresh));
 }
 
@@ -165,21 +165,22 @@ CDataValue& CDataValue::addressArrayModify(unsigned int index, const CDataValue&
 {
     if (!mayReach(*this, index))
         return referToMemberNull();
-    CDataValue& slot = m_payload.children->elements[index].value;
+    CDataValue& slot = DataValueTree::children(*this)->elements[index].value;
     slot = value;
     return slot;
 }
 
 CDataValue& CDataValue::addressArrayGet(unsigned int index)
 {
-    return mayReach(*this, index) ? m_payload.children->elements[index].value : referToMemberNull();
+    return mayReach(*this, index) ? DataValueTree::children(*this)->elements[index].value
+                                  : referToMemberNull();
 }
 
 void CDataValue::addressArrayRemove(unsigned int index, int count)
 {
     if (!mayReach(*this, index) || count <= 0)
         return;
-    DataValueElements& elements = m_payload.children->elements;
+    DataValueElements& elements = DataValueTree::children(*this)->elements;
     const auto removed = std::min<std::size_t>(static_cast<std::size_t>(count), elements.size());
     elements.erase(elements.begin(), elements.begin() + static_cast<std::ptrdiff_t>(removed));
 }

@@ -18,12 +18,12 @@ constexpr char kSource[] = "DataValue/datavalue";
 /// Ordinary operations are not for values that hold addresses.
 void requireOrdinary(const CDataValue& value, int line)
 {
-    assertThat(!value.isHasAddressType(), "!bIsHasAddressType", kSource, line);
+    assertThat(!Tree::holdsAddress(value), "!bIsHasAddressType", kSource, line);
 }
 
 void requireOrdinary(const CDataValue& value, const CDataValue& fresh, int line)
 {
-    assertThat(!value.isHasAddressType() && !fresh.isHasAddressType(),
+    assertThat(!Tree::holdsAddress(value) && !Tree::holdsAddress(fresh),
                "!bIsHasAddressType && !newElement.isHasAddressType()", kSource, line);
 }
 
@@ -53,16 +53,17 @@ CDataValue& setMember(CDataValue& map, std::string_view key, CDataValue&& fresh,
     else
         Tree::beforeChange(map, synchronised);
     Tree::Container& container = *Tree::children(map);
-    if (container.mirror && !synchronised) {
-        Tree::Container& mirrored = *Tree::children(*container.mirror);
-        Tree::attach(mirrored, Tree::memberSlot(mirrored, key), faceOf(fresh));
-    }
+    if (Tree::Container* const mirrored = synchronised ? nullptr : Tree::mirrored(container))
+        Tree::attach(*mirrored, Tree::memberSlot(*mirrored, key), faceOf(fresh));
     CDataValue& slot = Tree::memberSlot(container, key);
     Tree::attach(container, slot, std::move(fresh));
     if (synchronised)
         Tree::synchroniseUpwards(map);
     return slot;
 }
+
+/// Up to so many members are looked through one by one.
+constexpr std::uint32_t kFewMembers = 16;
 
 CDataValue& getMember(CDataValue& map, std::string_view key)
 {
@@ -73,6 +74,10 @@ CDataValue& getMember(CDataValue& map, std::string_view key)
 
 bool hasMember(const CDataValue& map, std::string_view key)
 {
+    if (const PackedNode* const packed = Tree::packedNode(map)) {
+        if (packed->count <= kFewMembers)
+            return map.isObject() && ::findMember(*packed, key) != nullptr;
+    }
     return map.isObject() && Tree::children(map)->members.find(key) != nullptr;
 }
 
@@ -94,10 +99,9 @@ CDataValue removeMember(CDataValue& map, std::string_view key, bool synchronised
     if (!member)
         return result;
     Tree::beforeChange(map, synchronised);
-    if (container.mirror) {
-        DataValueMembers& mirrored = Tree::children(*container.mirror)->members;
-        setMember(result, key, faceOf(mirrored.find(key)->value), false);
-        mirrored.remove(key);
+    if (Tree::Container* const mirrored = Tree::mirrored(container)) {
+        setMember(result, key, faceOf(mirrored->members.find(key)->value), false);
+        mirrored->members.remove(key);
     } else {
         setMember(result, key, faceOf(member->value), false);
     }
@@ -105,12 +109,6 @@ CDataValue removeMember(CDataValue& map, std::string_view key, bool synchronised
     if (synchronised)
         Tree::synchroniseUpwards(map);
     return result;
-}
-
-/// The array of the text, to be changed along with the elements; null when none is stored.
-Tree::Container* mirrorOf(const Tree::Container& container)
-{
-    return container.mirror ? Tree::children(*container.mirror) : nullptr;
 }
 
 void resize(Tree::Container& mirrored, std::size_t size)
@@ -126,11 +124,13 @@ void insertElement(CDataValue& array, std::size_t index, CDataValue&& fresh, boo
 {
     Tree::beforeChange(array, synchronised);
     Tree::Container& container = *Tree::children(array);
-    if (Tree::Container* const mirrored = mirrorOf(container)) {
+    if (Tree::Container* const mirrored = Tree::mirrored(container)) {
         resize(*mirrored, container.elements.size()); // a null beyond the end gives way
         Tree::attach(*mirrored, Tree::insertSlot(*mirrored, index), faceOf(fresh));
     }
-    Tree::attach(container, Tree::insertSlot(container, index), std::move(fresh));
+    const bool isLast = index == container.elements.size();
+    CDataValue& slot = isLast ? Tree::appendSlot(container) : Tree::insertSlot(container, index);
+    Tree::attach(container, slot, std::move(fresh));
     if (synchronised)
         Tree::synchroniseUpwards(array);
 }
@@ -189,6 +189,8 @@ CDataValue& CDataValue::mapSet(const char* key, CDataValue&& value, bool synchro
     requireOrdinary(*this, value, __LINE__);
     if (!isNull() && !isObject())
         return referToMemberNull();
+    if (Tree::isLoose(value, *this))
+        return setMember(*this, keyOf(key), std::move(value), synchronise);
     return setMember(*this, keyOf(key), Tree::moved(value, *this), synchronise);
 }
 
@@ -281,7 +283,11 @@ unsigned int CDataValue::arrayAppend(const CDataValue& value, bool synchronise)
 unsigned int CDataValue::arrayAppend(CDataValue&& value, bool synchronise)
 {
     requireOrdinary(*this, value, __LINE__);
-    return isNull() || isArray() ? appendElement(*this, Tree::moved(value, *this), synchronise) : 0;
+    if (!isNull() && !isArray())
+        return 0;
+    if (Tree::isLoose(value, *this))
+        return appendElement(*this, std::move(value), synchronise);
+    return appendElement(*this, Tree::moved(value, *this), synchronise);
 }
 
 void CDataValue::arrayInsert(unsigned int index, const CDataValue& value, bool synchronise)
@@ -293,15 +299,15 @@ void CDataValue::arrayInsert(unsigned int index, const CDataValue& value, bool s
     }
     if (!isArray())
         return;
-    const std::size_t count = m_payload.children->elements.size();
+    const std::size_t count = DataValueTree::children(*this)->elements.size();
     if (index <= count) {
         insertElement(*this, index, CDataValue(value), synchronise);
         return;
     }
     DataValueTree::beforeChange(*this, false);
-    if (!m_payload.children->mirror)
-        DataValueTree::storeMirror(*m_payload.children);
-    resize(*mirrorOf(*m_payload.children), count + 1);
+    if (!DataValueTree::children(*this)->mirror)
+        DataValueTree::storeMirror(*DataValueTree::children(*this));
+    resize(*DataValueTree::mirrored(*DataValueTree::children(*this)), count + 1);
 }
 
 CDataValue& CDataValue::arrayModify(unsigned int index, const CDataValue& value, bool synchronise)
@@ -310,12 +316,12 @@ CDataValue& CDataValue::arrayModify(unsigned int index, const CDataValue& value,
     if (!mayReach(*this, index))
         return referToMemberNull();
     CDataValue fresh(value);
-    DataValueTree::Container& container = *m_payload.children;
+    DataValueTree::Container& container = *DataValueTree::children(*this);
     const bool exists = index < container.elements.size();
     DataValueTree::beforeChange(*this, synchronise && exists);
     if (!exists && !container.mirror)
         DataValueTree::storeMirror(container); // the text gains an element, the list does not
-    if (DataValueTree::Container* const mirrored = mirrorOf(container)) {
+    if (DataValueTree::Container* const mirrored = Tree::mirrored(container)) {
         resize(*mirrored, std::max<std::size_t>(mirrored->elements.size(), index + 1U));
         DataValueTree::attach(*mirrored, mirrored->elements[index].value, faceOf(fresh));
     }
@@ -334,7 +340,7 @@ CDataValue& CDataValue::arrayGet(unsigned int index)
     requireOrdinary(*this, __LINE__);
     if (!mayReach(*this, index))
         return referToMemberNull();
-    return elementAt(*m_payload.children, index);
+    return elementAt(*DataValueTree::children(*this), index);
 }
 
 unsigned int CDataValue::arrayCount() const
@@ -349,13 +355,13 @@ CDataValue CDataValue::arrayRemove(unsigned int index, int count, bool synchroni
     CDataValue result(ARRAY_VALUE);
     if (!mayReach(*this, index))
         return result;
-    DataValueTree::Container& container = *m_payload.children;
+    DataValueTree::Container& container = *DataValueTree::children(*this);
     const std::size_t behind =
         container.elements.size() - std::min<std::size_t>(index, container.elements.size());
     const std::size_t wanted = count > 0 ? static_cast<std::size_t>(count) : 0;
     const std::size_t removed = std::min(wanted, behind);
     DataValueTree::beforeChange(*this, synchronise);
-    DataValueTree::Container* const mirrored = mirrorOf(container);
+    DataValueTree::Container* const mirrored = Tree::mirrored(container);
     DataValueElements& shown = mirrored ? mirrored->elements : container.elements;
     for (std::size_t i = index; i < index + removed; ++i)
         appendElement(result, faceOf(shown[i].value), false);

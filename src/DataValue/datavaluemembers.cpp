@@ -21,9 +21,9 @@ struct DataValueMembers::FreeRoom
 
 namespace {
 
-constexpr std::size_t kFirstBlock = 4;
+constexpr std::size_t kFirstBlock = 8;
 constexpr std::size_t kLargestBlock = 64;
-constexpr std::size_t kFirstPage = 8;
+constexpr std::size_t kFirstPage = 16;
 
 } // namespace
 
@@ -31,9 +31,17 @@ DataValueMembers::Key::Key(std::string_view bytes)
     : prefix(0)
     , text(bytes)
 {
-    if (!bytes.empty())
-        std::memcpy(&prefix, bytes.data(), std::min(bytes.size(), sizeof prefix));
-    prefix = qFromBigEndian<quint64>(prefix); // the one 64-bit type that Qt 5 can swap
+    const std::size_t size = bytes.size();
+    if (size >= 8) {
+        prefix = qFromBigEndian<quint64>(bytes.data());
+    } else if (size >= 4) { // the first four bytes, and the last four, which overlap them
+        const quint64 first = qFromBigEndian<quint32>(bytes.data());
+        const quint64 last = qFromBigEndian<quint32>(bytes.data() + size - 4);
+        prefix = (first << 32) | (last << (64 - 8 * size) & 0xFFFFFFFF);
+    } else {
+        for (std::size_t i = 0; i < size; ++i)
+            prefix |= quint64(static_cast<unsigned char>(bytes[i])) << (56 - 8 * i);
+    }
 }
 
 bool DataValueMembers::isBefore(const Slot& slot, const Key& key)
@@ -95,6 +103,14 @@ DataValueMembers::Member& DataValueMembers::findOrAdd(DataValueText text)
     const Place place = lowerBound(key);
     return isAt(place, key) ? *page(place.page)[place.at].member
                             : insert(place, key.prefix, std::move(text));
+}
+
+DataValueMembers::Member& DataValueMembers::append(DataValueText text)
+{
+    const std::uint64_t prefix = Key(text.view()).prefix;
+    const Page* const last = endPage() - 1;
+    return insert({static_cast<std::size_t>(last - firstPage()), last->size()}, prefix,
+                  std::move(text));
 }
 
 DataValueMembers::Member& DataValueMembers::insert(Place place, std::uint64_t prefix,

@@ -32,6 +32,8 @@ public:
     Member& findOrAdd(std::string_view key);
     /// The same for a key that may be shared with another map.
     Member& findOrAdd(DataValueText key);
+    /// Adds a member whose key comes behind all others.
+    Member& append(DataValueText key);
     /// Removes the member of that name; false when there is none.
     bool remove(std::string_view key);
     void clear();

@@ -21,9 +21,12 @@ public:
     DataValueText() noexcept { setInlineSize(0); }
     explicit DataValueText(std::string_view bytes)
     {
-        char* const to = allocate(bytes.size());
-        if (!bytes.empty())
-            std::memcpy(to, bytes.data(), bytes.size());
+        if (bytes.size() > kInline) {
+            std::memcpy(allocate(bytes.size()), bytes.data(), bytes.size());
+            return;
+        }
+        setInlineSize(bytes.size());
+        copyShort(m_bytes, bytes.data(), bytes.size());
     }
     DataValueText(const DataValueText& other) noexcept
     {
@@ -77,13 +80,31 @@ private:
         std::memcpy(&result, m_bytes, sizeof(void*));
         return result;
     }
-    /// Makes room for `size` bytes and their end; returns where they go.
+    /// Copies less than 16 bytes, without the call that std::memcpy() of an unknown size is.
+    static void copyShort(char* to, const char* from, std::size_t size)
+    {
+        if (size >= 8) {
+            copyEnds<8>(to, from, size);
+        } else if (size >= 4) {
+            copyEnds<4>(to, from, size);
+        } else {
+            for (std::size_t i = 0; i < size; ++i)
+                to[i] = from[i];
+        }
+    }
+    template<std::size_t Half>
+    static void copyEnds(char* to, const char* from, std::size_t size)
+    {
+        char first[Half];
+        char last[Half];
+        std::memcpy(first, from, Half);
+        std::memcpy(last, from + size - Half, Half);
+        std::memcpy(to, first, Half);
+        std::memcpy(to + size - Half, last, Half);
+    }
+    /// Makes room on the heap for `size` bytes and their end; returns where they go.
     char* allocate(std::size_t size)
     {
-        if (size <= kInline) {
-            setInlineSize(size);
-            return m_bytes;
-        }
         auto* const block = static_cast<Block*>(::operator new(sizeof(Block) + size + 1));
         new (&block->count) std::atomic<std::uint32_t>(1);
         block->size = size;

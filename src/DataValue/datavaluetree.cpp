@@ -87,10 +87,11 @@ void DataValueTree::release(Container* container)
     // A deep tree must not be destroyed by recursion: containers below are taken out and queued.
     container->nextToRelease = nullptr;
     const auto detach = [](CDataValue& value, Container*& queue) {
-        if (!isContainer(value.m_kind))
+        Container* const below = unpackedChildren(value);
+        if (!below)
             return;
         value.m_kind = NULL_VALUE;
-        value.m_payload.children->nextToRelease = std::exchange(queue, value.m_payload.children);
+        below->nextToRelease = std::exchange(queue, below);
     };
     while (container) {
         Container* queue = container->nextToRelease;
@@ -123,7 +124,7 @@ void DataValueTree::exchangeContent(CDataValue& a, CDataValue& b) noexcept
 
 void DataValueTree::take(CDataValue& to, CDataValue& from)
 {
-    Container* const container = children(from);
+    Container* const container = unpackedChildren(from);
     if (from.m_holder || isAddressKind(from.m_kind) || (container && container->mayHoldAddress)) {
         copy(to, from, Copy::Whole);
         return;
@@ -142,11 +143,11 @@ void DataValueTree::take(CDataValue& to, CDataValue& from)
     }
 }
 
-CDataValue DataValueTree::moved(CDataValue& value, const CDataValue& target)
+CDataValue DataValueTree::movedContainer(CDataValue& value, const CDataValue& target)
 {
-    const Container* const container = children(value);
-    const bool mayHold = container && !(container->elements.empty() && container->members.empty());
-    if (mayHold && isBelow(target, value))
+    const Container& container = *unpackedChildren(value);
+    const bool isEmpty = container.elements.empty() && container.members.empty();
+    if (!isEmpty && isBelow(target, value))
         return CDataValue(std::as_const(value));
     return CDataValue(std::move(value));
 }
@@ -170,37 +171,21 @@ bool DataValueTree::isBelow(const CDataValue& inner, const CDataValue& outer)
     return false;
 }
 
-void DataValueTree::attach(Container& container, CDataValue& slot, CDataValue&& fresh)
+void DataValueTree::makeRoom(Container& container)
 {
-    reset(slot);
-    relocate(slot, fresh);
-    noteChild(container, place(container, slot));
-}
-
-CDataValue& DataValueTree::memberSlot(Container& container, std::string_view key)
-{
-    return place(container, container.members.findOrAdd(key).value);
-}
-
-CDataValue& DataValueTree::memberSlot(Container& container, const DataValueText& key)
-{
-    return place(container, container.members.findOrAdd(key).value);
-}
-
-CDataValue& DataValueTree::appendSlot(Container& container)
-{
-    return insertSlot(container, container.elements.size());
+    constexpr std::size_t kFirst = 8;
+    container.elements.reserve(std::max(kFirst, 2 * container.elements.size()));
 }
 
 CDataValue& DataValueTree::insertSlot(Container& container, std::size_t index)
 {
     const auto at = static_cast<std::ptrdiff_t>(index);
     if (container.elements.size() == container.elements.capacity())
-        container.elements.reserve(std::max<std::size_t>(4, 2 * container.elements.size()));
+        makeRoom(container);
     return place(container, container.elements.emplace(container.elements.begin() + at)->value);
 }
 
-void DataValueTree::beforeChange(CDataValue& value, bool synchronised)
+void DataValueTree::beforeNotedChange(CDataValue& value, bool synchronised)
 {
     const CDataValue* top = &value;
     while (synchronised && top->m_holder && top->m_linked)
@@ -208,6 +193,8 @@ void DataValueTree::beforeChange(CDataValue& value, bool synchronised)
     Container* const holder = top->m_holder;
     if (holder && isOrdinary(holder->owner->m_kind) && !holder->mirror)
         storeMirror(*holder);
+    Container* const own = unpackedChildren(value);
+    uncover(own ? own : value.m_holder);
 }
 
 void DataValueTree::storeMirror(Container& container)
@@ -216,13 +203,15 @@ void DataValueTree::storeMirror(Container& container)
     copy(*mirror, *container.owner, Copy::Face);
     container.mirror = std::move(mirror);
     markOutOfStep(&container);
+    uncover(&container); // the copy may have packed it
 }
 
 void DataValueTree::synchronise(CDataValue& value)
 {
-    if (!isOrdinary(value.m_kind) || !value.m_payload.children->outOfStep)
+    Container* const top = unpackedChildren(value);
+    if (!top || !top->outOfStep || !isOrdinary(value.m_kind))
         return;
-    std::vector<Container*> pending{value.m_payload.children};
+    std::vector<Container*> pending{top};
     while (!pending.empty()) {
         Container* const container = pending.back();
         pending.pop_back();
@@ -230,8 +219,9 @@ void DataValueTree::synchronise(CDataValue& value)
         container->outOfStep = false;
         forEachChild(*container, [&pending](CDataValue& child) {
             child.m_linked = true;
-            if (isOrdinary(child.m_kind) && child.m_payload.children->outOfStep)
-                pending.push_back(child.m_payload.children);
+            Container* const below = unpackedChildren(child);
+            if (below && below->outOfStep && isOrdinary(child.m_kind))
+                pending.push_back(below);
         });
     }
 }
@@ -243,15 +233,6 @@ void DataValueTree::synchroniseUpwards(CDataValue& start)
         value = value->m_holder->owner;
         synchronise(*value);
     }
-}
-
-void DataValueTree::noteChild(Container& container, const CDataValue& child)
-{
-    const Container* const below = children(child);
-    if (isAddressKind(child.m_kind) || (below && below->mayHoldAddress))
-        markMayHoldAddress(&container);
-    if (below && below->outOfStep && isOrdinary(child.m_kind))
-        markOutOfStep(&container);
 }
 
 void DataValueTree::markOutOfStep(Container* container)
@@ -273,15 +254,16 @@ void DataValueTree::markMayHoldAddress(Container* container)
 
 bool DataValueTree::findsAddress(const CDataValue& value)
 {
-    std::vector<Container*> pending{value.m_payload.children};
+    std::vector<Container*> pending{children(value)};
     bool found = false;
     while (!pending.empty() && !found) {
         Container* const container = pending.back();
         pending.pop_back();
         forEachChild(*container, [&](CDataValue& child) {
             found = found || isAddressKind(child.m_kind);
-            if (isOrdinary(child.m_kind) && child.m_payload.children->mayHoldAddress)
-                pending.push_back(child.m_payload.children);
+            Container* const below = unpackedChildren(child);
+            if (below && below->mayHoldAddress && isOrdinary(child.m_kind))
+                pending.push_back(below);
         });
     }
     return found;
@@ -315,7 +297,7 @@ void CDataValue::swap(CDataValue& other)
 
 void CDataValue::synchJsonData()
 {
-    DataValueTree::Container* const container = DataValueTree::children(*this);
+    DataValueTree::Container* const container = DataValueTree::unpackedChildren(*this);
     if (!container || !container->outOfStep)
         return;
     DataValueTree::beforeChange(*this, false);
@@ -324,7 +306,7 @@ void CDataValue::synchJsonData()
 
 void CDataValue::synchPreDataPoint()
 {
-    DataValueTree::Container* const container = DataValueTree::children(*this);
+    DataValueTree::Container* const container = DataValueTree::unpackedChildren(*this);
     if (!container)
         return;
     const bool ordinary = DataValueTree::isOrdinary(m_kind);

@@ -32,7 +32,7 @@ void DataValueTree::copyOne(const CopyStep& step, std::vector<CopyStep>& pending
     CDataValue& to = *step.to;
     if (from.m_extras && from.m_extras->hasComments())
         makeExtras(to).comments = from.m_extras->comments;
-    if (faces && faceKind(from) == NULL_VALUE)
+    if ((faces && faceKind(from) == NULL_VALUE) || copyPacked(to, from))
         return;
     const Container* const source = children(from);
     if (!source) {
@@ -67,6 +67,8 @@ void DataValueTree::copyOne(const CopyStep& step, std::vector<CopyStep>& pending
 
 void DataValueTree::copy(CDataValue& to, const CDataValue& from, Copy what)
 {
+    if (!from.m_extras && copyPacked(to, from))
+        return;
     std::vector<CopyStep> pending;
     copyOne(CopyStep{&to, &from, what}, pending);
     while (!pending.empty()) {
@@ -129,7 +131,12 @@ bool DataValueTree::equal(const CDataValue& first, const CDataValue& second)
         if (kind != faceKind(b))
             return false;
         if (isOrdinary(kind)) {
-            if (!sameShape(*children(a), *children(b), pending))
+            const PackedNode* const one = packedNode(a);
+            const PackedNode* const other = packedNode(b);
+            if (one && other) {
+                if (!equalNodes(*one, *other))
+                    return false;
+            } else if (!sameShape(*children(a), *children(b), pending))
                 return false;
         } else if (!equalScalars(a, b, kind)) {
             return false;
@@ -141,6 +148,13 @@ bool DataValueTree::equal(const CDataValue& first, const CDataValue& second)
 std::vector<std::string> DataValueTree::keys(const CDataValue& map)
 {
     std::vector<std::string> result;
+    if (const PackedNode* const packed = packedNode(map)) {
+        result.reserve(packed->count);
+        const PackedNode* key = packed + 1;
+        for (std::uint32_t i = 0; i < packed->count; ++i, key = (key + 1)->behind())
+            result.emplace_back(key->view());
+        return result;
+    }
     result.reserve(children(map)->members.size());
     for (const auto& member : children(map)->members)
         result.emplace_back(member.key.view());

@@ -1,6 +1,7 @@
 #include "DataValue/jsonfastreader_p.h"
 
 #include "DataValue/datavalue_p.h"
+#include "DataValue/utf8text_p.h"
 
 // The reader scans strings 16 bytes at a time where it may.
 #ifdef __SSE2__
@@ -8,7 +9,9 @@
 #endif
 #include <rapidjson/reader.h>
 
+#include <algorithm>
 #include <charconv>
+#include <cstring>
 #include <limits>
 
 namespace {
@@ -19,168 +22,175 @@ using Tree = DataValueTree;
 constexpr std::size_t kDepth = 500;
 
 /// Room to begin with, enough for most messages.
-constexpr std::size_t kExpected = 32;
+constexpr std::size_t kExpectedDepth = 16;
 
 /// The reader loads aligned blocks of 16 bytes, so it may look this far behind the text.
 constexpr std::size_t kPadding = 16;
+
+/// Nodes that are moved to put members in order may be so many times those of the tree. Maps
+/// whose members are in order, as all of this library's are, cost nothing; deeply nested ones in
+/// disorder would be moved once for every level.
+constexpr std::size_t kMovesPerNode = 32;
 
 /// The number rule: before each digit, a value that has reached a tenth of the range makes the
 /// whole number a double. So an integer is one only between these.
 constexpr std::int64_t kLowest = -2147483639;
 constexpr std::int64_t kHighest = 4294967289;
 
-/// Receives the reader's events and builds values. Finished values wait on one stack until their
-/// container ends; then its size is known and it is built at once.
-class Builder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Builder>
+/// Receives the reader's events and hands them to a builder.
+class Events : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Events>
 {
 public:
-    Builder()
+    explicit Events(PackedBuilder& builder)
+        : m_builder(builder)
     {
-        m_items.reserve(kExpected);
-        m_isMap.reserve(kExpected);
+        m_open.reserve(kExpectedDepth);
     }
 
     bool Null()
     {
-        next();
+        m_builder.addNull();
         return true;
     }
     bool Bool(bool flag)
     {
-        Tree::constructBool(next(), flag);
+        m_builder.addBool(flag);
         return true;
     }
     bool String(const char* text, rapidjson::SizeType size, bool)
     {
-        Tree::constructText(next(), std::string_view(text, size));
+        m_builder.addLastingText(text, size);
         return true;
     }
     bool RawNumber(const char* text, rapidjson::SizeType size, bool)
     {
-        return number(std::string_view(text, size), next());
+        return number(std::string_view(text, size));
     }
     bool Key(const char* text, rapidjson::SizeType size, bool)
     {
-        m_items.emplace_back(std::string_view(text, size));
+        Open& map = m_open.back();
+        const std::string_view key(text, size);
+        map.isInOrder = map.isInOrder && (!map.hasMembers || map.latestKey < key);
+        map.hasMembers = true;
+        map.latestKey = key;
+        m_builder.addLastingText(text, size);
         return true;
     }
-    bool StartObject() { return start(true); }
-    bool StartArray() { return start(false); }
-
+    bool StartObject() { return start(MAP_VALUE); }
+    bool StartArray() { return start(ARRAY_VALUE); }
     bool EndObject(rapidjson::SizeType count)
     {
-        CDataValue map(MAP_VALUE);
-        Tree::Container& container = *Tree::children(map);
-        container.members.reserve(count);
-        for (auto item = m_items.end() - count; item != m_items.end(); ++item) {
-            CDataValue& slot = container.members.findOrAdd(std::move(item->key)).value;
-            if (!slot.isNull()) // the key came before, and relocating would leak what it holds
-                return false;
-            Tree::relocate(slot, item->value);
-            Tree::place(container, slot);
-        }
-        return container.members.size() == count && end(map, count);
+        const Open map = m_open.back();
+        m_open.pop_back();
+        m_builder.end(map.node, count);
+        return map.isInOrder || sortMembers(map.node);
     }
-
     bool EndArray(rapidjson::SizeType count)
     {
-        CDataValue array(ARRAY_VALUE);
-        Tree::Container& container = *Tree::children(array);
-        container.elements.reserve(count);
-        for (auto item = m_items.end() - count; item != m_items.end(); ++item) {
-            CDataValue& slot = container.elements.emplace_back().value;
-            Tree::relocate(slot, item->value);
-            Tree::place(container, slot);
-        }
-        return end(array, count);
-    }
-
-    CDataValue& root() { return m_items.front().value; }
-
-private:
-    struct Item
-    {
-        Item() = default;
-        explicit Item(std::string_view name)
-            : key(name)
-        {
-        }
-        Item(Item&& other) noexcept
-            : key(std::move(other.key))
-        {
-            Tree::relocate(value, other.value);
-        }
-        Item(const Item&) = delete;
-        Item& operator=(const Item&) = delete;
-        Item& operator=(Item&&) = delete;
-        ~Item() = default;
-
-        DataValueText key;
-        CDataValue value;
-    };
-
-    /// Where the next value goes: behind its key, or to a place of its own.
-    CDataValue& next()
-    {
-        if (m_isMap.empty() || !m_isMap.back())
-            m_items.emplace_back();
-        return m_items.back().value;
-    }
-
-    bool start(bool isMap)
-    {
-        next();
-        m_isMap.push_back(isMap);
-        return m_isMap.size() <= kDepth;
-    }
-
-    bool end(CDataValue& container, std::size_t count)
-    {
-        for (; count != 0; --count)
-            m_items.pop_back();
-        m_isMap.pop_back();
-        Tree::relocate(m_items.back().value, container);
+        m_builder.end(m_open.back().node, count);
+        m_open.pop_back();
         return true;
     }
 
-    static bool number(std::string_view text, CDataValue& value)
+private:
+    struct Open
+    {
+        std::size_t node;
+        std::string_view latestKey;
+        bool hasMembers;
+        bool isInOrder;
+    };
+
+    bool start(ENUM_VALUE_TYPE kind)
+    {
+        m_open.push_back({m_builder.begin(kind), {}, false, true});
+        return m_open.size() <= kDepth;
+    }
+
+    bool number(std::string_view text)
     {
         const char* const end = text.data() + text.size();
-        if (text.find_first_of(".eE+") == std::string_view::npos && text.size() <= 11) {
+        if (text.size() <= 11) {
             std::int64_t integer = 0;
-            std::from_chars(text.data(), end, integer);
-            if (integer >= kLowest && integer <= kHighest) {
+            const auto read = std::from_chars(text.data(), end, integer);
+            if (read.ptr == end && integer >= kLowest && integer <= kHighest) {
                 if (integer > std::numeric_limits<int>::max())
-                    Tree::constructUInt(value, static_cast<unsigned int>(integer));
+                    m_builder.addUInt(static_cast<unsigned int>(integer));
                 else
-                    Tree::constructInt(value, static_cast<int>(integer));
+                    m_builder.addInt(static_cast<int>(integer));
                 return true;
             }
         }
         double real = 0;
         if (std::from_chars(text.data(), end, real).ec != std::errc())
             return false;
-        Tree::constructReal(value, real);
+        m_builder.addReal(real);
         return true;
     }
 
-    std::vector<Item> m_items;
-    std::vector<char> m_isMap; // for each open container
+    /// False when a key occurs twice, or when too much would have to be moved.
+    bool sortMembers(std::size_t map)
+    {
+        const PackedNode* const first = &m_builder.node(map);
+        m_moves += first->size;
+        if (m_moves > kMovesPerNode * m_builder.nodeCount())
+            return false;
+        std::vector<const PackedNode*> members; // their keys
+        members.reserve(first->count);
+        for (const PackedNode* key = first + 1; key != first->behind(); key = (key + 1)->behind())
+            members.push_back(key);
+        std::sort(members.begin(), members.end(),
+                  [](const PackedNode* a, const PackedNode* b) { return a->view() < b->view(); });
+        std::vector<PackedNode> sorted;
+        sorted.reserve(first->size);
+        for (std::size_t i = 0; i < members.size(); ++i) {
+            if (i != 0 && members[i - 1]->view() == members[i]->view())
+                return false;
+            sorted.insert(sorted.end(), members[i], (members[i] + 1)->behind());
+        }
+        std::copy(sorted.begin(), sorted.end(), &m_builder.node(map) + 1);
+        return true;
+    }
+
+    PackedBuilder& m_builder;
+    std::vector<Open> m_open;
+    std::size_t m_moves = 0;
 };
 
-} // namespace
-
-bool JsonFastReader::read(std::string utf8, CDataValue& value)
+/// Reads `text`, which is the builder's, ends with a zero byte and has the padding behind it.
+bool readInPlace(PackedBuilder& builder, char* text, CDataValue& value)
 {
     constexpr unsigned kFlags = rapidjson::kParseInsituFlag |
                                 rapidjson::kParseNumbersAsStringsFlag |
                                 rapidjson::kParseIterativeFlag;
-    utf8.append(kPadding, '\0');
-    rapidjson::InsituStringStream stream(utf8.data());
+    rapidjson::InsituStringStream stream(text);
     rapidjson::Reader reader;
-    Builder builder;
-    if (!reader.Parse<kFlags>(stream, builder))
+    Events events(builder);
+    if (!reader.Parse<kFlags>(stream, events))
         return false;
-    value = std::move(builder.root());
+    CDataValue read;
+    if (!Tree::constructPacked(read, builder))
+        return false;
+    value = std::move(read);
     return true;
+}
+
+} // namespace
+
+bool JsonFastReader::read(std::string_view utf8, CDataValue& value)
+{
+    PackedBuilder builder;
+    char* const text = builder.textRoom(utf8.size() + kPadding);
+    if (!utf8.empty())
+        std::memcpy(text, utf8.data(), utf8.size());
+    std::memset(text + utf8.size(), 0, kPadding);
+    return readInPlace(builder, text, value);
+}
+
+bool JsonFastReader::read(const QString& utf16, CDataValue& value)
+{
+    PackedBuilder builder;
+    char* const text = builder.textRoom(Utf8Text::room(utf16) + kPadding);
+    std::memset(Utf8Text::write(utf16, text), 0, kPadding);
+    return readInPlace(builder, text, value);
 }

@@ -167,12 +167,7 @@ CDataValue JsonText::fromJson(const Json::Value& json)
 
 bool JsonText::parse(const std::string& utf8, CDataValue& value)
 {
-    CDataValue fast;
-    if (JsonFastReader::read(std::string(utf8), fast)) {
-        value = std::move(fast);
-        return true;
-    }
-    return parseSlowly(utf8, value);
+    return JsonFastReader::read(utf8, value) || parseSlowly(utf8, value);
 }
 
 bool JsonText::parseSlowly(const std::string& utf8, CDataValue& value)
@@ -192,7 +187,7 @@ bool JsonText::parseSlowly(const std::string& utf8, CDataValue& value)
 
 bool CDataValue::parseToDataValue(const QString& text, CDataValue& out)
 {
-    return JsonText::parse(text.toStdString(), out);
+    return JsonFastReader::read(text, out) || JsonText::parseSlowly(text.toStdString(), out);
 }
 
 bool CDataValue::parseToDataValue(const char* text, CDataValue& out)

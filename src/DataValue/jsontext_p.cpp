@@ -5,7 +5,6 @@
 
 #include <charconv>
 #include <cmath>
-#include <cstring>
 #include <limits>
 
 namespace {
@@ -13,42 +12,102 @@ namespace {
 using Tree = DataValueTree;
 
 template<typename Number>
-void appendInteger(std::string& out, Number number)
+void appendInteger(TextBuffer& out, Number number)
 {
     char digits[std::numeric_limits<Number>::digits10 + 3];
-    const auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;
-    out.append(digits, end);
+    const char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+    out.append(std::string_view(digits, static_cast<std::size_t>(end - digits)));
 }
 
-/// A scalar, an address (as null) or an empty container.
-void appendLeaf(std::string& out, const CDataValue& value)
+/// A scalar or an empty container.
+void appendLeaf(TextBuffer& out, const PackedNode& node)
 {
-    switch (value.type()) {
+    switch (node.type()) {
     case INT_VALUE:
-        appendInteger(out, Tree::signedNumber(value));
+        appendInteger(out, node.signedNumber);
         break;
     case UINT_VALUE:
-        appendInteger(out, Tree::unsignedNumber(value));
+        appendInteger(out, node.unsignedNumber);
         break;
     case REAL_VALUE:
-        JsonText::appendReal(out, Tree::real(value));
+        JsonText::appendReal(out, node.real);
         break;
     case STRING_VALUE:
-        JsonText::appendQuoted(out, Tree::text(value).view());
+        out.appendQuoted(node.view());
         break;
     case BOOLEAN_VALUE:
-        out += Tree::flag(value) ? "true" : "false";
+        out.append(std::string_view(node.flag ? "true" : "false"));
         break;
     case ARRAY_VALUE:
-        out += "[]";
+        out.append("[]");
         break;
     case MAP_VALUE:
-        out += "{}";
+        out.append("{}");
         break;
     default:
-        out += "null";
+        out.append("null");
     }
 }
+
+/// The same for a value; an address shows as null.
+void appendLeaf(TextBuffer& out, const CDataValue& value)
+{
+    appendLeaf(out, Tree::leafNode(value));
+}
+
+/// Writes a whole packed value in the compact form: its nodes stand in the order of the text.
+class PackedWriter
+{
+public:
+    explicit PackedWriter(TextBuffer& out)
+        : m_out(out)
+    {
+    }
+
+    void write(const PackedNode& root)
+    {
+        const PackedNode* const end = root.behind();
+        for (const PackedNode* node = &root; node != end;) {
+            if (node->isContainer() && node->count != 0) {
+                const bool isMap = node->kind == MAP_VALUE;
+                m_out.append(isMap ? '{' : '[');
+                m_open.push_back({node->count, isMap});
+                ++node;
+            } else {
+                appendLeaf(m_out, *node);
+                ++node;
+                close();
+                if (m_open.empty())
+                    return;
+                m_out.append(',');
+            }
+            if (m_open.back().isMap) {
+                appendLeaf(m_out, *node);
+                m_out.append(':');
+                ++node;
+            }
+        }
+    }
+
+private:
+    struct Open
+    {
+        std::uint32_t left; // children that are not yet written
+        bool isMap;
+    };
+
+    /// Closes the containers that end with the value just written.
+    void close()
+    {
+        while (!m_open.empty() && --m_open.back().left == 0) {
+            m_out.append(m_open.back().isMap ? '}' : ']');
+            m_open.pop_back();
+        }
+    }
+
+    TextBuffer& m_out;
+    std::vector<Open> m_open;
+};
 
 /// A container that is being written: which of its children is next.
 struct Level
@@ -85,42 +144,48 @@ bool isBranch(const CDataValue& face)
 class FastWriter
 {
 public:
-    std::string write(const CDataValue& root)
+    explicit FastWriter(TextBuffer& out)
+        : m_out(out)
+    {
+    }
+
+    void write(const CDataValue& root)
     {
         value(Tree::face(root));
         while (!m_levels.empty()) {
             Level& level = m_levels.back();
             if (level.atEnd()) {
-                m_out += level.isMap ? '}' : ']';
+                m_out.append(level.isMap ? '}' : ']');
                 m_levels.pop_back();
                 continue;
             }
             if (!level.atStart())
-                m_out += ',';
+                m_out.append(',');
             if (level.isMap) {
-                JsonText::appendQuoted(m_out, level.member->key.view());
-                m_out += ':';
+                m_out.appendQuoted(level.member->key.view());
+                m_out.append(':');
             }
             const CDataValue& child = level.child();
             level.advance();
             value(child);
         }
-        m_out += '\n';
-        return std::move(m_out);
+        m_out.append('\n');
     }
 
 private:
     void value(const CDataValue& face)
     {
-        if (!isBranch(face)) {
+        if (const PackedNode* const packed = Tree::packedNode(face)) {
+            PackedWriter(m_out).write(*packed);
+        } else if (isBranch(face)) {
+            m_out.append(face.isObject() ? '{' : '[');
+            m_levels.emplace_back(face);
+        } else {
             appendLeaf(m_out, face);
-            return;
         }
-        m_out += face.isObject() ? '{' : '[';
-        m_levels.emplace_back(face);
     }
 
-    std::string m_out;
+    TextBuffer& m_out;
     std::vector<Level> m_levels;
 };
 
@@ -128,7 +193,12 @@ private:
 class StyledWriter
 {
 public:
-    std::string write(const CDataValue& root)
+    explicit StyledWriter(TextBuffer& out)
+        : m_out(out)
+    {
+    }
+
+    void write(const CDataValue& root)
     {
         const CDataValue& top = Tree::face(root);
         commentBefore(top);
@@ -136,8 +206,7 @@ public:
         while (!m_levels.empty())
             step();
         commentsBehind(top);
-        m_out += '\n';
-        return std::move(m_out);
+        m_out.append('\n');
     }
 
 private:
@@ -161,9 +230,9 @@ private:
     /// end in a blank, and what followed it on its line would be lost to the comment.
     void indent()
     {
-        if (!m_out.empty() && m_out.back() != '\n')
-            m_out += '\n';
-        m_out.append(m_levels.size() * kIndent, ' ');
+        if (m_out.size() != 0 && m_out.last() != '\n')
+            m_out.append('\n');
+        m_out.appendBlanks(m_levels.size() * kIndent);
     }
 
     void commentBefore(const CDataValue& value)
@@ -171,24 +240,32 @@ private:
         const std::string& text = comment(value, CommentPlace::Before);
         if (text.empty())
             return;
-        m_out += '\n';
+        m_out.append('\n');
         indent();
-        for (std::size_t i = 0; i < text.size(); ++i) {
-            m_out += text[i];
-            if (text[i] == '\n' && i + 1 < text.size() && text[i + 1] == '/')
-                indent();
+        std::size_t written = 0;
+        for (std::size_t end = text.find("\n/"); end != std::string::npos;
+             end = text.find("\n/", written)) {
+            m_out.appendUtf8(std::string_view(text).substr(written, end + 1 - written));
+            indent();
+            written = end + 1;
         }
-        m_out += '\n';
+        m_out.appendUtf8(std::string_view(text).substr(written));
+        m_out.append('\n');
     }
 
     void commentsBehind(const CDataValue& value)
     {
         const std::string& sameLine = comment(value, CommentPlace::SameLine);
-        if (!sameLine.empty())
-            m_out += ' ' + sameLine;
+        if (!sameLine.empty()) {
+            m_out.append(' ');
+            m_out.appendUtf8(sameLine);
+        }
         const std::string& after = comment(value, CommentPlace::After);
-        if (!after.empty())
-            m_out += '\n' + after + '\n';
+        if (!after.empty()) {
+            m_out.append('\n');
+            m_out.appendUtf8(after);
+            m_out.append('\n');
+        }
     }
 
     /// Writes at the end of the text, which is where the value begins.
@@ -197,9 +274,19 @@ private:
         if (!isBranch(face)) {
             appendLeaf(m_out, face);
         } else if (!oneLine(face)) {
-            m_out += face.isObject() ? '{' : '[';
+            m_out.append(face.isObject() ? '{' : '[');
             m_levels.emplace_back(face);
         }
+    }
+
+    /// The length in UTF-8 of a text in its quotation marks.
+    static std::size_t quotedBytes(std::string_view text)
+    {
+        TextBuffer quoted;
+        quoted.appendQuoted(text);
+        TextBuffer plain;
+        plain.appendUtf8(text);
+        return quoted.size() - plain.size() + text.size();
     }
 
     /// Writes an array of leaves on one line where it fits and no comment is in the way.
@@ -210,19 +297,26 @@ private:
         const DataValueElements& elements = Tree::children(face)->elements;
         if (elements.size() * 3 >= kRightMargin)
             return false;
-        std::string line = "[ ";
+        TextBuffer line;
+        line.append("[ ");
+        std::size_t length = 4; // in bytes, with both brackets
         for (const DataValueElement& element : elements) {
             const CDataValue& child = Tree::face(element.value);
             if (isBranch(child) || hasComments(child))
                 return false;
-            if (&element != &elements.front())
-                line += ", ";
+            if (&element != &elements.front()) {
+                line.append(", ");
+                length += 2;
+            }
+            const std::size_t before = line.size();
             appendLeaf(line, child);
+            length +=
+                child.isString() ? quotedBytes(Tree::text(child).view()) : line.size() - before;
         }
-        line += " ]";
-        if (line.size() >= kRightMargin)
+        line.append(" ]");
+        if (length >= kRightMargin)
             return false;
-        m_out += line;
+        m_out.append(line);
         return true;
     }
 
@@ -233,7 +327,7 @@ private:
             const bool isMap = level.isMap;
             m_levels.pop_back();
             indent();
-            m_out += isMap ? '}' : ']';
+            m_out.append(isMap ? '}' : ']');
             if (!m_levels.empty())
                 finishChild();
             return;
@@ -242,8 +336,8 @@ private:
         commentBefore(child);
         indent();
         if (level.isMap) {
-            JsonText::appendQuoted(m_out, level.member->key.view());
-            m_out += " : ";
+            m_out.appendQuoted(level.member->key.view());
+            m_out.append(" : ");
         }
         const std::size_t depth = m_levels.size();
         value(child);
@@ -258,61 +352,39 @@ private:
         const CDataValue& child = level.child();
         level.advance();
         if (!level.atEnd())
-            m_out += ',';
+            m_out.append(',');
         commentsBehind(child);
     }
 
-    std::string m_out;
+    TextBuffer& m_out;
     std::vector<Level> m_levels;
 };
 
 } // namespace
 
-void JsonText::appendQuoted(std::string& out, std::string_view text)
-{
-    static constexpr char kHex[] = "0123456789ABCDEF";
-    static constexpr char kShort[] = "\"\\\b\f\n\r\t";
-    static constexpr char kLetters[] = "\"\\bfnrt";
-    out += '"';
-    std::size_t plain = 0; // start of the bytes that are still to be copied as they are
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        if (byte >= 0x20 && byte != '"' && byte != '\\')
-            continue;
-        out.append(text, plain, i - plain);
-        plain = i + 1;
-        const char* const found = byte ? std::strchr(kShort, byte) : nullptr;
-        out += '\\';
-        if (found) {
-            out += kLetters[found - kShort];
-        } else {
-            out += "u00";
-            out += kHex[byte >> 4];
-            out += kHex[byte & 0xF];
-        }
-    }
-    out.append(text.substr(plain));
-    out += '"';
-}
-
-void JsonText::appendReal(std::string& out, double number)
+void JsonText::appendReal(TextBuffer& out, double number)
 {
     if (!std::isfinite(number)) {
-        out += "null";
+        out.append("null");
         return;
     }
     char digits[32];
     const char* const end =
         std::to_chars(digits, digits + sizeof digits, number, std::chars_format::general, 16).ptr;
     const std::string_view text(digits, static_cast<std::size_t>(end - digits));
-    out += text;
+    out.append(text);
     if (text.find_first_of(".e") == std::string_view::npos)
-        out += ".0";
+        out.append(".0");
 }
 
-std::string JsonText::write(const CDataValue& value, ENUM_STYLE style)
+QString JsonText::write(const CDataValue& value, ENUM_STYLE style)
 {
-    return style == FAST_STYLE ? FastWriter().write(value) : StyledWriter().write(value);
+    TextBuffer out;
+    if (style == FAST_STYLE)
+        FastWriter(out).write(value);
+    else
+        StyledWriter(out).write(value);
+    return out.take();
 }
 
 QString CDataValue::parseToQString(ENUM_STYLE style) const
@@ -323,6 +395,5 @@ QString CDataValue::parseToQString(ENUM_STYLE style) const
                    << "Parse style is not right!";
         return QString();
     }
-    const std::string text = JsonText::write(*this, style);
-    return QString::fromUtf8(text.data(), static_cast<int>(text.size()));
+    return JsonText::write(*this, style);
 }

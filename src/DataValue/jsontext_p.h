@@ -2,6 +2,7 @@
 #define DATAVALUE_JSONTEXT_P_H
 
 #include "DataValue/datavalue.h"
+#include "DataValue/textbuffer_p.h"
 
 #include <string>
 #include <string_view>
@@ -13,8 +14,8 @@
 /// tree numbers outside the 32-bit rule become doubles.
 namespace JsonText {
 
-/// UTF-8 text of what the value shows, with the line feed at its end.
-std::string write(const CDataValue& value, ENUM_STYLE style);
+/// The text of what the value shows, with the line feed at its end.
+QString write(const CDataValue& value, ENUM_STYLE style);
 
 /// Parses UTF-8 into `value`. False, with `value` unchanged, on any syntax error. Never throws
 /// but for want of memory.
@@ -28,12 +29,9 @@ bool parseSlowly(const std::string& utf8, CDataValue& value);
 /// outside 32 bits become doubles.
 CDataValue fromJson(const Json::Value& json);
 
-/// Appends the quoted and escaped form of `text`.
-void appendQuoted(std::string& out, std::string_view text);
-
 /// Appends a number with 16 significant digits that reads back as a double; `null` for the
 /// numbers that JSON lacks.
-void appendReal(std::string& out, double number);
+void appendReal(TextBuffer& out, double number);
 
 } // namespace JsonText
 

@@ -1,0 +1,117 @@
+#include "DataValue/textbuffer_p.h"
+
+#include "DataValue/utf8text_p.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+std::size_t nonAsciiBytes(std::string_view text)
+{
+    std::size_t count = 0;
+    while (count != text.size() && static_cast<unsigned char>(text[count]) >= 0x80)
+        ++count;
+    return count;
+}
+
+} // namespace
+
+void TextBuffer::grow(std::size_t size)
+{
+    const std::size_t used = this->size();
+    m_text.resize(static_cast<int>(std::max(used + used / 2 + kFirst, used + size)));
+    m_begin = reinterpret_cast<ushort*>(m_text.data());
+    m_end = m_begin + used;
+    m_limit = m_begin + m_text.size();
+}
+
+QString TextBuffer::take()
+{
+    const auto used = static_cast<int>(size());
+    const bool isRoomy = m_text.size() - used > used / 4;
+    m_text.resize(used);
+    if (isRoomy)
+        m_text.squeeze();
+    m_begin = m_end = m_limit = nullptr;
+    return std::move(m_text);
+}
+
+void TextBuffer::appendBlanks(std::size_t count)
+{
+    std::fill_n(room(count), count, ushort(' '));
+    m_end += count;
+}
+
+void TextBuffer::append(const TextBuffer& other)
+{
+    if (other.size() != 0)
+        std::memcpy(room(other.size()), other.m_begin, other.size() * sizeof(ushort));
+    m_end += other.size();
+}
+
+void TextBuffer::appendUtf8(std::string_view text)
+{
+    room(text.size()); // no text has more units than bytes
+    while (!text.empty()) {
+        const std::size_t ascii = Utf8Text::widenAscii(text, m_end);
+        m_end += ascii;
+        text.remove_prefix(ascii);
+        const std::size_t other = nonAsciiBytes(text);
+        appendNonAscii(text.substr(0, other));
+        text.remove_prefix(other);
+    }
+}
+
+void TextBuffer::appendQuoted(std::string_view text)
+{
+    room(text.size() + 2);
+    *m_end++ = '"';
+    for (;;) {
+        const std::size_t plain = Utf8Text::widenPlain(text, m_end);
+        m_end += plain;
+        text.remove_prefix(plain);
+        if (text.empty())
+            break;
+        const std::size_t other = nonAsciiBytes(text);
+        if (other != 0) {
+            appendNonAscii(text.substr(0, other));
+            text.remove_prefix(other);
+        } else {
+            appendEscaped(static_cast<unsigned char>(text.front()));
+            text.remove_prefix(1);
+            room(text.size() + 1); // an escape took more than its byte
+        }
+    }
+    *m_end++ = '"';
+}
+
+void TextBuffer::appendEscaped(unsigned char byte)
+{
+    static constexpr char kHex[] = "0123456789ABCDEF";
+    static constexpr char kShort[] = "\"\\\b\f\n\r\t";
+    static constexpr char kLetters[] = "\"\\bfnrt";
+    const char* const found = byte ? std::strchr(kShort, byte) : nullptr;
+    append('\\');
+    if (found) {
+        append(kLetters[found - kShort]);
+    } else {
+        append("u00");
+        append(kHex[byte >> 4]);
+        append(kHex[byte & 0xF]);
+    }
+}
+
+void TextBuffer::appendNonAscii(std::string_view run)
+{
+    if (ushort* const end = Utf8Text::widenOther(run, m_end)) {
+        m_end = end;
+        return;
+    }
+    // What stands for bytes that are no character is Qt's decision. Not at the start of a text,
+    // where a byte-order mark would be dropped.
+    const QString whole =
+        QString::fromUtf8('x' + QByteArray(run.data(), static_cast<int>(run.size())));
+    std::memcpy(m_end, whole.utf16() + 1, static_cast<std::size_t>(whole.size() - 1) * 2);
+    m_end += whole.size() - 1;
+}
