@@ -33,6 +33,7 @@ class QDebug;
 namespace records {
 
 class FieldVisitor;
+class RecordPlan;
 
 /// What is known of a record without its type.
 struct RecordType
@@ -40,6 +41,8 @@ struct RecordType
     const char* name;
     const char* meaning;
     void (*visit)(FieldVisitor& visitor, void* record);
+    /// Where the fields lie: worked out with the first record, any one, and kept.
+    const RecordPlan& (*plan)(const void* record);
 };
 
 /// What is known of a list without its type. `record` is the record type of the elements, null
@@ -103,9 +106,19 @@ private:
     virtual void list(const Field& field, const ListType& type, void* member) = 0;
 };
 
+/// Never destroyed: records are written until the process ends.
+const RecordPlan& makePlan(const RecordType& type, const void* record);
+
 /// `RecordTypeOf<R>::value` is the type of the record R; WZR_RECORD defines it.
 template<class R>
 struct RecordTypeOf;
+
+template<class R>
+const RecordPlan& planOf(const void* record)
+{
+    static const RecordPlan& plan = makePlan(RecordTypeOf<R>::value, record);
+    return plan;
+}
 
 template<class T>
 struct IsList : std::false_type
@@ -228,7 +241,8 @@ extern RecordGroup diagnosticRecords;
         static constexpr RecordType value{#Record, meaning,                                        \
                                           [](FieldVisitor& field, void* record) {                  \
                                               visitFields(field, *static_cast<Record*>(record));   \
-                                          }};                                                      \
+                                          },                                                       \
+                                          planOf<Record>};                                         \
     };                                                                                             \
     void GetDataValueFromStruct(Record& record, CDataValue& data)                                  \
     {                                                                                              \

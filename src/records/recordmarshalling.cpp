@@ -1,15 +1,16 @@
-// Records into data values and back. The maps and arrays that a record becomes are built directly
-// in the value's tree, and read there: they are fresh, or plain maps, and the checks and notes of
-// the value's own operations would find nothing to do for each of their members again.
+// Records into data values and back. A record becomes a packed tree, made at one go, and is read
+// from one without unpacking it.
 
 #include "DataValue/datavalue_p.h"
-#include "records/recordfields_p.h"
+#include "DataValue/utf8text_p.h"
+#include "records/recordplan_p.h"
 
 #include <algorithm>
 #include <array>
-#include <numeric>
+#include <charconv>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace records {
@@ -17,276 +18,300 @@ namespace records {
 namespace {
 
 using Tree = DataValueTree;
+using Entry = RecordPlan::Entry;
 
-/// Puts a finished value, no container's yet, into a fresh place of `container`.
-void adopt(Tree::Container& container, CDataValue& slot, CDataValue& value)
-{
-    Tree::relocate(slot, value);
-    Tree::place(container, slot);
-}
-
-CDataValue arrayOf(const ListType& type, const void* list);
-CDataValue mapOf(const RecordType& type, void* record);
-
-/// Makes a value of each field; what follows says where it goes.
-class Writer : public FieldVisitor
-{
-protected:
-    ~Writer() = default;
-
-private:
-    virtual void put(const Field& field, CDataValue&& value) = 0;
-
-    void number(const Field& field, int& member) override { put(field, CDataValue(member)); }
-    void boolean(const Field& field, bool& member) override { put(field, CDataValue(member)); }
-    void text(const Field& field, QString& member) override { put(field, CDataValue(member)); }
-    void longNumber(const Field& field, long long& member) override
-    {
-        put(field, CDataValue(member));
-    }
-    void unsignedNumber(const Field& field, unsigned long& member) override
-    {
-        put(field, CDataValue(member));
-    }
-    void textMap(const Field& field, TextMap& member) override
-    {
-        CDataValue map;
-        for (auto item = member.cbegin(); item != member.cend(); ++item)
-            map.mapSet(item.key(), CDataValue(item.value()), false);
-        put(field, std::move(map));
-    }
-    void record(const Field& field, const RecordType& type, void* member) override
-    {
-        put(field, mapOf(type, member));
-    }
-    void list(const Field& field, const ListType& type, void* member) override
-    {
-        put(field, arrayOf(type, member));
-    }
-};
-
-/// Adds the fields to a value as it stands.
-class MemberWriter final : public Writer
+/// Appends the values of fields to a packed tree.
+class Writer final : public FieldVisitor
 {
 public:
-    explicit MemberWriter(CDataValue& data)
-        : m_data(data)
+    void writeRecord(const RecordType& type, void* record)
     {
-    }
-
-private:
-    void put(const Field& field, CDataValue&& value) override
-    {
-        m_data.mapSet(field.key, std::move(value), false);
-    }
-
-    CDataValue& m_data;
-};
-
-/// Makes maps of records of the same type, one after the other. The order of the keys and their
-/// texts are made for the first map and shared by the others.
-class MapMaker final : public Writer
-{
-public:
-    MapMaker()
-    {
-        m_keys.reserve(usualFields);
-        m_values.reserve(usualFields);
-    }
-
-    CDataValue make(const RecordType& type, void* record)
-    {
-        type.visit(*this, record);
-        if (m_order.empty())
-            sortKeys();
-        CDataValue map(MAP_VALUE);
-        Tree::Container& container = *Tree::children(map);
-        container.members.reserve(m_order.size());
-        for (const std::size_t field : m_order)
-            adopt(container, container.members.findOrAdd(m_keys[field]).value, m_values[field]);
-        m_values.clear();
-        return map;
-    }
-
-private:
-    void put(const Field& field, CDataValue&& value) override
-    {
-        if (m_order.empty())
-            m_keys.emplace_back(std::string_view(field.key));
-        m_values.push_back(std::move(value));
-    }
-
-    void sortKeys()
-    {
-        m_order.resize(m_keys.size());
-        std::iota(m_order.begin(), m_order.end(), std::size_t(0));
-        std::sort(m_order.begin(), m_order.end(), [this](std::size_t one, std::size_t other) {
-            return m_keys[one].view() < m_keys[other].view();
-        });
-    }
-
-    static constexpr std::size_t usualFields = 16;
-
-    std::vector<DataValueText> m_keys; // in the order of the fields
-    std::vector<std::size_t> m_order;  // the fields in the order of their keys
-    std::vector<CDataValue> m_values;  // of the record that is being visited
-};
-
-/// Appends the elements of a list to a fresh array.
-class ArrayMaker final : public Writer
-{
-public:
-    explicit ArrayMaker(std::size_t count) { container().elements.reserve(count); }
-
-    CDataValue array{ARRAY_VALUE};
-
-private:
-    Tree::Container& container() { return *Tree::children(array); }
-
-    void put(const Field&, CDataValue&& value) override
-    {
-        adopt(container(), Tree::appendSlot(container()), value);
-    }
-    void record(const Field& field, const RecordType& type, void* member) override
-    {
-        put(field, m_maps.make(type, member));
-    }
-
-    MapMaker m_maps;
-};
-
-CDataValue mapOf(const RecordType& type, void* record)
-{
-    return MapMaker().make(type, record);
-}
-
-CDataValue arrayOf(const ListType& type, const void* list)
-{
-    const std::size_t count = type.count(list);
-    if (count == 0) // travels as null
-        return CDataValue();
-    ArrayMaker elements(count);
-    type.visitElements(elements, list);
-    return std::move(elements.array);
-}
-
-/// Where the fields of a record stood in the map before, by their order in the list.
-using Places = std::vector<std::size_t>;
-
-/// Finds the members of one map. With `places` each is first looked for where it was in the map
-/// before: the maps of a list mostly have the same keys.
-class MemberFinder
-{
-public:
-    MemberFinder(CDataValue& map, Places* places)
-        : m_map(map)
-        , m_places(places)
-    {
-        if (!map.isObject() || Tree::holdsAddress(map))
-            return; // both are for the value's own look-up
-        m_members = &Tree::children(map)->members;
-        if (!places || m_members->size() > m_inOrder.size())
-            return;
-        for (DataValueMembers::Member& member : *m_members)
-            m_inOrder[m_count++] = &member;
-    }
-
-    CDataValue& find(const char* name)
-    {
-        if (!m_members)
-            return m_map.mapGet(name);
-        const std::string_view key(name);
-        const std::size_t field = m_field++;
-        if (m_count != 0 && field < m_places->size()) {
-            const std::size_t place = (*m_places)[field];
-            if (place < m_count && m_inOrder[place]->key.view() == key)
-                return m_inOrder[place]->value;
+        const RecordPlan& plan = type.plan(record);
+        const std::size_t map = m_builder.begin(MAP_VALUE);
+        for (const std::size_t index : plan.sorted()) {
+            const Entry& entry = plan.entries()[index];
+            m_builder.addLastingText(entry.key.data(), entry.key.size());
+            writeMember(entry, record);
         }
-        DataValueMembers::Member* const found = m_members->find(key);
-        if (m_count != 0)
-            remember(field, found);
-        return found ? found->value : CDataValue::referToMemberNull();
+        m_builder.end(map, plan.sorted().size());
+    }
+
+    void writeMember(const Entry& entry, void* record)
+    {
+        switch (entry.kind) {
+        case RecordPlan::Kind::Number:
+            m_builder.addInt(entry.member<int>(record));
+            break;
+        case RecordPlan::Kind::Boolean:
+            m_builder.addBool(entry.member<bool>(record));
+            break;
+        case RecordPlan::Kind::Text:
+            addText(entry.member<QString>(record));
+            break;
+        case RecordPlan::Kind::LongNumber:
+            addDigits(entry.member<long long>(record));
+            break;
+        case RecordPlan::Kind::UnsignedNumber:
+            addDigits(entry.member<unsigned long>(record));
+            break;
+        case RecordPlan::Kind::Texts:
+            writeTextMap(entry.member<TextMap>(record));
+            break;
+        case RecordPlan::Kind::Record:
+            writeRecord(*entry.record, &entry.member<char>(record));
+            break;
+        case RecordPlan::Kind::List:
+            writeList(*entry.list, &entry.member<char>(record));
+            break;
+        }
+    }
+
+    /// What was written; a null value when it was more than a packed tree can hold.
+    CDataValue finish()
+    {
+        CDataValue result;
+        Tree::constructPacked(result, m_builder);
+        return result;
     }
 
 private:
-    void remember(std::size_t field, const DataValueMembers::Member* found)
+    void addText(const QString& text)
     {
-        const auto end = m_inOrder.begin() + static_cast<std::ptrdiff_t>(m_count);
-        const auto place = std::find(m_inOrder.begin(), end, found) - m_inOrder.begin();
-        m_places->resize(std::max(m_places->size(), field + 1));
-        (*m_places)[field] = static_cast<std::size_t>(place);
+        char* const to = m_builder.textRoom(Utf8Text::room(text));
+        char* const end = Utf8Text::write(text, to);
+        *end = '\0';
+        m_builder.trimText(end + 1);
+        m_builder.addLastingText(to, static_cast<std::size_t>(end - to));
     }
 
-    CDataValue& m_map;
-    Places* m_places;
-    DataValueMembers* m_members = nullptr;
-    std::size_t m_field = 0;
-    std::size_t m_count = 0; // of m_inOrder
-    std::array<DataValueMembers::Member*, 32> m_inOrder{};
+    template<class Number>
+    void addDigits(Number number)
+    {
+        char digits[24];
+        char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+        m_builder.addText({digits, static_cast<std::size_t>(end - digits)});
+    }
+
+    void writeTextMap(const TextMap& texts)
+    {
+        if (texts.isEmpty()) { // travels as null
+            m_builder.addNull();
+            return;
+        }
+        std::vector<std::pair<std::string, const QString*>> members;
+        for (auto text = texts.cbegin(); text != texts.cend(); ++text)
+            members.emplace_back(text.key().toStdString(), &text.value());
+        std::stable_sort(members.begin(), members.end(),
+                         [](const auto& a, const auto& b) { return a.first < b.first; });
+        const std::size_t map = m_builder.begin(MAP_VALUE);
+        std::size_t count = 0;
+        for (std::size_t i = 0; i < members.size(); ++i) {
+            // Keys that differ in what has no UTF-8 are one key, and the last one stays.
+            if (i + 1 < members.size() && members[i].first == members[i + 1].first)
+                continue;
+            m_builder.addText(members[i].first);
+            addText(*members[i].second);
+            ++count;
+        }
+        m_builder.end(map, count);
+    }
+
+    void writeList(const ListType& type, const void* list)
+    {
+        const std::size_t count = type.count(list);
+        if (count == 0) { // travels as null
+            m_builder.addNull();
+            return;
+        }
+        const std::size_t array = m_builder.begin(ARRAY_VALUE);
+        type.visitElements(*this, list);
+        m_builder.end(array, count);
+    }
+
+    // The elements of lists.
+    void number(const Field&, int& member) override { m_builder.addInt(member); }
+    void boolean(const Field&, bool& member) override { m_builder.addBool(member); }
+    void text(const Field&, QString& member) override { addText(member); }
+    void longNumber(const Field&, long long& member) override { addDigits(member); }
+    void unsignedNumber(const Field&, unsigned long& member) override { addDigits(member); }
+    void textMap(const Field&, TextMap& member) override { writeTextMap(member); }
+    void record(const Field&, const RecordType& type, void* member) override
+    {
+        writeRecord(type, member);
+    }
+    void list(const Field&, const ListType& type, void* member) override
+    {
+        writeList(type, member);
+    }
+
+    PackedBuilder m_builder;
 };
 
-/// Reads fields from the members of a map, and an element, which has no key, from the value itself.
+void readTextMap(CDataValue& map, TextMap& texts)
+{
+    const std::vector<std::string> keys = map.mapGetKeys();
+    for (const std::string& bytes : keys) {
+        // The peers read keys byte by byte: one outside ASCII changes here, and its text is then
+        // not found under the changed key.
+        const QString key = QString::fromLatin1(bytes.c_str());
+        texts.insert(key, map.mapGet(key).asQString());
+    }
+}
+
+/// Reads fields: the member of an entry from the value that was found for it, the element of a
+/// list, which has no key, from the value itself.
+///
+/// What a value is read as, and what is noted of a wrong one, is CDataValue's to say; a packed
+/// node of the right kind is read directly.
 class Reader final : public FieldVisitor
 {
 public:
-    /// `places` are those of the list that `data` is an element of.
-    explicit Reader(CDataValue& data, Places* places = nullptr)
-        : m_data(data)
-        , m_places(places)
+    explicit Reader(CDataValue& value)
+        : m_value(&value)
+        , m_node(Tree::packedNode(value))
+        , m_block(Tree::packedBlock(value))
+    {
+    }
+    /// A node of a packed tree; null stands for a member that is not there.
+    Reader(const PackedNode* node, PackedBlock* block)
+        : m_node(node)
+        , m_block(block)
     {
     }
 
-    void read(const RecordType& type, void* record)
+    void readRecord(const RecordType& type, void* record)
     {
-        MemberFinder finder(m_data, m_places);
-        m_finder = &finder;
-        type.visit(*this, record);
+        const RecordPlan& plan = type.plan(record);
+        if (m_value && !m_node) {
+            for (const Entry& entry : plan.entries())
+                Reader(m_value->mapGet(entry.key.data())).readMember(entry, record);
+            return;
+        }
+        std::array<const PackedNode*, kUsualFields> usual;
+        std::vector<const PackedNode*> many;
+        const PackedNode** members = usual.data();
+        if (plan.entries().size() > usual.size()) {
+            many.resize(plan.entries().size());
+            members = many.data();
+        }
+        findMembers(plan, members);
+        for (std::size_t i = 0; i < plan.entries().size(); ++i)
+            Reader(members[i], m_block).readMember(plan.entries()[i], record);
     }
 
 private:
-    CDataValue& valueOf(const Field& field)
+    static constexpr std::size_t kUsualFields = 32;
+
+    void readMember(const Entry& entry, void* record)
     {
-        return field.key ? m_finder->find(field.key) : m_data;
-    }
-    void number(const Field& field, int& member) override { member = valueOf(field).asInt(); }
-    void boolean(const Field& field, bool& member) override { member = valueOf(field).asBool(); }
-    void text(const Field& field, QString& member) override { member = valueOf(field).asQString(); }
-    void longNumber(const Field& field, long long& member) override
-    {
-        member = valueOf(field).asLongLong();
-    }
-    void unsignedNumber(const Field& field, unsigned long& member) override
-    {
-        member = valueOf(field).asUnsignedLong();
-    }
-    void textMap(const Field& field, TextMap& member) override
-    {
-        CDataValue& map = valueOf(field);
-        const std::vector<std::string> keys = map.mapGetKeys();
-        for (const std::string& bytes : keys) {
-            // The peers read keys byte by byte: one outside ASCII changes here, and its text is
-            // then not found under the changed key.
-            const QString key = QString::fromLatin1(bytes.c_str());
-            member.insert(key, map.mapGet(key).asQString());
-        }
-    }
-    void record(const Field& field, const RecordType& type, void* member) override
-    {
-        Reader(valueOf(field), field.key ? nullptr : m_places).read(type, member);
-    }
-    void list(const Field& field, const ListType& type, void* member) override
-    {
-        CDataValue& array = valueOf(field);
-        Places places;
-        for (unsigned int index = 0; index < array.arrayCount(); ++index) {
-            Reader element(array.arrayGet(index), &places);
-            type.append(element, member);
+        switch (entry.kind) {
+        case RecordPlan::Kind::Number:
+            number({}, entry.member<int>(record));
+            break;
+        case RecordPlan::Kind::Boolean:
+            boolean({}, entry.member<bool>(record));
+            break;
+        case RecordPlan::Kind::Text:
+            text({}, entry.member<QString>(record));
+            break;
+        case RecordPlan::Kind::LongNumber:
+            longNumber({}, entry.member<long long>(record));
+            break;
+        case RecordPlan::Kind::UnsignedNumber:
+            unsignedNumber({}, entry.member<unsigned long>(record));
+            break;
+        case RecordPlan::Kind::Texts:
+            textMap({}, entry.member<TextMap>(record));
+            break;
+        case RecordPlan::Kind::Record:
+            readRecord(*entry.record, &entry.member<char>(record));
+            break;
+        case RecordPlan::Kind::List:
+            list({}, *entry.list, &entry.member<char>(record));
+            break;
         }
     }
 
-    CDataValue& m_data;
-    Places* m_places;
-    MemberFinder* m_finder = nullptr;
+    /// Looks all fields up in one walk: both the members and the sorted fields are in key order.
+    void findMembers(const RecordPlan& plan, const PackedNode** members) const
+    {
+        const bool isMap = m_node && m_node->kind == MAP_VALUE;
+        const PackedNode* key = isMap ? m_node + 1 : nullptr;
+        std::uint32_t left = isMap ? m_node->count : 0;
+        for (const std::size_t index : plan.sorted()) {
+            const std::string_view wanted = plan.entries()[index].key;
+            for (; left != 0 && key->view() < wanted; --left)
+                key = (key + 1)->behind();
+            members[index] = left != 0 && key->view() == wanted ? key + 1 : nullptr;
+        }
+    }
+
+    bool isA(ENUM_VALUE_TYPE kind) const { return m_node && m_node->kind == kind; }
+
+    /// Calls `read` with the value itself, made for the purpose where it is a node.
+    template<class Read>
+    auto asValue(Read read) const
+    {
+        if (m_value)
+            return read(*m_value);
+        if (!m_node)
+            return read(CDataValue::referToMemberNull());
+        CDataValue value;
+        Tree::constructPacked(value, *m_block, *m_node);
+        return read(value);
+    }
+
+    void number(const Field&, int& member) override
+    {
+        member = isA(INT_VALUE) ? m_node->signedNumber
+                                : asValue([](CDataValue& value) { return value.asInt(); });
+    }
+    void boolean(const Field&, bool& member) override
+    {
+        member = isA(BOOLEAN_VALUE) ? m_node->flag
+                                    : asValue([](CDataValue& value) { return value.asBool(); });
+    }
+    void text(const Field&, QString& member) override
+    {
+        member = isA(STRING_VALUE) ? QString::fromUtf8(m_node->text)
+                                   : asValue([](CDataValue& value) { return value.asQString(); });
+    }
+    void longNumber(const Field&, long long& member) override
+    {
+        member = asValue([](CDataValue& value) { return value.asLongLong(); });
+    }
+    void unsignedNumber(const Field&, unsigned long& member) override
+    {
+        member = asValue([](CDataValue& value) { return value.asUnsignedLong(); });
+    }
+    void textMap(const Field&, TextMap& member) override
+    {
+        asValue([&member](CDataValue& value) { readTextMap(value, member); });
+    }
+    void record(const Field&, const RecordType& type, void* member) override
+    {
+        readRecord(type, member);
+    }
+    void list(const Field&, const ListType& type, void* member) override
+    {
+        if (!m_value || m_node) {
+            const PackedNode* element = isA(ARRAY_VALUE) ? m_node + 1 : nullptr;
+            for (std::uint32_t left = element ? m_node->count : 0; left != 0; --left) {
+                Reader reader(element, m_block);
+                type.append(reader, member);
+                element = element->behind();
+            }
+            return;
+        }
+        for (unsigned int index = 0; index < m_value->arrayCount(); ++index) {
+            Reader reader(m_value->arrayGet(index));
+            type.append(reader, member);
+        }
+    }
+
+    CDataValue* m_value = nullptr;
+    const PackedNode* m_node;
+    PackedBlock* m_block;
 };
 
 } // namespace
@@ -296,17 +321,23 @@ private:
 
 void writeRecord(const RecordType& type, const void* record, CDataValue& data)
 {
+    void* const fields = const_cast<void*>(record);
     if (data.isNull()) {
-        data = mapOf(type, const_cast<void*>(record));
+        Writer writer;
+        writer.writeRecord(type, fields);
+        data = writer.finish();
         return;
     }
-    MemberWriter writer(data);
-    type.visit(writer, const_cast<void*>(record));
+    for (const Entry& entry : type.plan(record).entries()) {
+        Writer writer;
+        writer.writeMember(entry, fields);
+        data.mapSet(entry.key.data(), writer.finish(), false);
+    }
 }
 
 void readRecord(const RecordType& type, CDataValue& data, void* record)
 {
-    Reader(data).read(type, record);
+    Reader(data).readRecord(type, record);
 }
 
 } // namespace records
