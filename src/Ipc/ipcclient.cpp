@@ -6,7 +6,6 @@
 #include "Ipc/messageframe_p.h"
 #include "Ipc/slotscope_p.h"
 #include "Ipc/socketread_p.h"
-#include "Ipc/utf8_p.h"
 #include "LogTask/clog.h"
 #include "LogTask/logexcerpt_p.h"
 
@@ -34,13 +33,8 @@ void logContent(const char* function, const char* text, const QString& content)
         CLogFile() << sourceName << function << text << logExcerpt(content);
 }
 
-// What parseToQString() gives, encoded. Strings of the value may hold bytes that are no UTF-8;
-// those become what the text has for them.
 QByteArray utf8Of(const CDataValue& value)
 {
-    const std::string text = JsonText::write(value, FAST_STYLE);
-    if (Utf8::isValid(text.data(), static_cast<qsizetype>(text.size())))
-        return QByteArray(text.data(), static_cast<int>(text.size()));
     return value.parseToQString(FAST_STYLE).toUtf8();
 }
 
