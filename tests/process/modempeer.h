@@ -3,12 +3,14 @@
 
 #include <QFile>
 #include <QList>
-#include <QMap>
 #include <QTest>
 
 #include <condition_variable>
+#include <map>
 #include <mutex>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -55,7 +57,7 @@ public:
     /// From now on the command is answered with these bytes; none at all when they are empty.
     void answer(const QByteArray& command, const QByteArray& bytes)
     {
-        change([&] { m_answers[command] = bytes; });
+        change([&] { m_answers[command.toStdString()] = bytes.toStdString(); });
     }
     /// The same with one line of information and "OK".
     void inform(const QByteArray& command, const QByteArray& line)
@@ -72,7 +74,7 @@ public:
     void say(const QByteArray& bytes)
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        write(bytes);
+        write(bytes.toStdString());
     }
 
     /// Takes the device away, as pulling out the plug does; waits until it is gone.
@@ -105,7 +107,10 @@ public:
     QList<QByteArray> commands() const
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        return m_commands;
+        QList<QByteArray> commands;
+        for (const std::string& command : m_commands)
+            commands += QByteArray::fromStdString(command);
+        return commands;
     }
     /// Waits until the command has come `times` times.
     bool hears(const QByteArray& command, int times = 1) const
@@ -126,9 +131,9 @@ private:
         if (::write(m_wake[1], "", 1) != 1)
             qFatal("ModemPeer: cannot wake");
     }
-    void write(const QByteArray& bytes)
+    void write(const std::string& bytes)
     {
-        if (::write(m_master, bytes.constData(), static_cast<size_t>(bytes.size())) < 0)
+        if (::write(m_master, bytes.data(), bytes.size()) < 0)
             qWarning("ModemPeer: cannot write");
     }
 
@@ -157,10 +162,11 @@ private:
         for (int i = 0; i < count; ++i) {
             if (bytes[i] != '\r') {
                 m_command += bytes[i];
-            } else if (!m_command.isEmpty()) {
-                m_commands += m_command;
+            } else if (!m_command.empty()) {
+                m_commands.push_back(m_command);
+                const auto answer = m_answers.find(m_command);
                 if (!m_isSilent)
-                    write(m_answers.value(m_command, "\r\nOK\r\n"));
+                    write(answer != m_answers.end() ? answer->second : "\r\nOK\r\n");
                 m_command.clear();
             }
         }
@@ -183,9 +189,10 @@ private:
     int m_wake[2] = {-1, -1};
     int m_master = -1;
     int m_slave = -1; // held, so that the line stays when the program closes its end
-    QMap<QByteArray, QByteArray> m_answers;
-    QList<QByteArray> m_commands;
-    QByteArray m_command;
+    // Nothing here shares its content with a copy in the other thread.
+    std::map<std::string, std::string> m_answers;
+    std::vector<std::string> m_commands;
+    std::string m_command;
     bool m_isPlugged = false;
     bool m_isSilent = false;
     bool m_isEnding = false;

@@ -108,7 +108,6 @@ void AtChannel::close(const QString& reason)
     m_isPortOpen = false;
     m_isOpen = false;
     m_pollTimer.stop();
-    m_lines.clear();
     m_toWrite.clear();
     tellNotUnderstood();
     finish(AtError::NoConnection);
