@@ -41,6 +41,9 @@ void tst_atmodemreports::reportsEachChangeOfTheConnectionOnce()
     QCOMPARE(report.text, QString("+CGEV: NW DEACT \"IP\",\"10.0.0.1\",1"));
     QCOMPARE(report.data.asInt(), 0);
     QCOMPARE(line.modem.hangUp(), 3);
+    BLConnectState state;
+    QCOMPARE(line.modem.connectState(state), 0);
+    QCOMPARE(state.nState, 0);
     QVERIFY(line.reports.isEmpty());
 }
 

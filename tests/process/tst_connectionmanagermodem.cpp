@@ -62,6 +62,7 @@ private Q_SLOTS:
     void servesTwoClientsAtASilentModem();
     void handlesTheRequestsOfAllClientsInOrder();
     void reachesALongOperationWithACancel();
+    void cancelsARequestThatWaits();
     void refusesAFlood();
     void endsAtOnceWhileTheModemIsSilent();
     void obeysTheControllerWhileTheModemIsSilent();
@@ -181,6 +182,27 @@ void tst_connectionmanagermodem::reachesALongOperationWithACancel()
     const QString result = client.answerWith("RPT_SMS_DELETED");
     QVERIFY2(result.contains(R"("vFailureRef":[3],"vSuccessRef":[1,2])"), qPrintable(result));
     QVERIFY(!line.peer.commands().contains("AT+CMGD=3"));
+}
+
+// The cancel does not overtake what it is meant for: that would forget it.
+void tst_connectionmanagermodem::cancelsARequestThatWaits()
+{
+    FailingLine line;
+    RawClient client(line.manager.socket("demo-device-1"));
+    line.peer.answer("AT+COPS=?", "");
+    client.send(request("NETWORK_LIST"));
+    QVERIFY(line.peer.hears("AT+COPS=?"));
+    client.send(R"({"IPCMSG_TYPE":"DEMO_MESSAGE_SMS_DELETE","IPCMSG_USER_DATA":{"vRef":[1,2]}})");
+    client.send(R"({"IPCMSG_TYPE":"DEMO_MESSAGE_CANCEL",)"
+                R"("IPCMSG_USER_DATA":{"msgId":"DEMO_MESSAGE_SMS_DELETE"}})");
+    QVERIFY(line.service->says("DEMO_MESSAGE_CANCEL"));
+    line.peer.say("\r\nERROR\r\n");
+    QCOMPARE(errorIn(client.answer(), "NETWORK_LIST"), -1);
+    QCOMPARE(errorIn(client.answer(), "SMS_DELETE"), 0);
+    QCOMPARE(errorIn(client.answer(), "CANCEL"), 0);
+    const QString result = client.answerWith("RPT_SMS_DELETED");
+    QVERIFY2(result.contains(R"("vFailureRef":[1,2],"vSuccessRef":null)"), qPrintable(result));
+    QVERIFY(!line.peer.commands().contains("AT+CMGD=1"));
 }
 
 void tst_connectionmanagermodem::refusesAFlood()

@@ -95,7 +95,7 @@ void AtChannel::open()
 
 QString AtChannel::openPort()
 {
-    const QString reason = refusal(m_options.port);
+    QString reason = refusal(m_options.port);
     if (!reason.isEmpty())
         return reason;
     const bool isOpened = m_port->open(QFile::encodeName(m_options.port).constData());
@@ -131,7 +131,7 @@ AtReply AtChannel::send(const AtCommand& command)
     }
     if (!m_isOpen || m_isEnding)
         return {AtError::NoConnection, {}};
-    const AtReply reply = exchange(command, false, milliseconds(command.wait));
+    AtReply reply = exchange(command, false, milliseconds(command.wait));
     if (m_isOpen && !m_isEnding && reply.error == AtError::NoConnection && !synchronise() &&
         m_isOpen)
         close(QStringLiteral("does not answer"));

@@ -1,10 +1,8 @@
 #include "deviceservice/workqueue.h"
 
-#include <utility>
-
-void WorkQueue::add(std::function<void()> work)
+void WorkQueue::add(const std::function<void()>& work)
 {
-    m_work.enqueue(std::move(work));
+    m_work.enqueue(work);
     QMetaObject::invokeMethod(this, &WorkQueue::doNext, Qt::QueuedConnection);
 }
 

@@ -23,7 +23,7 @@ public:
     using QObject::QObject;
 
     /// Does the work soon, from the event loop, never inside this call. Work may add work.
-    void add(std::function<void()> work);
+    void add(const std::function<void()>& work);
 
 private:
     void doNext();
