@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
+#include <new>
 
 namespace {
 
@@ -19,8 +21,12 @@ std::size_t nonAsciiBytes(std::string_view text)
 
 void TextBuffer::grow(std::size_t size)
 {
+    using Size = decltype(m_text.size());
     const std::size_t used = this->size();
-    m_text.resize(static_cast<int>(std::max(used + used / 2 + kFirst, used + size)));
+    const std::size_t wanted = std::max(used + used / 2 + kFirst, used + size);
+    if (wanted > static_cast<std::size_t>(std::numeric_limits<Size>::max() / 4))
+        throw std::bad_alloc(); // more than a QString holds
+    m_text.resize(static_cast<Size>(wanted));
     m_begin = reinterpret_cast<ushort*>(m_text.data());
     m_end = m_begin + used;
     m_limit = m_begin + m_text.size();
@@ -28,7 +34,7 @@ void TextBuffer::grow(std::size_t size)
 
 QString TextBuffer::take()
 {
-    const auto used = static_cast<int>(size());
+    const auto used = static_cast<decltype(m_text.size())>(size());
     const bool isRoomy = m_text.size() - used > used / 4;
     m_text.resize(used);
     if (isRoomy)

@@ -45,7 +45,8 @@ QString read(const QByteArray& bytes)
 /// As QString::fromUtf8(), which drops a byte-order mark at the start.
 QString readByQt(const QByteArray& bytes)
 {
-    return QString::fromUtf8('x' + bytes).mid(1);
+    const QByteArray guarded = 'x' + bytes;
+    return QString::fromUtf8(guarded.constData(), guarded.size()).mid(1);
 }
 
 QString quotedByHand(const QByteArray& bytes)
