@@ -176,6 +176,9 @@ private:
     void value(const CDataValue& face)
     {
         if (const PackedNode* const packed = Tree::packedNode(face)) {
+            const PackedBlock& block = *Tree::packedBlock(face);
+            if (packed == block.root()) // quotation marks, commas and digits: about so many
+                m_out.reserve(block.textBytes() + 4 * std::size_t(packed->size));
             PackedWriter(m_out).write(*packed);
         } else if (isBranch(face)) {
             m_out.append(face.isObject() ? '{' : '[');

@@ -108,6 +108,7 @@ void PackedBuilder::addLastingText(const char* bytes, std::size_t size)
     PackedNode& node = add(STRING_VALUE);
     node.text = bytes;
     node.size = static_cast<std::uint32_t>(size);
+    m_textBytes += size;
     m_isTooLarge = m_isTooLarge || size >= kLimit;
 }
 
@@ -120,8 +121,10 @@ void PackedBuilder::addCopy(const PackedNode& node)
     std::memcpy(static_cast<void*>(to), &node, count * sizeof(PackedNode));
     m_count += count;
     for (std::size_t i = 0; i < count; ++i) {
-        if (to[i].kind == STRING_VALUE)
+        if (to[i].kind == STRING_VALUE) {
             to[i].text = copyText(to[i].view());
+            m_textBytes += to[i].size;
+        }
     }
 }
 
@@ -141,7 +144,7 @@ PackedBlock* PackedBuilder::finish()
             std::realloc(m_memory, sizeof(PackedBlock) + m_count * sizeof(PackedNode));
         m_memory = exact ? exact : m_memory;
     }
-    auto* const block = new (std::exchange(m_memory, nullptr)) PackedBlock(m_texts);
+    auto* const block = new (std::exchange(m_memory, nullptr)) PackedBlock(m_texts, m_textBytes);
     m_texts = nullptr;
     return block;
 }

@@ -46,6 +46,8 @@ public:
     PackedBlock& operator=(const PackedBlock&) = delete;
 
     const PackedNode* root() const { return reinterpret_cast<const PackedNode*>(this + 1); }
+    /// The bytes of all texts and keys.
+    std::size_t textBytes() const { return m_textBytes; }
     void addReference() { m_references.fetch_add(1, std::memory_order_relaxed); }
     void dropReference()
     {
@@ -57,8 +59,9 @@ private:
     friend class PackedBuilder;
     struct Texts;
 
-    explicit PackedBlock(Texts* texts)
+    PackedBlock(Texts* texts, std::size_t textBytes)
         : m_texts(texts)
+        , m_textBytes(textBytes)
     {
     }
     ~PackedBlock() = default;
@@ -66,6 +69,7 @@ private:
 
     std::atomic<std::uint32_t> m_references{1};
     Texts* m_texts;
+    std::size_t m_textBytes;
 };
 
 /// Makes a packed tree from front to back.
@@ -144,6 +148,7 @@ private:
     PackedNode* m_nodes = nullptr;
     std::size_t m_count = 0;
     std::size_t m_capacity = 0;
+    std::size_t m_textBytes = 0;
     PackedBlock::Texts* m_texts = nullptr; // the newest first
     char* m_room = nullptr;                // of the newest
     char* m_roomEnd = nullptr;

@@ -25,7 +25,8 @@ void TextBuffer::grow(std::size_t size)
     const std::size_t used = this->size();
     const std::size_t wanted = std::max(used + used / 2 + kFirst, used + size);
     if (wanted > static_cast<std::size_t>(std::numeric_limits<Size>::max() / 4))
-        throw std::bad_alloc(); // more than a QString holds
+        throw std::bad_alloc();                // more than a QString holds
+    m_text.reserve(static_cast<Size>(wanted)); // resize() alone would take up to twice as much
     m_text.resize(static_cast<Size>(wanted));
     m_begin = reinterpret_cast<ushort*>(m_text.data());
     m_end = m_begin + used;
@@ -35,7 +36,7 @@ void TextBuffer::grow(std::size_t size)
 QString TextBuffer::take()
 {
     const auto used = static_cast<decltype(m_text.size())>(size());
-    const bool isRoomy = m_text.size() - used > used / 4;
+    const bool isRoomy = m_text.capacity() - used > used / 4;
     m_text.resize(used);
     if (isRoomy)
         m_text.squeeze();
