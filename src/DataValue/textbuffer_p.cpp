@@ -25,22 +25,28 @@ void TextBuffer::grow(std::size_t size)
     const std::size_t used = this->size();
     const std::size_t wanted = std::max(used + used / 2 + kFirst, used + size);
     if (wanted > static_cast<std::size_t>(std::numeric_limits<Size>::max() / 4))
-        throw std::bad_alloc();                // more than a QString holds
+        throw std::bad_alloc(); // more than a QString holds
+    const bool isFirst = m_begin == m_first;
     m_text.reserve(static_cast<Size>(wanted)); // resize() alone would take up to twice as much
     m_text.resize(static_cast<Size>(wanted));
     m_begin = reinterpret_cast<ushort*>(m_text.data());
     m_end = m_begin + used;
-    m_limit = m_begin + m_text.size();
+    m_limit = m_begin + wanted;
+    if (isFirst)
+        std::memcpy(m_begin, m_first, used * sizeof(ushort));
 }
 
 QString TextBuffer::take()
 {
     const auto used = static_cast<decltype(m_text.size())>(size());
+    if (m_begin == m_first)
+        return QString(reinterpret_cast<const QChar*>(m_first), used);
     const bool isRoomy = m_text.capacity() - used > used / 4;
     m_text.resize(used);
     if (isRoomy)
         m_text.squeeze();
-    m_begin = m_end = m_limit = nullptr;
+    m_begin = m_end = m_first;
+    m_limit = m_first + kFirst;
     return std::move(m_text);
 }
 

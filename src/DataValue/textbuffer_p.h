@@ -54,12 +54,13 @@ private:
     void appendNonAscii(std::string_view run);
     void appendEscaped(unsigned char byte);
 
-    static constexpr std::size_t kFirst = 256;
+    static constexpr std::size_t kFirst = 512;
 
-    QString m_text; // of the size of the room
-    ushort* m_begin = nullptr;
-    ushort* m_end = nullptr;
-    ushort* m_limit = nullptr;
+    ushort m_first[kFirst]; // room for short texts, which then become a QString of their size
+    QString m_text;         // what has outgrown it; of the size of the room
+    ushort* m_begin = m_first;
+    ushort* m_end = m_first;
+    ushort* m_limit = m_first + kFirst;
 };
 
 #endif
