@@ -1,6 +1,7 @@
 #include "DataValue/datavalue.h"
 
 #include "DataValue/datavalue_p.h"
+#include "DataValue/utf8text_p.h"
 #include "LogTask/clog.h"
 
 #include <QLocale>
@@ -67,6 +68,13 @@ CDataValue::CDataValue(const char* begin, const char* end)
 
 CDataValue::CDataValue(const QString& text)
 {
+    char usual[256]; // most texts fit here
+    if (Utf8Text::room(text) <= sizeof usual) {
+        const char* const end = Utf8Text::write(text, usual);
+        DataValueTree::constructText(
+            *this, std::string_view(usual, static_cast<std::size_t>(end - usual)));
+        return;
+    }
     const QByteArray utf8 = text.toUtf8();
     DataValueTree::constructText(
         *this, std::string_view(utf8.constData(), static_cast<std::size_t>(utf8.size())));

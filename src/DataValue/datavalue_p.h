@@ -57,8 +57,8 @@ using DataValueElements = std::vector<DataValueElement>;
 struct CDataValue::Container
 {
     union {
-        CDataValue* owner = nullptr; // the value that holds these children
-        Container* nextToRelease;    // while a whole tree is being released
+        CDataValue* owner;        // the value that holds these children
+        Container* nextToRelease; // while a whole tree is being released
     };
     DataValueElements elements;
     DataValueMembers members;
@@ -75,13 +75,26 @@ struct CDataValue::Container
     /// These children and all below them as a packed tree, from when they were last copied.
     PackedBlock* packed = nullptr;
 
-    Container() = default;
+    /// A new container for `owner`, with room for so many members, if any, in the same memory.
+    static Container* create(CDataValue& owner, std::size_t roomyFor);
+    static void operator delete(void* container) { ::operator delete(container); }
     Container(const Container&) = delete;
     Container& operator=(const Container&) = delete;
     ~Container()
     {
         if (packed)
             packed->dropReference();
+    }
+
+private:
+    explicit Container(CDataValue& value)
+        : owner(&value)
+    {
+    }
+    Container(CDataValue& value, std::size_t count)
+        : owner(&value)
+        , members(this + 1, count)
+    {
     }
 };
 
@@ -163,7 +176,12 @@ struct DataValueTree
     static Extras& makeExtras(CDataValue& value);
 
     /// Gives a null value without content the kind with its default content.
-    static void construct(CDataValue& value, ENUM_VALUE_TYPE kind);
+    static void construct(CDataValue& value, ENUM_VALUE_TYPE kind)
+    {
+        constructFor(value, kind, kUsualMembers);
+    }
+    /// The same; a map gets room for so many members.
+    static void constructFor(CDataValue& value, ENUM_VALUE_TYPE kind, std::size_t members);
     static void constructText(CDataValue& value, std::string_view text);
     static void constructText(CDataValue& value, const DataValueText& text);
     static void constructInt(CDataValue& value, int number)
@@ -360,6 +378,7 @@ struct DataValueTree
 
 private:
     friend class DataValuePacker;
+    static constexpr std::size_t kUsualMembers = 8;
     struct CopyStep;
     static CDataValue movedContainer(CDataValue& value, const CDataValue& target);
     static void makeRoom(Container& container);

@@ -27,6 +27,60 @@ constexpr std::size_t kFirstPage = 16;
 
 } // namespace
 
+DataValueMembers::Page::Page(const Slot* first, const Slot* last)
+{
+    reserve(kPageSize);
+    m_size = static_cast<std::size_t>(last - first);
+    std::copy(first, last, m_slots);
+}
+
+void DataValueMembers::Page::makeRoom()
+{
+    if (m_size == m_capacity)
+        reserve(std::clamp(m_size * 2, kFirstPage, kPageSize));
+}
+
+void DataValueMembers::Page::insert(std::size_t at, const Slot& slot)
+{
+    if (at != m_size)
+        std::copy_backward(m_slots + at, m_slots + m_size, m_slots + m_size + 1);
+    m_slots[at] = slot;
+    ++m_size;
+}
+
+void DataValueMembers::Page::remove(std::size_t at)
+{
+    std::copy(m_slots + at + 1, m_slots + m_size, m_slots + at);
+    --m_size;
+}
+
+void DataValueMembers::Page::reserve(std::size_t capacity)
+{
+    if (capacity <= m_capacity)
+        return;
+    auto* const slots = new Slot[capacity];
+    std::copy(m_slots, m_slots + m_size, slots);
+    if (!m_isBorrowed)
+        delete[] m_slots;
+    m_slots = slots;
+    m_capacity = capacity;
+    m_isBorrowed = false;
+}
+
+std::size_t DataValueMembers::roomFor(std::size_t count)
+{
+    const std::size_t slots = std::min(count, kPageSize);
+    return sizeof(Block) + count * sizeof(Member) + slots * sizeof(Slot);
+}
+
+DataValueMembers::DataValueMembers(void* room, std::size_t count)
+{
+    m_borrowed = new (room) Block{nullptr, 0, count};
+    m_blocks = m_borrowed;
+    void* const slots = m_borrowed->members() + count;
+    m_onlyPage = Page(static_cast<Slot*>(slots), std::min(count, kPageSize));
+}
+
 DataValueMembers::Key::Key(std::string_view bytes)
     : prefix(0)
     , text(bytes)
@@ -65,14 +119,14 @@ DataValueMembers::Place DataValueMembers::lowerBound(const Key& key) const
         };
         page = std::lower_bound(first, page, key, endsBefore);
     }
-    const Slot* low = page->data();
+    const Slot* low = page->begin();
     for (std::size_t count = page->size(); count != 0;) {
         const std::size_t half = count / 2;
         const bool right = isBefore(low[half], key);
         low += right ? half + 1 : 0;
         count = right ? count - half - 1 : half;
     }
-    return {pageIndex(page), static_cast<std::size_t>(low - page->data())};
+    return {pageIndex(page), static_cast<std::size_t>(low - page->begin())};
 }
 
 bool DataValueMembers::isAt(const Place& place, const Key& key) const
@@ -119,15 +173,9 @@ DataValueMembers::Member& DataValueMembers::insert(Place place, std::uint64_t pr
     if (page(place.page).size() == kPageSize)
         splitPage(place);
     Page& target = page(place.page);
-    if (target.size() == target.capacity())
-        target.reserve(std::clamp(target.size() * 2, kFirstPage, kPageSize));
+    target.makeRoom();
     Member* const member = new (allocate()) Member{std::move(key), CDataValue()};
-    target.push_back(Slot{prefix, member});
-    if (place.at + 1 != target.size()) {
-        Slot* const slot = &target[place.at];
-        std::memmove(slot + 1, slot, (target.size() - 1 - place.at) * sizeof(Slot));
-        *slot = Slot{prefix, member};
-    }
+    target.insert(place.at, Slot{prefix, member});
     ++m_size;
     return *member;
 }
@@ -140,9 +188,8 @@ void DataValueMembers::splitPage(Place& place)
     Page& full = m_pages[place.page];
     const bool atEnd = place.at == kPageSize && place.page + 1 == m_pages.size();
     const std::size_t kept = atEnd ? kPageSize - 1 : kPageSize / 2;
-    const auto middle = full.begin() + static_cast<std::ptrdiff_t>(kept);
-    Page upper(middle, full.end());
-    full.erase(middle, full.end());
+    Page upper(full.begin() + kept, full.end());
+    full.shrink(kept);
     m_pages.insert(m_pages.begin() + static_cast<std::ptrdiff_t>(place.page) + 1, std::move(upper));
     if (place.at > kept) {
         ++place.page;
@@ -158,7 +205,7 @@ bool DataValueMembers::remove(std::string_view text)
         return false;
     Page& source = page(place.page);
     Member* const member = source[place.at].member;
-    source.erase(source.begin() + static_cast<std::ptrdiff_t>(place.at));
+    source.remove(place.at);
     if (source.empty() && !m_pages.empty())
         m_pages.erase(m_pages.begin() + static_cast<std::ptrdiff_t>(place.page));
     --m_size;
@@ -171,20 +218,14 @@ void DataValueMembers::clear()
 {
     for (Member& member : *this)
         member.~Member();
-    m_onlyPage.clear();
+    m_onlyPage.shrink(0);
     m_pages.clear();
     m_free = nullptr;
     m_size = 0;
-    while (m_blocks)
+    while (m_blocks != m_borrowed)
         ::operator delete(std::exchange(m_blocks, m_blocks->next));
-}
-
-void DataValueMembers::reserve(std::size_t count)
-{
-    if (m_size == 0 && count != 0 && !m_blocks) {
-        addBlock(count);
-        m_onlyPage.reserve(std::min(count, kPageSize));
-    }
+    if (m_borrowed)
+        m_borrowed->used = 0;
 }
 
 DataValueMembers::Member* DataValueMembers::allocate()
@@ -193,8 +234,10 @@ DataValueMembers::Member* DataValueMembers::allocate()
         FreeRoom* const room = std::exchange(m_free, m_free->next);
         return reinterpret_cast<Member*>(room);
     }
-    if (!m_blocks || m_blocks->used == m_blocks->capacity)
-        addBlock(m_blocks ? std::min(m_blocks->capacity * 2, kLargestBlock) : kFirstBlock);
+    if (!m_blocks || m_blocks->used == m_blocks->capacity) {
+        const std::size_t next = m_blocks ? m_blocks->capacity * 2 : kFirstBlock;
+        addBlock(std::clamp(next, kFirstBlock, kLargestBlock));
+    }
     return m_blocks->members() + m_blocks->used++;
 }
 

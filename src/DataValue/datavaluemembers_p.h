@@ -4,6 +4,9 @@
 #include "DataValue/datavalue.h"
 #include "DataValue/datavaluetext_p.h"
 
+#include <utility>
+#include <vector>
+
 /// The members of a map, in byte order of their keys.
 ///
 /// A member stays where it is until it is removed. Members lie in blocks that grow with the map;
@@ -19,6 +22,10 @@ public:
     };
 
     DataValueMembers() = default;
+    /// Begins in memory that the caller provides, roomFor(count) bytes which outlive this: a small
+    /// map then needs no other.
+    DataValueMembers(void* room, std::size_t count);
+    static std::size_t roomFor(std::size_t count);
     DataValueMembers(const DataValueMembers&) = delete;
     DataValueMembers& operator=(const DataValueMembers&) = delete;
     ~DataValueMembers() { clear(); }
@@ -37,8 +44,6 @@ public:
     /// Removes the member of that name; false when there is none.
     bool remove(std::string_view key);
     void clear();
-    /// Makes room at once for that many members.
-    void reserve(std::size_t count);
 
 private:
     /// One place of the index: the member, and the first bytes of its key, which mostly decide.
@@ -47,7 +52,59 @@ private:
         std::uint64_t prefix;
         Member* member;
     };
-    using Page = std::vector<Slot>;
+    /// A piece of the index. Its slots lie on the heap, or in memory that belongs to others.
+    class Page
+    {
+    public:
+        Page() = default;
+        Page(Slot* room, std::size_t capacity)
+            : m_slots(room)
+            , m_capacity(capacity)
+            , m_isBorrowed(true)
+        {
+        }
+        /// A copy of these.
+        Page(const Slot* first, const Slot* last);
+        Page(Page&& other) noexcept { swap(other); }
+        Page& operator=(Page&& other) noexcept
+        {
+            swap(other);
+            return *this;
+        }
+        ~Page()
+        {
+            if (!m_isBorrowed)
+                delete[] m_slots;
+        }
+
+        std::size_t size() const { return m_size; }
+        bool empty() const { return m_size == 0; }
+        const Slot* begin() const { return m_slots; }
+        const Slot* end() const { return m_slots + m_size; }
+        const Slot& back() const { return m_slots[m_size - 1]; }
+        const Slot& operator[](std::size_t at) const { return m_slots[at]; }
+        /// Makes room for one more slot, which insert() needs.
+        void makeRoom();
+        void insert(std::size_t at, const Slot& slot);
+        void remove(std::size_t at);
+        /// Drops what stands behind the first `size`.
+        void shrink(std::size_t size) { m_size = size; }
+
+    private:
+        void reserve(std::size_t capacity);
+        void swap(Page& other) noexcept
+        {
+            std::swap(m_slots, other.m_slots);
+            std::swap(m_size, other.m_size);
+            std::swap(m_capacity, other.m_capacity);
+            std::swap(m_isBorrowed, other.m_isBorrowed);
+        }
+
+        Slot* m_slots = nullptr;
+        std::size_t m_size = 0;
+        std::size_t m_capacity = 0;
+        bool m_isBorrowed = false;
+    };
     struct Key
     {
         explicit Key(std::string_view bytes);
@@ -119,8 +176,9 @@ private:
 
     Page m_onlyPage;
     std::vector<Page> m_pages;
-    Block* m_blocks = nullptr;  // the newest, which may have room, first
-    FreeRoom* m_free = nullptr; // room of removed members
+    Block* m_borrowed = nullptr; // the first block, where the caller provided it
+    Block* m_blocks = nullptr;   // the newest, which may have room, first
+    FreeRoom* m_free = nullptr;  // room of removed members
     std::size_t m_size = 0;
 };
 

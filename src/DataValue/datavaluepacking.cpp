@@ -198,16 +198,15 @@ void DataValueTree::unpack(CDataValue& value)
 {
     PackedBlock* const block = value.m_payload.packed.block;
     const PackedNode& packed = *value.m_payload.packed.node;
-    auto container = std::make_unique<Container>();
-    container->owner = &value;
+    const bool isMap = value.m_kind == MAP_VALUE;
+    std::unique_ptr<Container> container(Container::create(value, isMap ? packed.count : 0));
     container->covered = value.m_holder && value.m_holder->covered;
     const PackedNode* node = &packed + 1;
-    if (value.m_kind == ARRAY_VALUE) {
+    if (!isMap) {
         container->elements.reserve(packed.count);
         for (std::uint32_t i = 0; i < packed.count; ++i, node = node->behind())
             constructPacked(appendSlot(*container), *block, *node);
     } else {
-        container->members.reserve(packed.count);
         for (std::uint32_t i = 0; i < packed.count; ++i, node = node->behind()) {
             CDataValue& slot = container->members.append(DataValueText(node->view())).value;
             ++node;

@@ -52,16 +52,22 @@ DataValueTree::Extras& DataValueTree::makeExtras(CDataValue& value)
     return *value.m_extras;
 }
 
-void DataValueTree::construct(CDataValue& value, ENUM_VALUE_TYPE kind)
+CDataValue::Container* CDataValue::Container::create(CDataValue& owner, std::size_t roomyFor)
+{
+    const std::size_t room = roomyFor ? DataValueMembers::roomFor(roomyFor) : 0;
+    void* const memory = ::operator new(sizeof(Container) + room);
+    return roomyFor ? new (memory) Container(owner, roomyFor) : new (memory) Container(owner);
+}
+
+void DataValueTree::constructFor(CDataValue& value, ENUM_VALUE_TYPE kind, std::size_t members)
 {
     if (kind == STRING_VALUE) {
         constructText(value, std::string_view());
         return;
     }
     if (isContainer(kind)) {
-        auto* container = new Container;
-        container->owner = &value;
-        value.m_payload.children = container;
+        const bool isMap = kind == MAP_VALUE || kind == ADDRESS_MAP_VALUE;
+        value.m_payload.children = Container::create(value, isMap ? members : 0);
     } else if (kind == REAL_VALUE) {
         value.m_payload.real = 0.0;
     } else {

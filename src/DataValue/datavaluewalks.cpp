@@ -40,7 +40,7 @@ void DataValueTree::copyOne(const CopyStep& step, std::vector<CopyStep>& pending
         return;
     }
 
-    construct(to, from.m_kind);
+    constructFor(to, from.m_kind, source->members.size());
     Container& container = *to.m_payload.children;
     container.mayHoldAddress = !faces && source->mayHoldAddress;
     const Copy below = faces ? Copy::Face : isOrdinary(from.m_kind) ? Copy::InStep : Copy::Whole;
@@ -52,7 +52,6 @@ void DataValueTree::copyOne(const CopyStep& step, std::vector<CopyStep>& pending
             copyOne(next, pending);
     };
     container.elements.reserve(source->elements.size());
-    container.members.reserve(source->members.size());
     for (const DataValueElement& element : source->elements)
         copyChild(appendSlot(container), element.value);
     for (const auto& member : source->members)

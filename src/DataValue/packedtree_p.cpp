@@ -27,7 +27,7 @@ namespace {
 
 constexpr std::size_t kFirstNodes = 32;
 constexpr std::size_t kFirstTexts = 224;
-constexpr std::size_t kLargestTexts = 64 * 1024;
+constexpr std::size_t kLargestTexts = 65536;
 constexpr std::size_t kLimit = std::numeric_limits<std::uint32_t>::max();
 
 void* orThrow(void* memory)
