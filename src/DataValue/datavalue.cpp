@@ -97,6 +97,7 @@ CDataValue::CDataValue(unsigned long value)
 }
 
 CDataValue::CDataValue(const CDataValue& other)
+    : CDataValue(NULL_VALUE) // so that what was copied is destroyed when memory runs out
 {
     if (!DataValueTree::share(*this, other))
         DataValueTree::copy(*this, other, DataValueTree::Copy::Whole);
@@ -135,6 +136,7 @@ void CDataValue::clear()
         warn("clear", "The value is no container, it is left as it is!");
     }
 }
+
 bool CDataValue::isEqual(const CDataValue& other) const
 {
     return DataValueTree::equal(*this, other);

@@ -69,14 +69,17 @@ struct CDataValue::Container
     bool outOfStep = false;
     /// Whether an address may be somewhere below. Set upwards, never wrongly clear.
     bool mayHoldAddress = false;
-    /// Whether `packed` of this container or of one above it tells what stands here. Those below
-    /// a covered container are covered, too.
+    /// Whether a packed tree, of this container or of one above it, may tell what stands here.
+    /// Where one is kept, all containers that it tells of are covered; the mark may be set in vain.
     bool covered = false;
-    /// These children and all below them as a packed tree, from when they were last copied.
+    /// Whether packing was tried in vain since the last change here or below.
+    bool cannotPack = false;
+    /// These children and all below them as a packed tree, from when they were last copied. Where
+    /// there is one the container is in step, and holds no addresses and no comments.
     PackedBlock* packed = nullptr;
 
-    /// A new container for `owner`, with room for so many members, if any, in the same memory.
-    static Container* create(CDataValue& owner, std::size_t roomyFor);
+    /// A new container for `owner`, with room for the first `members` in the same memory.
+    static Container* create(CDataValue& owner, std::size_t members);
     static void operator delete(void* container) { ::operator delete(container); }
     Container(const Container&) = delete;
     Container& operator=(const Container&) = delete;
@@ -233,7 +236,7 @@ struct DataValueTree
         if (from.m_packed) {
             block = from.m_payload.packed.block;
             node = from.m_payload.packed.node;
-            if (!isWorthSharing(*block, *node))
+            if (node != block->root()) // may be too small a part
                 return false;
         } else {
             block = from.m_payload.children->packed;
@@ -246,12 +249,6 @@ struct DataValueTree
         to.m_kind = from.m_kind;
         to.m_packed = true;
         return true;
-    }
-    /// A small part of a block is copied instead of keeping the whole alive.
-    static bool isWorthSharing(const PackedBlock& block, const PackedNode& node)
-    {
-        constexpr std::uint32_t kSmallestPart = 4;
-        return node.size >= block.root()->size / kSmallestPart;
     }
     /// Fills `to`, a null value, with the content of `from`, with the result of a whole copy.
     /// A child of a container is copied, everything else is left a null value.
@@ -321,8 +318,9 @@ struct DataValueTree
     }
     static CDataValue& insertSlot(Container& container, std::size_t index);
 
-    /// To be called before the mirror of `value` changes: what hangs above it, and will not be
-    /// reached by the synchronising walk that follows (if one does), keeps its mirror.
+    /// To be called before the content or the mirror of `value` changes: what hangs above it, and
+    /// will not be reached by the synchronising walk that follows (if one does), keeps its mirror,
+    /// and packed trees that tell of the old content are dropped.
     static void beforeChange(CDataValue& value, bool synchronised)
     {
         const Container* const own = unpackedChildren(value);
@@ -335,6 +333,7 @@ struct DataValueTree
     {
         for (; container && container->covered; container = container->owner->m_holder) {
             container->covered = false;
+            container->cannotPack = false;
             if (PackedBlock* const block = std::exchange(container->packed, nullptr))
                 block->dropReference();
         }

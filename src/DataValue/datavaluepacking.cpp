@@ -14,7 +14,8 @@ public:
     {
     }
 
-    /// False when there are comments, which a packed tree cannot hold.
+    /// False when there are comments, which a packed tree cannot hold; the containers around are
+    /// marked, so that a copy of each does not look for them again.
     bool pack(DataValueTree::Container& root)
     {
         enter(root);
@@ -29,14 +30,14 @@ public:
             }
             if (level.element != level.container->elements.size()) {
                 if (!add(level.container->elements[level.element++].value))
-                    return false;
+                    return markUnpackable();
                 continue;
             }
             const DataValueMembers::Member& member = *level.member;
             ++level.member;
             m_builder.addText(member.key.view());
             if (!add(member.value))
-                return false;
+                return markUnpackable();
         }
         return true;
     }
@@ -55,6 +56,13 @@ private:
         container.covered = true;
         m_levels.push_back(
             {&container, m_builder.begin(container.owner->type()), 0, container.members.begin()});
+    }
+
+    bool markUnpackable()
+    {
+        for (const Level& level : m_levels)
+            level.container->cannotPack = true;
+        return false;
     }
 
     bool add(const CDataValue& value)
@@ -128,6 +136,27 @@ PackedBlock* DataValueTree::pack(Container& container)
     return container.packed;
 }
 
+namespace {
+
+/// Whether a part is so much of its block that a copy may keep the whole alive.
+bool isWorthSharing(const PackedBlock& block, const PackedNode& node)
+{
+    constexpr std::size_t kPart = 4;
+    constexpr std::size_t kFewBytes = 4096;
+    if (&node == block.root())
+        return true;
+    if (node.size * kPart < block.root()->size)
+        return false;
+    if (block.textBytes() <= kFewBytes)
+        return true;
+    std::size_t bytes = 0;
+    for (const PackedNode* text = &node; text != node.behind(); ++text)
+        bytes += text->kind == STRING_VALUE ? text->size : 0;
+    return bytes * kPart >= block.textBytes();
+}
+
+} // namespace
+
 bool DataValueTree::copyPacked(CDataValue& to, const CDataValue& from)
 {
     if (!isOrdinary(from.m_kind))
@@ -135,7 +164,8 @@ bool DataValueTree::copyPacked(CDataValue& to, const CDataValue& from)
     Container* const container = unpackedChildren(from);
     if (container) {
         const bool isEmpty = container->elements.empty() && container->members.empty();
-        if (isEmpty || container->outOfStep || container->mayHoldAddress)
+        const bool isOther = container->outOfStep || container->mayHoldAddress;
+        if (isEmpty || isOther || container->cannotPack)
             return false;
         PackedBlock* const block = pack(*container);
         if (!block)

@@ -52,11 +52,13 @@ DataValueTree::Extras& DataValueTree::makeExtras(CDataValue& value)
     return *value.m_extras;
 }
 
-CDataValue::Container* CDataValue::Container::create(CDataValue& owner, std::size_t roomyFor)
+CDataValue::Container* CDataValue::Container::create(CDataValue& owner, std::size_t members)
 {
-    const std::size_t room = roomyFor ? DataValueMembers::roomFor(roomyFor) : 0;
+    constexpr std::size_t kMost = 64; // a large map is cleared, or loses members, to some purpose
+    const std::size_t inside = members <= kMost ? members : 0;
+    const std::size_t room = inside ? DataValueMembers::roomFor(inside) : 0;
     void* const memory = ::operator new(sizeof(Container) + room);
-    return roomyFor ? new (memory) Container(owner, roomyFor) : new (memory) Container(owner);
+    return inside ? new (memory) Container(owner, inside) : new (memory) Container(owner);
 }
 
 void DataValueTree::constructFor(CDataValue& value, ENUM_VALUE_TYPE kind, std::size_t members)

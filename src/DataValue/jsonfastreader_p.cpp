@@ -32,6 +32,11 @@ constexpr std::size_t kPadding = 16;
 /// disorder would be moved once for every level.
 constexpr std::size_t kMovesPerNode = 32;
 
+/// The texts of a value stay where they were read. Where the whole is more than so many times their
+/// bytes, and more than a few, they are copied out of it.
+constexpr std::size_t kPart = 8;
+constexpr std::size_t kFewBytes = 4096;
+
 /// The number rule: before each digit, a value that has reached a tenth of the range makes the
 /// whole number a double. So an integer is one only between these.
 constexpr std::int64_t kLowest = -2147483639;
@@ -158,7 +163,7 @@ private:
 };
 
 /// Reads `text`, which is the builder's, ends with a zero byte and has the padding behind it.
-bool readInPlace(PackedBuilder& builder, char* text, CDataValue& value)
+bool readInPlace(PackedBuilder& builder, char* text, std::size_t size, CDataValue& value)
 {
     constexpr unsigned kFlags = rapidjson::kParseInsituFlag |
                                 rapidjson::kParseNumbersAsStringsFlag |
@@ -169,8 +174,14 @@ bool readInPlace(PackedBuilder& builder, char* text, CDataValue& value)
     if (!reader.Parse<kFlags>(stream, events))
         return false;
     CDataValue read;
-    if (!Tree::constructPacked(read, builder))
+    if (size > kPart * builder.textBytes() + kFewBytes) { // mostly blanks, numbers or escapes
+        PackedBuilder compact;
+        compact.addCopy(builder.node(0));
+        if (!Tree::constructPacked(read, compact))
+            return false;
+    } else if (!Tree::constructPacked(read, builder)) {
         return false;
+    }
     value = std::move(read);
     return true;
 }
@@ -184,13 +195,14 @@ bool JsonFastReader::read(std::string_view utf8, CDataValue& value)
     if (!utf8.empty())
         std::memcpy(text, utf8.data(), utf8.size());
     std::memset(text + utf8.size(), 0, kPadding);
-    return readInPlace(builder, text, value);
+    return readInPlace(builder, text, utf8.size(), value);
 }
 
 bool JsonFastReader::read(const QString& utf16, CDataValue& value)
 {
     PackedBuilder builder;
     char* const text = builder.textRoom(Utf8Text::room(utf16) + kPadding);
-    std::memset(Utf8Text::write(utf16, text), 0, kPadding);
-    return readInPlace(builder, text, value);
+    char* const end = Utf8Text::write(utf16, text);
+    std::memset(end, 0, kPadding);
+    return readInPlace(builder, text, static_cast<std::size_t>(end - text), value);
 }

@@ -65,7 +65,7 @@ void copyComments(CDataValue& to, const Json::Value& from)
 
 void buildContainer(const BuildStep& step, std::vector<BuildStep>& pending)
 {
-    Tree::construct(*step.to, CDataValue::toValueType(*step.from));
+    Tree::constructFor(*step.to, CDataValue::toValueType(*step.from), step.from->size());
     Tree::Container& container = *Tree::children(*step.to);
     if (step.from->isArray())
         container.elements.reserve(step.from->size());

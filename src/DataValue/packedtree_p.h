@@ -118,6 +118,7 @@ public:
     /// Gives back the end of the room of the latest textRoom(), from `end` on.
     void trimText(char* end) { m_room = end; }
 
+    std::size_t textBytes() const { return m_textBytes; }
     std::size_t nodeCount() const { return m_count; }
     PackedNode& node(std::size_t index) { return m_nodes[index]; }
     void reserve(std::size_t nodes)

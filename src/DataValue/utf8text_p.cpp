@@ -166,7 +166,7 @@ ushort* Utf8Text::widenOther(std::string_view text, ushort* to)
 
 std::size_t Utf8Text::room(const QString& text)
 {
-    const ushort* const units = text.utf16();
+    const auto* const units = reinterpret_cast<const ushort*>(text.constData());
     const auto count = static_cast<std::size_t>(text.size());
     std::size_t bytes = count;
     for (std::size_t i = 0; i < count; ++i)
@@ -176,7 +176,7 @@ std::size_t Utf8Text::room(const QString& text)
 
 char* Utf8Text::write(const QString& text, char* to)
 {
-    const ushort* const units = text.utf16();
+    const auto* const units = reinterpret_cast<const ushort*>(text.constData());
     const auto count = static_cast<std::size_t>(text.size());
     char* end = to;
     for (std::size_t done = 0; done < count;) {

@@ -181,6 +181,7 @@ public:
 
     void readRecord(const RecordType& type, void* record)
     {
+        noteMiss();
         const RecordPlan& plan = type.plan(record);
         if (m_value && !m_node) {
             for (const Entry& entry : plan.entries())
@@ -246,6 +247,13 @@ private:
         }
     }
 
+    /// A member that is not there is a miss, also where nothing is read from it.
+    void noteMiss() const
+    {
+        if (!m_value && !m_node)
+            CDataValue::referToMemberNull();
+    }
+
     bool isA(ENUM_VALUE_TYPE kind) const { return m_node && m_node->kind == kind; }
 
     /// Calls `read` with the value itself, made for the purpose where it is a node.
@@ -294,6 +302,7 @@ private:
     }
     void list(const Field&, const ListType& type, void* member) override
     {
+        noteMiss();
         if (!m_value || m_node) {
             const PackedNode* element = isA(ARRAY_VALUE) ? m_node + 1 : nullptr;
             for (std::uint32_t left = element ? m_node->count : 0; left != 0; --left) {
@@ -337,6 +346,11 @@ void writeRecord(const RecordType& type, const void* record, CDataValue& data)
 
 void readRecord(const RecordType& type, CDataValue& data, void* record)
 {
+    if (&data == &CDataValue::m_sNull) { // the first miss would destroy what is being read
+        CDataValue written(data);
+        Reader(written).readRecord(type, record);
+        return;
+    }
     Reader(data).readRecord(type, record);
 }
 

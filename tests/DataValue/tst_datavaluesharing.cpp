@@ -22,6 +22,7 @@ private Q_SLOTS:
     void copyShowsTheNullBeyondTheEnd();
     void copyOfACopyIsInStep();
     void commentsAreCopied();
+    void commentsDeepInsideAreCopiedAndRemoved();
     void addressesAreNotShared();
     void membersOfACopyAreFound();
     void sharedValuesAreEqual();
@@ -225,6 +226,21 @@ void tst_DataValueSharing::commentsAreCopied()
     const QString styled = copy.parseToQString(STYLED_STYLE);
     QVERIFY2(styled.contains("// why"), qPrintable(styled));
     QCOMPARE(styled, plain.parseToQString(STYLED_STYLE));
+}
+
+void tst_DataValueSharing::commentsDeepInsideAreCopiedAndRemoved()
+{
+    CDataValue root = parsed("{\"a\":[[1],[{\"b\":[2, 3 // three\n]}]],\"z\":{}}");
+    for (int i = 0; i < 2; ++i) { // packing is tried in vain once
+        const CDataValue copy(root);
+        QVERIFY(copy.parseToQString(STYLED_STYLE).contains("// three"));
+        QCOMPARE(fast(copy), QString("{\"a\":[[1],[{\"b\":[2,3]}]],\"z\":{}}\n"));
+    }
+    root.mapGet("a").arrayGet(1).arrayGet(0).mapSet("b", CDataValue(4), true);
+    CDataValue copy(root);
+    root.mapGet("a").arrayGet(1).arrayGet(0).mapSet("b", CDataValue(5), true);
+    QCOMPARE(fast(copy), QString("{\"a\":[[1],[{\"b\":4}]],\"z\":{}}\n"));
+    QCOMPARE(fast(CDataValue(root)), QString("{\"a\":[[1],[{\"b\":5}]],\"z\":{}}\n"));
 }
 
 void tst_DataValueSharing::addressesAreNotShared()

@@ -21,6 +21,8 @@ private Q_SLOTS:
     void writesIntoAScalarWithoutEffect();
     void writesAnEmptyListAsNull();
     void readsAMissingListAsEmpty();
+    void countsAMissingListAsAMiss();
+    void readsWhatWasWrittenThroughAMiss();
     void appendsToAListThatHasEntries();
     void readsTwiceIntoADoubledList();
     void goesOnAfterAKeySpeltDifferently();
@@ -434,6 +436,32 @@ void tst_RecordEdgeCases::singleTextIsNoListOfLines()
     QVERIFY(finding.strDiscription.isEmpty());
     QCOMPARE(finding.strSolution, QStringLiteral("s"));
     QCOMPARE(m_log->lines(), QStringList());
+}
+
+void tst_RecordEdgeCases::countsAMissingListAsAMiss()
+{
+    for (const bool isUnpacked : {false, true}) {
+        CDataValue message;
+        QVERIFY(CDataValue::parseToDataValue("{\"other\":1}", message));
+        if (isUnpacked)
+            message.mapGet("other");
+        CDataValue::referToMemberNull() = CDataValue(1); // lost with the next miss
+        BLSmsGetListCnf list;
+        GetStructFromDataValue(message, list);
+        QVERIFY(CDataValue::m_sNull.isNull());
+    }
+}
+
+void tst_RecordEdgeCases::readsWhatWasWrittenThroughAMiss()
+{
+    CDataValue map(MAP_VALUE);
+    CDataValue& missed = map.mapGet("missing");
+    QVERIFY(CDataValue::parseToDataValue("{\"nIn\":5}", missed)); // "nOut" will be a miss
+    BLCallVolume volume;
+    GetStructFromDataValue(missed, volume);
+    QCOMPARE(volume.nOut, 0);
+    QCOMPARE(volume.nIn, 5);
+    QVERIFY(CDataValue::m_sNull.isNull());
 }
 
 QTEST_GUILESS_MAIN(tst_RecordEdgeCases)
