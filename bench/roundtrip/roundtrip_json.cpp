@@ -112,7 +112,8 @@ int serve(const QString& address)
 int request(const QString& address, int connections)
 {
     std::vector<std::unique_ptr<QLocalSocket>> sockets;
-    const auto ask = [&sockets](const char* type, int index, int bytes) {
+    QLocalSocket* latest = nullptr; // the server has accepted all that were connected before it
+    const auto ask = [&latest](const char* type, int index, int bytes) {
         const QJsonObject data{{QStringLiteral("nIndex"), index},
                                {QStringLiteral("nBytes"), bytes},
                                {QStringLiteral("strNote"), requestNote()}};
@@ -120,7 +121,7 @@ int request(const QString& address, int connections)
             {QStringLiteral("IPCMSG_TYPE"), QLatin1String(type)},
             {QStringLiteral("IPCMSG_USER_DATA"), data},
             {QStringLiteral("IPCMSG_MSG_SENDER"), QLatin1String(senderName)}};
-        send(sockets.front().get(), QJsonDocument(envelope).toJson(QJsonDocument::Compact));
+        send(latest, QJsonDocument(envelope).toJson(QJsonDocument::Compact));
     };
     Rounds rounds(
         connections, [&](int index, int bytes) { ask(requestType, index, bytes); },
@@ -132,7 +133,8 @@ int request(const QString& address, int connections)
         QObject::connect(socket, &QLocalSocket::readyRead, socket, [&rounds, socket] {
             receive(socket, [&](const QJsonObject& reply) { rounds.replied(readAnswer(reply)); });
         });
-        QObject::connect(socket, &QLocalSocket::connected, socket, [&] {
+        QObject::connect(socket, &QLocalSocket::connected, socket, [&, socket] {
+            latest = socket;
             if (++connected == connections)
                 rounds.ready();
         });

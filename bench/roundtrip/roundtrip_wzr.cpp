@@ -85,13 +85,16 @@ int serve(const QString& address, bool once)
 int request(const QString& address, int connections, bool once)
 {
     std::vector<std::unique_ptr<IPCClient>> clients;
-    const auto send = [&clients](const char* type, int index, int bytes) {
+    // The one that was connected last asks: by then the server has accepted all that came before,
+    // and they hear a broadcast.
+    IPCClient* latest = nullptr;
+    const auto send = [&latest](const char* type, int index, int bytes) {
         CDataValue data(MAP_VALUE);
         data.mapSet("nIndex", CDataValue(index), false);
         data.mapSet("nBytes", CDataValue(bytes), false);
         data.mapSet("strNote", CDataValue(requestNote()), false);
         data.synchJsonData();
-        clients.front()->messageSend(type, &data, senderName);
+        latest->messageSend(type, &data, senderName);
     };
     Rounds rounds(
         connections, [&](int index, int bytes) { send(requestType, index, bytes); },
@@ -102,7 +105,8 @@ int request(const QString& address, int connections, bool once)
         IPCClient* const client = clients.back().get();
         QObject::connect(client, &IPCClient::sigMessageReceived, client,
                          [&](CDataValue* envelope) { rounds.replied(readAnswer(*envelope)); });
-        QObject::connect(client, &IPCClient::sigIPCServerConnected, client, [&] {
+        QObject::connect(client, &IPCClient::sigIPCServerConnected, client, [&, client] {
+            latest = client;
             if (++connected == connections)
                 rounds.ready();
         });
