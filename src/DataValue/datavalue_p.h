@@ -80,7 +80,11 @@ struct CDataValue::Container
 
     /// A new container for `owner`, with room for the first `members` in the same memory.
     static Container* create(CDataValue& owner, std::size_t members);
-    static void operator delete(void* container) { ::operator delete(container); }
+    /// Without a size, as the memory is larger than the object; create() is the way to get it.
+    static void operator delete(void* container) // NOLINT(misc-new-delete-overloads)
+    {
+        ::operator delete(container);
+    }
     Container(const Container&) = delete;
     Container& operator=(const Container&) = delete;
     ~Container()

@@ -12,7 +12,7 @@ namespace {
 
 // A consumed beginning of the text is removed when it is longer than this and than the rest, so
 // that each unit is moved a bounded number of times.
-constexpr qsizetype compactAbove = 32 * 1024;
+constexpr qsizetype compactAbove = 32768;
 
 // The first `marker`, which is not empty, at `from` or behind it; -1 when there is none.
 qsizetype indexOf(const QByteArray& bytes, const QByteArray& marker, qsizetype from)

@@ -16,6 +16,7 @@
 #include <QLoggingCategory>
 #include <QMetaMethod>
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstring>
 #include <iterator>
@@ -65,14 +66,15 @@ private:
 bool waitForUsers()
 {
     const QDeadlineTimer deadline(stopLimit);
-    for (const UserCount& count : s_userCounts) {
+    const auto isUnused = [&deadline](const UserCount& count) {
         while (count.users.load() != 0) {
             if (deadline.hasExpired())
                 return false;
             QThread::yieldCurrentThread();
         }
-    }
-    return true;
+        return true;
+    };
+    return std::all_of(std::begin(s_userCounts), std::end(s_userCounts), isUnused);
 }
 
 // The formatted message, at most `size` - 1 bytes, without half a character at the cut.
