@@ -18,7 +18,7 @@ CLogObject::CLogObject(const QString& path, bool append, bool debug, bool flush,
     const auto mode = QIODevice::WriteOnly | QIODevice::Unbuffered;
     if (!m_file.open(mode | (append ? QIODevice::Append : QIODevice::Truncate)))
         return;
-    m_unwritten.reserve(2 * kept);
+    m_unwritten.reserve(kept + kept);
     banner("Start Log--");
 }
 

@@ -5,10 +5,10 @@
 namespace {
 
 // So many bytes end the gathering: enough that waking costs nothing beside writing them.
-constexpr std::size_t enough = 256 * 1024;
+constexpr std::size_t enough = 262144;
 
 // A batch that was once larger than this gives its memory back.
-constexpr std::size_t keptCapacity = 1024 * 1024;
+constexpr std::size_t keptCapacity = 1048576;
 
 // The lock is held for less time than the system takes to put a thread to sleep and to wake it.
 std::unique_lock<std::mutex> lockSoon(std::mutex& mutex)

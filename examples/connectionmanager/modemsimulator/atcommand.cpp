@@ -59,11 +59,9 @@ QByteArray normalised(const QByteArray& body)
     for (const char c : body) {
         if (c == '"')
             isText = !isText;
-        if (isText)
-            line += c;
-        else if (c >= 'a' && c <= 'z')
+        if (!isText && c >= 'a' && c <= 'z')
             line += static_cast<char>(c - 'a' + 'A');
-        else if (c != ' ')
+        else if (isText || c != ' ')
             line += c;
     }
     return line;
