@@ -11,9 +11,9 @@
 //         field("nIn", record.nIn, "Level of the microphone");
 //     }
 //
-// and that is all a record costs: writing, reading, comparing, printing and the catalogue walk the
-// list with a FieldVisitor each. The visitors are reached through virtual functions, so that each
-// list is compiled once and not once per visitor.
+// and that is all a record costs: comparing, printing and the catalogue walk the list with a
+// FieldVisitor each, and writing and reading go by a plan made from it. The visitors are reached
+// through virtual functions, so that each list is compiled once and not once per visitor.
 
 #include "records/recordcatalogue.h"
 
