@@ -165,9 +165,9 @@ CDataValue JsonText::fromJson(const Json::Value& json)
     return build(json, Integers::ByTheirType);
 }
 
-bool JsonText::parse(const std::string& utf8, CDataValue& value)
+bool JsonText::parse(std::string_view utf8, CDataValue& value)
 {
-    return JsonFastReader::read(utf8, value) || parseSlowly(utf8, value);
+    return JsonFastReader::read(utf8, value) || parseSlowly(std::string(utf8), value);
 }
 
 bool JsonText::parseSlowly(const std::string& utf8, CDataValue& value)

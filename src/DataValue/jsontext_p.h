@@ -19,7 +19,7 @@ QString write(const CDataValue& value, ENUM_STYLE style);
 
 /// Parses UTF-8 into `value`. False, with `value` unchanged, on any syntax error. Never throws
 /// but for want of memory.
-bool parse(const std::string& utf8, CDataValue& value);
+bool parse(std::string_view utf8, CDataValue& value);
 
 /// The same by JsonCpp's reader alone, which says what every text means. parse() asks it only for
 /// what JsonFastReader leaves.

@@ -168,6 +168,9 @@ std::size_t Utf8Text::room(const QString& text)
 {
     const auto* const units = reinterpret_cast<const ushort*>(text.constData());
     const auto count = static_cast<std::size_t>(text.size());
+    constexpr std::size_t kShort = 80; // whose characters are not worth a look
+    if (count <= kShort)
+        return 3 * count;
     std::size_t bytes = count;
     for (std::size_t i = 0; i < count; ++i)
         bytes += static_cast<std::size_t>((units[i] >= 0x80) + (units[i] >= 0x800));
