@@ -258,8 +258,8 @@ void LogindWatch::leaveSession()
     m_session.clear();
 }
 
-// A session from which the user has logged out stays, inactive, for as long as a process of it does.
-// Whether the new one takes its place is for logind to say.
+// A session from which the user has logged out stays, inactive, for as long as a process of it
+// does. Whether the new one takes its place is for logind to say.
 void LogindWatch::sessionAdded(const QString&, const QDBusObjectPath&)
 {
     if (m_era && !m_active.value_or(false))
