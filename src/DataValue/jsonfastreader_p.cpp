@@ -1,6 +1,7 @@
 #include "DataValue/jsonfastreader_p.h"
 
 #include "DataValue/datavalue_p.h"
+#include "DataValue/jsontext_p.h"
 #include "DataValue/utf8text_p.h"
 
 // The reader scans strings 16 bytes at a time where it may.
@@ -36,11 +37,6 @@ constexpr std::size_t kMovesPerNode = 32;
 /// bytes, and more than a few, they are copied out of it.
 constexpr std::size_t kPart = 8;
 constexpr std::size_t kFewBytes = 4096;
-
-/// The number rule: before each digit, a value that has reached a tenth of the range makes the
-/// whole number a double. So an integer is one only between these.
-constexpr std::int64_t kLowest = -2147483639;
-constexpr std::int64_t kHighest = 4294967289;
 
 /// Receives the reader's events and hands them to a builder.
 class Events : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Events>
@@ -118,7 +114,7 @@ private:
         if (text.size() <= 11) {
             std::int64_t integer = 0;
             const auto read = std::from_chars(text.data(), end, integer);
-            if (read.ptr == end && integer >= kLowest && integer <= kHighest) {
+            if (read.ptr == end && JsonText::isInteger(integer)) {
                 if (integer > std::numeric_limits<int>::max())
                     m_builder.addUInt(static_cast<unsigned int>(integer));
                 else

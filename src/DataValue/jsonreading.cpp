@@ -21,11 +21,6 @@ enum class Integers {
     ByTheirType  ///< the JSON type; what has no place in 32 bits is a double
 };
 
-/// The number rule: an integer is one only inside these limits, else it is a double. They lie a
-/// little inside the 32-bit range, since the rule looks at the number before its last digit.
-constexpr Json::Int64 kLowest = -2147483639;
-constexpr Json::Int64 kHighest = 4294967289;
-
 /// The double nearest to a 64-bit integer. JsonCpp's own conversion rounds twice.
 double nearestDouble(const Json::Value& json)
 {
@@ -36,8 +31,7 @@ double nearestDouble(const Json::Value& json)
 void constructInteger(CDataValue& value, const Json::Value& json, Integers rule)
 {
     const bool byText = rule == Integers::ByTheirText;
-    const bool ruledOut =
-        byText && (!json.isInt64() || json.asInt64() < kLowest || json.asInt64() > kHighest);
+    const bool ruledOut = byText && (!json.isInt64() || !JsonText::isInteger(json.asInt64()));
     const bool isUnsigned = byText ? !json.isInt() : json.type() == Json::uintValue;
     if (!ruledOut && isUnsigned && json.isUInt())
         Tree::constructUInt(value, json.asUInt());
