@@ -86,6 +86,9 @@ public:
         if (kind != NULL_VALUE)
             construct(kind);
     }
+    /// Beware of the sizes of Qt's containers: `list.size()` is an `int` with Qt 5 and is stored as
+    /// the number `3`, but a `long long` with Qt 6, stored as the text `"3"`. Where both have to
+    /// agree, name the type: `CDataValue(int(list.size()))`.
     CDataValue(bool value)
         : m_kind(BOOLEAN_VALUE)
     {
@@ -109,6 +112,17 @@ public:
     /// A string: the bytes up to the terminating zero; a null pointer gives the empty string.
     CDataValue(const char* utf8);
     CDataValue(const std::string& utf8);
+#ifdef __cpp_char8_t
+    /// The same for the literals u8"..." of C++20, whose characters are of a type of their own.
+    CDataValue(const char8_t* utf8)
+        : CDataValue(reinterpret_cast<const char*>(utf8))
+    {
+    }
+#endif
+    // Texts of other encodings would be taken for addresses: convert them to QString.
+    CDataValue(const char16_t* utf16) = delete;
+    CDataValue(const char32_t* utf32) = delete;
+    CDataValue(const wchar_t* text) = delete;
     /// A string: the bytes from `begin` up to, not including, `end`.
     CDataValue(const char* begin, const char* end);
     CDataValue(const QString& text);
@@ -131,7 +145,10 @@ public:
     /// Takes the content over, with the result of a copy. A source that is itself an element or
     /// member of a container is copied instead and stays as it is, and so is one that holds the
     /// value it is moved to.
-    CDataValue(CDataValue&& other) noexcept { take(other); }
+    CDataValue(CDataValue&& other) noexcept
+    {
+        take(other);
+    }
     ~CDataValue()
     {
         if (mayOwn())
@@ -150,7 +167,10 @@ public:
     /// containers are left as they are. A scalar is left as it is, with a warning in the log.
     void clear();
 
-    ENUM_VALUE_TYPE type() const { return m_kind; }
+    ENUM_VALUE_TYPE type() const
+    {
+        return m_kind;
+    }
 
     /// Whether both texts describe the same content. Kinds of numbers count (1 and 1u differ);
     /// addresses do not: an address value equals a null value.
@@ -162,17 +182,50 @@ public:
     /// scalar, 0 and "" included.
     bool isEmpty() const;
 
-    bool isNull() const { return m_kind == NULL_VALUE; }
-    bool isInt() const { return m_kind == INT_VALUE; }
-    bool isUInt() const { return m_kind == UINT_VALUE; }
-    bool isDouble() const { return m_kind == REAL_VALUE; }
-    bool isString() const { return m_kind == STRING_VALUE; }
-    bool isBool() const { return m_kind == BOOLEAN_VALUE; }
-    bool isArray() const { return m_kind == ARRAY_VALUE; }
-    bool isObject() const { return m_kind == MAP_VALUE; }
-    bool isAddress() const { return m_kind == ADDRESS_VALUE; }
-    bool isAddressArray() const { return m_kind == ADDRESS_ARRAY_VALUE; }
-    bool isAddressMap() const { return m_kind == ADDRESS_MAP_VALUE; }
+    bool isNull() const
+    {
+        return m_kind == NULL_VALUE;
+    }
+    bool isInt() const
+    {
+        return m_kind == INT_VALUE;
+    }
+    bool isUInt() const
+    {
+        return m_kind == UINT_VALUE;
+    }
+    bool isDouble() const
+    {
+        return m_kind == REAL_VALUE;
+    }
+    bool isString() const
+    {
+        return m_kind == STRING_VALUE;
+    }
+    bool isBool() const
+    {
+        return m_kind == BOOLEAN_VALUE;
+    }
+    bool isArray() const
+    {
+        return m_kind == ARRAY_VALUE;
+    }
+    bool isObject() const
+    {
+        return m_kind == MAP_VALUE;
+    }
+    bool isAddress() const
+    {
+        return m_kind == ADDRESS_VALUE;
+    }
+    bool isAddressArray() const
+    {
+        return m_kind == ADDRESS_ARRAY_VALUE;
+    }
+    bool isAddressMap() const
+    {
+        return m_kind == ADDRESS_MAP_VALUE;
+    }
     /// Integers and booleans: booleans count as integral, as they do in JsonCpp.
     bool isIntegral() const;
     /// Integers, doubles and booleans.
