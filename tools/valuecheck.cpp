@@ -127,7 +127,7 @@ Problems checkJson(const QString& path)
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
         return {{0, QStringLiteral("Failed to open file")}};
     const QByteArray content = file.readAll();
-    const int zero = static_cast<int>(content.indexOf('\0'));
+    const auto zero = content.indexOf('\0');
     if (zero >= 0)
         return {{lineOf(content, zero), QStringLiteral("A zero byte stands in the document")}};
 #pragma GCC diagnostic push

@@ -364,9 +364,9 @@ public:
     static ENUM_VALUE_TYPE toValueType(const Json::Value& json);
 
     // Files. The end of the path, case-sensitive, chooses the form: ".xml" is the typed XML form,
-    // ".config" and ".perso" are the compact JSON text. Files are regular files of at most 16 MiB
-    // whose values nest at most 1000 levels deep, scalars included; others are neither read nor
-    // written.
+    // ".config" and ".perso" are the compact JSON text. Files are regular files of any size whose
+    // values nest at most 1000 levels deep, scalars included; others are neither read nor written,
+    // nor is what does not fit into memory.
 
     /// Reads a file into this value and remembers its path. False, with this value unchanged, when
     /// that fails: any other name is refused with a line in the log, and so is an XML file that

@@ -5,16 +5,21 @@
 #include "DataValue/jsonbridge_p.h"
 #include "DataValue/jsontext_p.h"
 #include "DataValue/xml/cxmlconvert.h"
+#include "DataValue/xml/xmlcheck_p.h"
 #include "LogTask/clog.h"
 #include "assertion_p.h"
 
 #include <QFile>
 
-#include <cstring>
+#include <exception>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
 
 namespace {
 
-constexpr char kSource[] = "DataValue/datavalue";
+constexpr char kLogSource[] = "DataValue/datavalue";
 
 bool isXmlPath(const QString& path)
 {
@@ -28,25 +33,46 @@ bool isConfigPath(const QString& path)
 
 void log(const char* operation, const QString& message)
 {
-    CLogFile() << kSource << operation << message;
+    CLogFile() << kLogSource << operation << message;
 }
 
-/// A file that cannot be read again must not be written.
-bool isShallowEnough(const CDataValue& value, const char* operation)
+/// A value that nests deeper could not be read again.
+bool isShallowEnough(const CDataValue& value)
 {
-    if (JsonBridge::nestsAtMost(value, FileContent::kMaximumNesting))
-        return true;
-    log(operation, QLatin1String("The value is nested too deeply for a file, it is not saved!"));
-    return false;
+    return JsonBridge::nestsAtMost(value, FileContent::kMaximumNesting);
 }
 
-/// The bytes as text: up to the first zero byte, without a byte-order mark, damaged characters
-/// replaced.
-std::string textOf(const QByteArray& content)
+/// The operation's result; false when the memory, or what a text or a tree can hold, is too small
+/// for it.
+template<class Operation>
+bool ifItFits(Operation operation)
 {
-    static constexpr char kMark[] = "\xEF\xBB\xBF";
-    const char* const begin = content.constData() + (content.startsWith(kMark) ? 3 : 0);
-    return QString::fromUtf8(begin, static_cast<int>(std::strlen(begin))).toStdString();
+    try {
+        return operation();
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+/// Gives the value what was read from a file. All of it fails or nothing.
+void takeOver(CDataValue& value, CDataValue&& read, const QString& path)
+{
+    DataValueTree::makeExtras(value); // before anything changes: it may fail for want of memory
+    value = std::move(read);
+    DataValueTree::makeExtras(value).filePath = path;
+}
+
+/// Parses the bytes of a file: up to the first zero byte, without a byte-order mark, damaged
+/// characters replaced.
+bool parseContent(std::string_view content, CDataValue& value)
+{
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
+    std::string_view text = content.substr(0, content.find('\0'));
+    if (text.substr(0, kMark.size()) == kMark)
+        text.remove_prefix(kMark.size());
+    if (XmlCheck::isUtf8(text))
+        return JsonText::parse(text, value);
+    return JsonText::parse(QString::fromStdString(std::string(text)).toStdString(), value);
 }
 
 } // namespace
@@ -69,25 +95,31 @@ bool CDataValue::readFile(const char* path)
 
 bool CDataValue::readXMLFile(const QString& path)
 {
-    CXMLConvert convert;
-    Json::Value json;
-    if (!convert.convertXmlToJson(QFile::encodeName(path).constData(), json)) {
+    const bool isRead = ifItFits([&] {
+        CXMLConvert convert;
+        Json::Value json;
+        if (!convert.convertXmlToJson(QFile::encodeName(path).constData(), json))
+            return false;
+        takeOver(*this, JsonText::fromJson(json), path);
+        return true;
+    });
+    if (!isRead) {
         log("readXMLFile", path);
         log("readXMLFile", QLatin1String("Read file error"));
-        return false;
     }
-    *this = JsonText::fromJson(json);
-    DataValueTree::makeExtras(*this).filePath = path;
-    return true;
+    return isRead;
 }
 
 bool CDataValue::readConfigFile(const QString& path)
 {
-    QByteArray content;
-    if (!FileContent::read(path, content) || !JsonText::parse(textOf(content), *this))
-        return false;
-    DataValueTree::makeExtras(*this).filePath = path;
-    return true;
+    return ifItFits([&] {
+        const std::optional<std::string> content = FileContent::read(path);
+        CDataValue value;
+        if (!content || !parseContent(*content, value))
+            return false;
+        takeOver(*this, std::move(value), path);
+        return true;
+    });
 }
 
 bool CDataValue::saveFile()
@@ -97,7 +129,7 @@ bool CDataValue::saveFile()
 
 bool CDataValue::saveFileAs(const QString& path)
 {
-    assertThat(!isHasAddressType(), "!bHasAddress", kSource, __LINE__);
+    assertThat(!isHasAddressType(), "!bHasAddress", kLogSource, __LINE__);
     if (isXmlPath(path))
         return saveXMLFile(path);
     if (isConfigPath(path))
@@ -114,16 +146,25 @@ bool CDataValue::saveFileAs(const char* path)
 
 bool CDataValue::saveXMLFile(const QString& path)
 {
-    if (!isXmlPath(path) || !isShallowEnough(*this, "saveXMLFile"))
+    if (!isXmlPath(path))
         return false;
-    CXMLConvert convert;
-    return convert.convertJsonToXml(JsonBridge::toJson(*this), QFile::encodeName(path).constData());
+    return ifItFits([&] {
+        CXMLConvert convert;
+        return isShallowEnough(*this) &&
+               convert.convertJsonToXml(JsonBridge::toJson(*this),
+                                        QFile::encodeName(path).constData());
+    });
 }
 
 bool CDataValue::saveConfigFile(const QString& path)
 {
-    if (!isConfigPath(path) || !isShallowEnough(*this, "saveConfigFile"))
+    if (!isConfigPath(path))
         return false;
-    const QByteArray text = parseToQString(FAST_STYLE).toUtf8();
-    return FileContent::replace(path, {text.constData(), static_cast<std::size_t>(text.size())});
+    return ifItFits([&] {
+        if (!isShallowEnough(*this))
+            return false;
+        const QByteArray text = parseToQString(FAST_STYLE).toUtf8();
+        return FileContent::replace(path,
+                                    {text.constData(), static_cast<std::size_t>(text.size())});
+    });
 }

@@ -4,28 +4,96 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
-#include <utility>
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <exception>
 
-bool FileContent::read(const QString& path, QByteArray& content)
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+/// How much is read before the next look for a zero byte: a file with a hole of gigabytes is over
+/// at the hole.
+constexpr std::size_t kPiece = std::size_t(1) << 20;
+
+/// A regular file that is open for reading.
+class RegularFile
 {
-    if (!QFileInfo(path).isFile())
-        return false;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return false;
-    // One byte more than allowed: what a file says of its size need not be true.
-    QByteArray bytes = file.read(kMaximumSize + 1);
-    if (file.error() != QFileDevice::NoError || bytes.size() > kMaximumSize)
-        return false;
-    content = std::move(bytes);
-    return true;
+public:
+    /// Not opened to wait: at a pipe that would last until somebody writes into it.
+    explicit RegularFile(const QString& path)
+        : m_descriptor(open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))
+    {
+        struct stat status = {};
+        m_isRegular =
+            m_descriptor >= 0 && fstat(m_descriptor, &status) == 0 && S_ISREG(status.st_mode);
+        m_size = m_isRegular ? static_cast<std::size_t>(status.st_size) : 0;
+    }
+    ~RegularFile()
+    {
+        if (m_descriptor >= 0)
+            close(m_descriptor);
+    }
+    RegularFile(const RegularFile&) = delete;
+    RegularFile& operator=(const RegularFile&) = delete;
+
+    bool isRegular() const { return m_isRegular; }
+    /// What the system says of the size; that need not be true.
+    std::size_t size() const { return m_size; }
+
+    /// As read(2), but never interrupted by a signal.
+    ssize_t read(char* to, std::size_t size)
+    {
+        ssize_t got = -1;
+        do {
+            got = ::read(m_descriptor, to, size);
+        } while (got < 0 && errno == EINTR);
+        return got;
+    }
+
+private:
+    int m_descriptor;
+    bool m_isRegular = false;
+    std::size_t m_size = 0;
+};
+
+std::optional<std::string> contentOf(RegularFile& file)
+{
+    std::string content;
+    content.reserve(file.size() + 1); // one more: the end shows without growing
+    for (;;) {
+        const std::size_t before = content.size();
+        const std::size_t room = std::max<std::size_t>(content.capacity() - before, 1);
+        content.resize(before + std::min(room, kPiece));
+        const ssize_t got = file.read(&content[before], content.size() - before);
+        if (got < 0)
+            return std::nullopt;
+        content.resize(before + static_cast<std::size_t>(got));
+        if (got == 0 || std::memchr(&content[before], '\0', static_cast<std::size_t>(got)))
+            return content;
+    }
+}
+
+} // namespace
+
+std::optional<std::string> FileContent::read(const QString& path)
+{
+    try {
+        RegularFile file(path);
+        return file.isRegular() ? contentOf(file) : std::nullopt;
+    } catch (const std::exception&) { // it is larger than the memory, or than any text can be
+        return std::nullopt;
+    }
 }
 
 bool FileContent::replace(const QString& path, std::string_view content)
 {
     const auto size = static_cast<qint64>(content.size());
     const QFileInfo old(path);
-    if (path.isEmpty() || size > kMaximumSize || (old.exists() && !old.isFile()))
+    if (path.isEmpty() || (old.exists() && !old.isFile()))
         return false;
     // Unbuffered, and each result looked at: after a short write on a full disk the commit alone
     // would report success and put the torn file in the old one's place.

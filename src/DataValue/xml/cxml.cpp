@@ -4,11 +4,12 @@
 #include "DataValue/xml/xmlcheck_p.h"
 #include "DataValue/xml/xmlprint_p.h"
 
-#include <QByteArray>
 #include <QFile>
 
 #include <algorithm>
 #include <mutex>
+#include <new>
+#include <optional>
 #include <string_view>
 
 namespace {
@@ -99,6 +100,15 @@ bool CXml::succeed()
     return true;
 }
 
+bool CXml::checkAndParse(std::string_view text, TiXmlEncoding encoding)
+{
+    const XmlCheck check(text, encoding == TIXML_ENCODING_UTF8);
+    if (!check.refusal())
+        return parse(check.prepared(), encoding);
+    SetError(TIXML_ERROR, nullptr, nullptr, encoding);
+    return fail(TIXML_ERROR, check.refusal(), check.position().first, check.position().second);
+}
+
 bool CXml::parse(const std::string& text, TiXmlEncoding encoding)
 {
     {
@@ -121,11 +131,7 @@ bool CXml::ParseXmlString(const char* text)
     if (!text)
         return false;
     Clear();
-    const XmlCheck check(text, true);
-    if (!check.refusal())
-        return parse(check.prepared(), TIXML_ENCODING_UTF8);
-    SetError(TIXML_ERROR, nullptr, nullptr, TIXML_ENCODING_UTF8);
-    return fail(TIXML_ERROR, check.refusal(), check.position().first, check.position().second);
+    return checkAndParse(text, TIXML_ENCODING_UTF8);
 }
 
 bool CXml::ParseXmlFile(const char* path, TiXmlEncoding encoding)
@@ -136,17 +142,14 @@ bool CXml::ParseXmlFile(const char* path, TiXmlEncoding encoding)
     SetValue(path);
     if (encoding == TIXML_ENCODING_UNKNOWN)
         encoding = TIXML_ENCODING_UTF8;
-    QByteArray content;
-    if (!FileContent::read(QFile::decodeName(path), content)) {
-        SetError(TIXML_ERROR_OPENING_FILE, nullptr, nullptr, encoding);
-        return fail(TIXML_ERROR_OPENING_FILE, ErrorDesc(), 0, 0);
+    try {
+        if (const std::optional<std::string> content = FileContent::read(QFile::decodeName(path)))
+            return checkAndParse(*content, encoding);
+    } catch (const std::bad_alloc&) { // the document takes several times the memory of its text
+        TiXmlNode::Clear();
     }
-    const std::string_view text(content.constData(), static_cast<std::size_t>(content.size()));
-    const XmlCheck check(text, encoding == TIXML_ENCODING_UTF8);
-    if (!check.refusal())
-        return parse(check.prepared(), encoding);
-    SetError(TIXML_ERROR, nullptr, nullptr, encoding);
-    return fail(TIXML_ERROR, check.refusal(), check.position().first, check.position().second);
+    SetError(TIXML_ERROR_OPENING_FILE, nullptr, nullptr, encoding);
+    return fail(TIXML_ERROR_OPENING_FILE, ErrorDesc(), 0, 0);
 }
 
 bool CXml::SaveFile()

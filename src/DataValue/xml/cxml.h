@@ -6,6 +6,7 @@
 #include <tinyxml.h>
 
 #include <string>
+#include <string_view>
 
 /// An XML document with the operations that its users need: finding elements, reading and writing
 /// texts and attributes, reading and saving files.
@@ -26,11 +27,11 @@
 /// blanks only are written as CDATA. Paths are in the local 8-bit encoding.
 ///
 /// **Input** comes from anywhere. Before TinyXML sees a text it is checked: valid UTF-8 without
-/// zero bytes, at most 16 MiB, elements nested at most 1000 deep, at most 256 attributes in one
-/// element, character references that name characters. What fails the check, and a document
-/// without a root element, is a parse failure like any other. Definitions in a document type are
-/// not read: an entity that is none of XML's five is kept as it stands. Line ends become single
-/// line feeds.
+/// zero bytes, elements nested at most 1000 deep, at most 256 attributes in one element, character
+/// references that name characters. What fails the check, a document without a root element and a
+/// file that does not fit into memory is a parse failure like any other. Definitions in a document
+/// type are not read: an entity that is none of XML's five is kept as it stands. Line ends become
+/// single line feeds.
 ///
 /// **Threads.** One document is used by one thread at a time.
 class WZRFRAMEWORK_EXPORT CXml : public TiXmlDocument
@@ -118,6 +119,7 @@ public:
     void CopyValue(TiXmlDocument document);
 
 private:
+    bool checkAndParse(std::string_view text, TiXmlEncoding encoding);
     bool parse(const std::string& text, TiXmlEncoding encoding);
     bool fail(int id, const char* text, int row, int column);
     bool succeed();

@@ -104,10 +104,6 @@ std::size_t firstBadByte(std::string_view text, bool utf8)
 XmlCheck::XmlCheck(std::string_view text, bool utf8)
     : m_text(text)
 {
-    if (static_cast<qint64>(text.size()) > FileContent::kMaximumSize) {
-        refuse("The document is too large");
-        return;
-    }
     m_at = firstBadByte(text, utf8);
     if (m_at < text.size()) {
         refuse(text[m_at] == '\0' ? "A zero byte stands in the document"
