@@ -3,6 +3,7 @@
 
 #include "serialport/serialport.h"
 
+#include <cstdint>
 #include <string>
 
 /// The serial line on the POSIX terminal interface. It holds the one descriptor of the device.
@@ -18,16 +19,24 @@ public:
     int write(const char* buffer, int length) override;
     bool setTimeOut(int milliseconds) override;
     bool setBaudRate(BAUDRATE rate) override;
+    bool setExclusive(bool exclusive) override;
+    int lastError() const override;
+    std::int64_t holder() const override;
 
 private:
+    bool takeLine();
     void applySettings();
-    int checked(const char* function, long result);
-    void logFailure(const char* function, const char* path, int error) const;
+    int checked(long result);
+    bool failedToOpen(const char* path, int error);
+    void closeFile();
 
     BAUDRATE m_rate = BAUDRATE_9600;
     int m_nFile = -1;
     std::string m_strPath;
-    int m_loggedError = 0; // of the last failed transfer; 0 once bytes have flowed again
+    bool m_isExclusive = false;
+    bool m_hasLine = false; // the marks of an exclusive open() are set
+    int m_lastError = 0;
+    std::int64_t m_holder = 0;
 };
 
 #endif

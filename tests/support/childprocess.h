@@ -63,6 +63,8 @@ public:
     /// Everything that the program has said so far.
     QByteArray output() const { return m_output; }
 
+    qint64 processId() const { return m_process.processId(); }
+
     /// A line for the program's standard input.
     void enter(const QByteArray& line) { m_process.write(line + '\n'); }
 
