@@ -1,6 +1,6 @@
 #include "common_function.h"
 
-#include "LogTask/clog.h"
+#include "LogTask/logline_p.h"
 #include "common_function_launch_p.h"
 
 #include <QDebug>
@@ -11,7 +11,7 @@
 
 namespace {
 
-const char source[] = "common_function";
+constexpr char kLogSource[] = "common_function";
 
 // A bare file name would be looked for among the system's programs instead.
 QString asFile(const QString& path)
@@ -26,15 +26,12 @@ int startApplication(QString path)
     qDebug("strName = %s", qUtf8Printable(path));
     QString command;
     if (QFileInfo::exists(path)) {
-        CLogFile() << source << "startApplication"
-                   << "we need open a application";
+        logLine(kLogSource, "startApplication", "we need open a application");
         command = shellQuoted(asFile(path)) + QLatin1String(" &");
     } else {
-        CLogFile() << source << "startApplication"
-                   << "no app we try open an bundle app:" << path;
+        logLine(kLogSource, "startApplication", "no app we try open an bundle app:", path);
         command = openByNameCommand(path);
-        CLogFile() << source << "startApplication"
-                   << "cmd" << command;
+        logLine(kLogSource, "startApplication", "cmd", command);
     }
     // The path is escaped, and starting it through the shell is what this function is for.
     return std::system(QFile::encodeName(command).constData()); // NOLINT(cert-env33-c)

@@ -1,14 +1,15 @@
 #include "deviceservice_global.h"
 
 #include "DataValue/datavalue.h"
-#include "LogTask/clog.h"
-#include "LogTask/logexcerpt_p.h"
+#include "LogTask/logline_p.h"
 
 #include <array>
 #include <cstddef>
 #include <utility>
 
 namespace {
+
+constexpr char kLogSource[] = "deviceservice_global";
 
 DeviceService_Global* g_instance = nullptr;
 bool g_errorTableInUse = false;
@@ -58,8 +59,8 @@ QString DeviceService_Global::getDeviceIDByDeviceName(QString deviceName)
         return QString();
     CDataValue& deviceIDs = m_data->mapGet("kSYSTEM_DEVICE_ID_MAP");
     if (g_bLog) {
-        CLogFile() << "deviceservice_global"
-                   << "getDeviceIDByDeviceName" << logExcerpt(m_data->parseToQString(FAST_STYLE));
+        logLine(kLogSource, "getDeviceIDByDeviceName",
+                logExcerpt(m_data->parseToQString(FAST_STYLE)));
     }
     if (deviceIDs.isNull())
         return QString();

@@ -1,11 +1,13 @@
 #include "BusinessBase/businesspluginbase.h"
 
-#include "LogTask/clog.h"
+#include "LogTask/logline_p.h"
 #include "slotcall_p.h"
 
 #include <QHash>
 
 namespace {
+
+constexpr char kLogSource[] = "BusinessBase/businesspluginbase";
 
 struct Handler
 {
@@ -78,8 +80,7 @@ int BusinessPluginBase::handleMessageComing(const QString& messageID, CDataValue
     const std::shared_ptr<Handler> handler = m_registries->requests.value(messageID);
     if (!handler)
         return result;
-    CLogFile() << "BusinessBase/businesspluginbase"
-               << "handleMessageComing" << messageID << handler->slot.slot().constData();
+    logLine(kLogSource, "handleMessageComing", messageID, handler->slot.slot().constData());
     handler->slot.call(QGenericReturnArgument("int", &result),
                        QGenericArgument("CDataValue&", request),
                        QGenericArgument("CDataValue&", response));

@@ -2,7 +2,7 @@
 
 #include "DataValue/datavalue_p.h"
 #include "DataValue/utf8text_p.h"
-#include "LogTask/clog.h"
+#include "LogTask/logline_p.h"
 
 #include <QLocale>
 
@@ -11,12 +11,12 @@
 
 namespace {
 
-constexpr char kSource[] = "DataValue/datavalue";
+constexpr char kLogSource[] = "DataValue/datavalue";
 constexpr char kDateFormat[] = "dd/MM/yyyy";
 
 void warn(const char* operation, const char* message)
 {
-    CLogFile() << kSource << operation << message;
+    logLine(kLogSource, operation, message);
 }
 
 std::string_view orEmpty(const char* text)

@@ -13,18 +13,18 @@ namespace {
 
 using Tree = DataValueTree;
 
-constexpr char kSource[] = "DataValue/datavalue";
+constexpr char kLogSource[] = "DataValue/datavalue";
 
 /// Ordinary operations are not for values that hold addresses.
 void requireOrdinary(const CDataValue& value, int line)
 {
-    assertThat(!Tree::holdsAddress(value), "!bIsHasAddressType", kSource, line);
+    assertThat(!Tree::holdsAddress(value), "!bIsHasAddressType", kLogSource, line);
 }
 
 void requireOrdinary(const CDataValue& value, const CDataValue& fresh, int line)
 {
     assertThat(!Tree::holdsAddress(value) && !Tree::holdsAddress(fresh),
-               "!bIsHasAddressType && !newElement.isHasAddressType()", kSource, line);
+               "!bIsHasAddressType && !newElement.isHasAddressType()", kLogSource, line);
 }
 
 /// Turns a null value into an empty container of the kind, a change of its own mirror.

@@ -6,7 +6,7 @@
 #include "DataValue/jsontext_p.h"
 #include "DataValue/xml/cxmlconvert.h"
 #include "DataValue/xml/xmlcheck_p.h"
-#include "LogTask/clog.h"
+#include "LogTask/logline_p.h"
 #include "assertion_p.h"
 
 #include <QFile>
@@ -33,7 +33,7 @@ bool isConfigPath(const QString& path)
 
 void log(const char* operation, const QString& message)
 {
-    CLogFile() << kLogSource << operation << message;
+    logLine(kLogSource, operation, message);
 }
 
 /// A value that nests deeper could not be read again.

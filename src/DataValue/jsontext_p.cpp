@@ -1,13 +1,15 @@
 #include "DataValue/jsontext_p.h"
 
 #include "DataValue/datavalue_p.h"
-#include "LogTask/clog.h"
+#include "LogTask/logline_p.h"
 
 #include <charconv>
 #include <cmath>
 #include <limits>
 
 namespace {
+
+constexpr char kLogSource[] = "DataValue/datavalue";
 
 using Tree = DataValueTree;
 
@@ -393,9 +395,7 @@ QString JsonText::write(const CDataValue& value, ENUM_STYLE style)
 QString CDataValue::parseToQString(ENUM_STYLE style) const
 {
     if (style != FAST_STYLE && style != STYLED_STYLE) {
-        CLogFile() << "DataValue/datavalue"
-                   << "parseToQString"
-                   << "Parse style is not right!";
+        logLine(kLogSource, "parseToQString", "Parse style is not right!");
         return QString();
     }
     return JsonText::write(*this, style);

@@ -6,32 +6,19 @@
 #include "Ipc/messageframe_p.h"
 #include "Ipc/slotscope_p.h"
 #include "Ipc/socketread_p.h"
-#include "LogTask/clog.h"
-#include "LogTask/logexcerpt_p.h"
+#include "LogTask/logline_p.h"
 
 #include <QPointer>
 #include <QTimer>
 
 namespace {
 
-const char sourceName[] = "Ipc/ipcclient";
+constexpr char kLogSource[] = "Ipc/ipcclient";
 
 constexpr int notSent = 6;      // could not be sent; also "IPCMSG_ERROR_CODE" of the made-up reply
 constexpr int notConnected = 7; // nothing was tried
 
 constexpr int slotCheckMs = 10; // how often to look whether a slot has returned
-
-void logLine(const char* function, const char* text)
-{
-    CLogFile() << sourceName << function << text;
-}
-
-// `content` may be of any length; nothing is built when the log is off.
-void logContent(const char* function, const char* text, const QString& content)
-{
-    if (g_bLog)
-        CLogFile() << sourceName << function << text << logExcerpt(content);
-}
 
 QByteArray utf8Of(const CDataValue& value)
 {
@@ -75,12 +62,12 @@ void IPCClient::connectToServer()
     initSocket();
     if (m_connected)
         return;
-    logLine("connectToServer", "Enter in IPCClient::connectToServer BEGIN");
+    logLine(kLogSource, "connectToServer", "Enter in IPCClient::connectToServer BEGIN");
     if (!m_running->any())
         m_socket->connectToServer(m_serverName, QIODevice::ReadWrite);
     else
         connectLater(0);
-    logLine("connectToServer", "Enter in IPCClient::connectToServer END");
+    logLine(kLogSource, "connectToServer", "Enter in IPCClient::connectToServer END");
 }
 
 // A socket that is in the middle of its own code, say in the emission of disconnected(), must not
@@ -122,14 +109,12 @@ int IPCClient::sendUtf8(const QByteArray& text)
     if (!m_connected)
         return notConnected;
     const QByteArray frame = MessageFrame::wrap(m_head, text, m_end);
-    if (g_bLog)
-        logContent("sendblock", "sendblock", QString::fromUtf8(frame));
+    logLine(kLogSource, "sendblock", "sendblock", logExcerpt(frame));
     const bool later = m_oneFlushPerRead && m_readDepth > 0;
     const qint64 written = later ? m_socket->write(frame) : writeDirectly(m_socket, frame);
     if (written <= 0)
         return notSent;
-    CLogFile() << sourceName << "sendblock"
-               << "Write Len:" << static_cast<int>(written);
+    logLine(kLogSource, "sendblock", "Write Len:", static_cast<int>(written));
     if (!later)
         m_socket->flush(); // may find that the peer has vanished, and end this object by a slot
     return 0;
@@ -142,14 +127,14 @@ void IPCClient::messageSend(const char* strMessage, const CDataValue* data, cons
     envelope.mapSet("IPCMSG_TYPE", CDataValue(strMessage), false);
     if (data) {
         if (g_bLog)
-            logContent("messageSend", "messageSend", data->parseToQString(FAST_STYLE));
+            logLine(kLogSource, "messageSend", "messageSend",
+                    logExcerpt(data->parseToQString(FAST_STYLE)));
         envelope.mapSet("IPCMSG_USER_DATA", *data, false);
     }
     if (strSenderID)
         envelope.mapSet("IPCMSG_MSG_SENDER", CDataValue(strSenderID), false);
     const QByteArray text = utf8Of(envelope);
-    if (g_bLog)
-        logContent("messageSend", "messageSend", QString::fromUtf8(text));
+    logLine(kLogSource, "messageSend", "messageSend", logExcerpt(text));
     const int result = sendUtf8(text);
     if (!self || (m_connected && result == 0))
         return;
@@ -164,7 +149,7 @@ void IPCClient::socket_connected()
     m_frame->clear();
     m_connected = true;
     Q_EMIT sigIPCServerConnected();
-    logLine("socket_connected", "socket_connected");
+    logLine(kLogSource, "socket_connected", "socket_connected");
 }
 
 void IPCClient::socket_disconnected()
@@ -174,14 +159,13 @@ void IPCClient::socket_disconnected()
         return;
     m_connected = false;
     Q_EMIT sigIPCServerDisconnected();
-    logLine("socket_disconnected", "socket_disconnected");
+    logLine(kLogSource, "socket_disconnected", "socket_disconnected");
 }
 
 void IPCClient::socket_error(QLocalSocket::LocalSocketError code)
 {
     const SlotScope scope(this, m_running);
-    CLogFile() << sourceName << "socket_error"
-               << "socket_error:" << static_cast<int>(code);
+    logLine(kLogSource, "socket_error", "socket_error:", static_cast<int>(code));
     Q_EMIT sigIPCSocketError();
 }
 
@@ -190,10 +174,10 @@ void IPCClient::socket_readReady()
     const SlotScope scope(this, m_running);
     const std::shared_ptr<MessageFrame> frame = m_frame; // a slot may end this object
     do {
-        logLine("socket_readReady", "socket_readReady");
+        logLine(kLogSource, "socket_readReady", "socket_readReady");
         frame->append(readArrived(m_socket, &m_read));
         if (g_bLog)
-            CLogFile() << sourceName << "socket_readReady" << frame->bufferExcerpt();
+            logLine(kLogSource, "socket_readReady", frame->bufferExcerpt());
         deliverAll(*frame);
         // A slot that runs an event loop lets bytes arrive that are not announced again.
     } while (scope.alive() && m_socket->bytesAvailable() > 0);

@@ -4,8 +4,7 @@
 #include "Ipc/messageframe_p.h"
 #include "Ipc/slotscope_p.h"
 #include "Ipc/socketread_p.h"
-#include "LogTask/clog.h"
-#include "LogTask/logexcerpt_p.h"
+#include "LogTask/logline_p.h"
 
 #include <QLocalServer>
 #include <QLocalSocket>
@@ -17,29 +16,12 @@
 
 namespace {
 
-const char sourceName[] = "Ipc/ipcserver";
+constexpr char kLogSource[] = "Ipc/ipcserver";
 
 // How long a socket whose client has gone is kept, so that no slot that runs on it is cut short.
 constexpr int socketLingerMs = 2000;
 
 std::atomic<int> newConnectionCalls{0};
-
-void logLine(const char* function, const char* text)
-{
-    CLogFile() << sourceName << function << text;
-}
-
-void logLine(const char* function, const char* text, int number)
-{
-    CLogFile() << sourceName << function << text << number;
-}
-
-// `content` may be of any length; nothing is built when the log is off.
-void logContent(const char* function, const char* text, const QString& content)
-{
-    if (g_bLog)
-        CLogFile() << sourceName << function << text << logExcerpt(content);
-}
 
 } // namespace
 
@@ -69,7 +51,7 @@ int IPCServer::startListen(QString name)
     m_server = new QLocalServer(this);
     QLocalServer::removeServer(name);
     if (!m_server->listen(name))
-        logLine("startListen", "Not able to start the Server");
+        logLine(kLogSource, "startListen", "Not able to start the Server");
     connect(m_server, &QLocalServer::newConnection, this, &IPCServer::socket_new_connection);
     return 0;
 }
@@ -120,13 +102,12 @@ int IPCServer::sendResponse(QString message, int clientId)
 {
     const auto client = m_clients.constFind(clientId);
     if (client == m_clients.constEnd()) {
-        logLine("sendResponse", "No socket!!");
+        logLine(kLogSource, "sendResponse", "No socket!!");
         return -1;
     }
     if (!client->socket)
         return 0;
-    if (g_bLog)
-        logContent("sendResponse", "send response:", m_head + message + m_end);
+    logLine(kLogSource, "sendResponse", "send response:", logExcerpt(m_head, message, m_end));
     send(client->socket, MessageFrame::wrap(m_headBytes, message.toUtf8(), m_endBytes),
          "sendResponse");
     return 0;
@@ -140,7 +121,7 @@ void IPCServer::broadcastMsg(QString message)
     for (auto client = clients.cbegin(); self && client != clients.cend(); ++client) {
         if (m_clients.value(client.key()).socket != client->socket)
             continue;
-        logLine("broadcastMsg", "broadcastMsg", client.key());
+        logLine(kLogSource, "broadcastMsg", "broadcastMsg", client.key());
         if (client->socket)
             send(client->socket, frame, "broadcastMsg");
     }
@@ -152,7 +133,7 @@ void IPCServer::send(QLocalSocket* socket, const QByteArray& frame, const char* 
 {
     const bool later = m_oneFlushPerRead && m_readDepth > 0;
     if ((later ? socket->write(frame) : writeDirectly(socket, frame)) == 0)
-        logLine(function, "sendResponse Write Zero byte to client!!!!");
+        logLine(kLogSource, function, "sendResponse Write Zero byte to client!!!!");
     if (!later)
         socket->flush();
     else if (!m_unflushed.contains(socket))
@@ -171,9 +152,9 @@ void IPCServer::flushUnflushed()
 void IPCServer::socket_new_connection()
 {
     const SlotScope scope(this, m_running);
-    logLine("socket_new_connection", "socket_new_connection:", ++newConnectionCalls);
+    logLine(kLogSource, "socket_new_connection", "socket_new_connection:", ++newConnectionCalls);
     if (m_onlyOneConnection && !m_clients.isEmpty()) {
-        logLine("socket_new_connection", "new connection coming but discard!!!!!!");
+        logLine(kLogSource, "socket_new_connection", "new connection coming but discard!!!!!!");
         ++m_leftPending;
         return;
     }
@@ -184,19 +165,19 @@ void IPCServer::accept()
 {
     const SlotScope scope(this, m_running);
     const int id = ++m_lastClientId;
-    logLine("socket_new_connection", "begin get socket");
+    logLine(kLogSource, "socket_new_connection", "begin get socket");
     QLocalSocket* const socket = m_server ? m_server->nextPendingConnection() : nullptr;
     m_clients.insert(id, Client{socket, std::make_shared<MessageFrame>(m_head, m_end)});
-    logLine("socket_new_connection", "end get socket");
+    logLine(kLogSource, "socket_new_connection", "end get socket");
     Q_EMIT sigIPCServerConnected(id);
-    logLine("socket_new_connection", "end emit");
+    logLine(kLogSource, "socket_new_connection", "end emit");
     if (!scope.alive())
         return;
     if (socket) {
         connect(socket, &QLocalSocket::readyRead, this, &IPCServer::socket_readReady);
         connect(socket, &QLocalSocket::disconnected, this, &IPCServer::socket_disconnected);
     }
-    logLine("socket_new_connection", "end");
+    logLine(kLogSource, "socket_new_connection", "end");
     if (socket)
         catchUp(socket, id);
 }
@@ -254,16 +235,16 @@ bool IPCServer::deliver(MessageFrame& frame, int id)
     QString body;
     MessageFrame::Outcome outcome = frame.next(body);
     for (; outcome == MessageFrame::Body; outcome = frame.next(body)) {
-        logLine("socket_readReady", "emit sigMessageReceived!!");
-        logContent("socket_readReady", "strDataValue =", body);
+        logLine(kLogSource, "socket_readReady", "emit sigMessageReceived!!");
+        logLine(kLogSource, "socket_readReady", "strDataValue =", logExcerpt(body));
         Q_EMIT sigMessageReceived(body, id);
         if (!self)
             return false;
     }
     if (outcome == MessageFrame::NoHead)
-        logLine("socket_readReady", "nStartPost not find");
+        logLine(kLogSource, "socket_readReady", "nStartPost not find");
     else if (outcome == MessageFrame::NoEnd)
-        logLine("socket_readReady", "nEndPos not find");
+        logLine(kLogSource, "socket_readReady", "nEndPos not find");
     return true;
 }
 
@@ -276,7 +257,7 @@ void IPCServer::dropClient(QLocalSocket* socket)
 {
     const SlotScope scope(this, m_running);
     const int id = socket ? idOf(socket) : 0;
-    logLine("socket_disconnected", "socket_disconnected", id);
+    logLine(kLogSource, "socket_disconnected", "socket_disconnected", id);
     if (socket) {
         Q_EMIT sigIPCServerDisconnected(id);
         if (!scope.alive())

@@ -1,7 +1,7 @@
 #include "Ipc/messageframe_p.h"
 
 #include "Ipc/utf8_p.h"
-#include "LogTask/logexcerpt_p.h"
+#include "LogTask/logline_p.h"
 
 #include <algorithm>
 #include <cstring>
@@ -147,12 +147,12 @@ QString MessageFrame::buffer() const
 QString MessageFrame::bufferExcerpt()
 {
     const qsizetype size = m_bytes.size() - m_start;
-    if (size <= logExcerptLimit)
+    if (size <= kLogExcerptLimit)
         return buffer();
     m_countedUnits += Utf8::units(m_bytes.constData() + m_counted, m_bytes.size() - m_counted);
     m_counted = m_bytes.size();
     const char* const begin = m_bytes.constData() + m_start;
-    const qsizetype first = Utf8::bytesOfUnits(begin, size, logExcerptLimit);
+    const qsizetype first = Utf8::bytesOfUnits(begin, size, kLogExcerptLimit);
     return logExcerpt(Utf8::decode(begin, first < 0 ? size : first), m_countedUnits);
 }
 

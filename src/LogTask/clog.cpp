@@ -25,6 +25,8 @@ std::atomic<bool> g_bLog{false};
 
 namespace {
 
+constexpr char kLogSource[] = "LogTask/clog";
+
 constexpr std::chrono::milliseconds startLimit(1000);
 constexpr std::chrono::milliseconds gatherTime(10);
 constexpr int settleTime = 50;
@@ -219,7 +221,7 @@ void CLog::Init(const char* name)
 // The thread's events are dispatched by hand: QThread::exec() asks for an application object.
 void CLog::run()
 {
-    assertThat(!d->m_strFile.isEmpty(), "!m_strFile.isEmpty()", "LogTask/clog", __LINE__);
+    assertThat(!d->m_strFile.isEmpty(), "!m_strFile.isEmpty()", kLogSource, __LINE__);
     CLogObject writer(d->m_strFile, d->settings.append, d->settings.debug, d->settings.flush,
                       nullptr);
     QAbstractEventDispatcher* dispatcher = QAbstractEventDispatcher::instance();

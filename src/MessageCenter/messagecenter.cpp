@@ -1,7 +1,7 @@
 #include "MessageCenter/messagecenter.h"
 
 #include "DataValue/datavalue_p.h"
-#include "LogTask/clog.h"
+#include "LogTask/logline_p.h"
 #include "slotcall_p.h"
 
 #include <QByteArray>
@@ -14,6 +14,8 @@
 #include <utility>
 
 namespace {
+
+constexpr char kLogSource[] = "MessageCenter/messagecenter";
 
 using Registration = std::shared_ptr<SlotCall>;
 using Receivers = QVector<Registration>; // in the order of registration
@@ -59,7 +61,7 @@ QGenericArgument asArgument(CDataValue* const& value)
 
 void logUnknownIdentifier(const char* function)
 {
-    CLogFile() << "MessageCenter/messagecenter" << function << "No message id found!!";
+    logLine(kLogSource, function, "No message id found!!");
 }
 
 /// Forgets receivers that went without unregistering: their address may belong to a new object.

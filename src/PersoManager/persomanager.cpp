@@ -1,6 +1,6 @@
 #include "PersoManager/persomanager.h"
 
-#include "LogTask/clog.h"
+#include "LogTask/logline_p.h"
 #include "appglobal/applicationpaths.h"
 
 #include <QDir>
@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr char kSource[] = "PersoManager/persomanager";
+constexpr char kLogSource[] = "PersoManager/persomanager";
 constexpr char kNoFile[] = "Read perso file error!";
 constexpr char kModules[] = "Module Names";
 constexpr char kPlugins[] = "Plugins";
@@ -48,7 +48,7 @@ CDataValue persoFileOrLog(const CPersoManager& manager, const char* operation)
 {
     CDataValue perso = manager.readPersoFile();
     if (perso.isNull())
-        CLogFile() << kSource << operation << kNoFile;
+        logLine(kLogSource, operation, kNoFile);
     return perso;
 }
 
@@ -133,8 +133,8 @@ CDataValue CPersoManager::getConfigData(const QString& item)
     bool found = false;
     CDataValue result = lookUp("ConfigData", item, found);
     if (!found)
-        CLogFile() << kSource << "getConfigData"
-                   << "The data does not contain this config data named:" << item;
+        logLine(kLogSource, "getConfigData",
+                "The data does not contain this config data named:", item);
     return result;
 }
 
@@ -144,8 +144,7 @@ bool CPersoManager::hasFeature(const QString& item)
     const CDataValue feature = lookUp("Feature", item, found);
     if (found)
         return feature.asBool();
-    CLogFile() << kSource << "hasFeature"
-               << "The data does not contain this feature named:" << item;
+    logLine(kLogSource, "hasFeature", "The data does not contain this feature named:", item);
     return false;
 }
 

@@ -1,11 +1,13 @@
 #include "SystemEvent/csystemeventlistener.h"
 
-#include "LogTask/clog.h"
+#include "LogTask/logline_p.h"
 #include "SystemEvent/csystemeventlistener_p.h"
 
 #include <QDeadlineTimer>
 
 namespace {
+
+constexpr char kLogSource[] = "SystemEvent/csystemeventlistener";
 
 constexpr int endLimit = 1000;     // ms
 constexpr int repeatInterval = 50; // ms until a loop that had not begun yet is asked again
@@ -34,9 +36,7 @@ void CSystemEventListener::destroy()
     if (ended)
         delete listener;
     else
-        CLogFile() << "SystemEvent/csystemeventlistener"
-                   << "destroy"
-                   << "The listener's thread does not end";
+        logLine(kLogSource, "destroy", "The listener's thread does not end");
 }
 
 bool CSystemEventListener::endThread()

@@ -15,7 +15,7 @@
 
 namespace {
 
-const char source[] = "SystemEvent/csystemeventlistener_mac";
+constexpr char kLogSource[] = "SystemEvent/csystemeventlistener_mac";
 
 // The run loop of the listener's thread while it has one, and the power-management connection.
 QMutex g_runLoopMutex;
@@ -43,12 +43,12 @@ void PowerMsgCallBack(void*, io_service_t, natural_t messageType, void*)
         IOAllowPowerChange(g_rootPort, static_cast<intptr_t>(messageType));
         break;
     case kIOMessageSystemWillSleep:
-        Log("%s %s SystemWillSleep", source, "PowerMsgCallBack");
+        Log("%s %s SystemWillSleep", kLogSource, "PowerMsgCallBack");
         emitOnInstance(false, false);
         IOAllowPowerChange(g_rootPort, static_cast<intptr_t>(messageType));
         break;
     case kIOMessageSystemHasPoweredOn:
-        Log("%s %s SystemHasPoweredOn", source, "PowerMsgCallBack");
+        Log("%s %s SystemHasPoweredOn", kLogSource, "PowerMsgCallBack");
         emitOnInstance(false, true);
         break;
     default:
@@ -59,7 +59,7 @@ void PowerMsgCallBack(void*, io_service_t, natural_t messageType, void*)
 OSStatus userSwitchEventHandler(EventHandlerCallRef, EventRef event, void*)
 {
     const bool login = GetEventKind(event) != kEventSystemUserSessionDeactivated;
-    Log(login ? "%s %s User login" : "%s %s User logout", source, "userSwitchEventHandler");
+    Log(login ? "%s %s User login" : "%s %s User logout", kLogSource, "userSwitchEventHandler");
     emitOnInstance(true, login);
     return noErr;
 }

@@ -1,6 +1,6 @@
 #include "SystemEvent/logindmodule_p.h"
 
-#include "LogTask/clog.h"
+#include "LogTask/logline_p.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -10,6 +10,8 @@
 #include <dlfcn.h>
 
 namespace {
+
+constexpr char kLogSource[] = "SystemEvent/csystemeventlistener_linux";
 
 // The folder of this library, with its symbolic links resolved: the module lies beside it, in the
 // build tree and in an installed one, wherever that has been moved to.
@@ -29,7 +31,6 @@ std::unique_ptr<QObject> watchLogind(CSystemEventListener& listener)
     const auto watch = reinterpret_cast<LogindModuleEntry>(module.resolve(kLogindModuleEntry));
     if (watch)
         return std::unique_ptr<QObject>(watch(&listener));
-    CLogFile() << "SystemEvent/csystemeventlistener_linux"
-               << "watchLogind" << module.errorString();
+    logLine(kLogSource, "watchLogind", module.errorString());
     return nullptr;
 }

@@ -15,7 +15,7 @@
 
 namespace {
 
-const char source[] = "SystemEvent/csystemeventlistener_linux";
+constexpr char kLogSource[] = "SystemEvent/csystemeventlistener_linux";
 const auto service = QStringLiteral("org.freedesktop.login1");
 const auto managerPath = QStringLiteral("/org/freedesktop/login1");
 const auto managerInterface = QStringLiteral("org.freedesktop.login1.Manager");
@@ -148,7 +148,8 @@ void LogindWatch::prepareForSleep(bool sleeps)
     if (sleeps == m_asleep)
         return;
     m_asleep = sleeps;
-    Log(sleeps ? "%s %s SystemWillSleep" : "%s %s SystemHasPoweredOn", source, "PowerMsgCallBack");
+    Log(sleeps ? "%s %s SystemWillSleep" : "%s %s SystemHasPoweredOn", kLogSource,
+        "PowerMsgCallBack");
     m_listener.emitSignal(false, !sleeps);
     m_release.stop();
     if (sleeps)
@@ -308,7 +309,7 @@ void LogindWatch::setActive(bool active)
     m_active = active;
     if (!changed)
         return;
-    Log(active ? "%s %s User login" : "%s %s User logout", source, "userSwitchEventHandler");
+    Log(active ? "%s %s User login" : "%s %s User logout", kLogSource, "userSwitchEventHandler");
     m_listener.emitSignal(true, active);
 }
 

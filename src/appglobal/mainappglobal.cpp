@@ -1,6 +1,6 @@
 #include "appglobal/mainappglobal.h"
 
-#include "LogTask/clog.h"
+#include "LogTask/logline_p.h"
 #include "PersoManager/persomanager.h"
 
 #include <QDir>
@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr char kSource[] = "appglobal/mainappglobal";
+constexpr char kLogSource[] = "appglobal/mainappglobal";
 
 QString configFile()
 {
@@ -75,8 +75,7 @@ bool CMainAppGlobal::saveSystemConfig()
     QDir().mkpath(getUserDataPath());
     if (data().saveFileAs(configFile()))
         return true;
-    CLogFile() << kSource << "saveSystemConfig"
-               << "The system configuration is not saved:" << configFile();
+    logLine(kLogSource, "saveSystemConfig", "The system configuration is not saved:", configFile());
     return false;
 }
 

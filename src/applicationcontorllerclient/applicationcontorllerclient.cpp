@@ -1,14 +1,15 @@
 #include "applicationcontorllerclient/applicationcontorllerclient.h"
 
 #include "Ipc/ipcclient.h"
-#include "LogTask/clog.h"
-#include "LogTask/logexcerpt_p.h"
+#include "LogTask/logline_p.h"
 
 #include <QPointer>
 
 #include <utility>
 
 namespace {
+
+constexpr char kLogSource[] = "applicationcontorllerclient/applicationcontorllerclient";
 
 constexpr char clientInit[] = "WZR_MESSAGE_APPLICATION_CLIENT_INIT";
 constexpr char getDeviceID[] = "WZR_MESSAGE_APPLICATION_GET_DEV_ID";
@@ -22,14 +23,6 @@ enum ConnectStatus { IntroductionRefused = 0, IntroductionAccepted = 2, Connecti
 
 // Since the last accepted introduction, of all clients of the process: for the debugger.
 int g_failedIntroductions = 0;
-
-template<typename... Pieces>
-void log(const char* function, const Pieces&... pieces)
-{
-    CLogFile line;
-    line << "applicationcontorllerclient/applicationcontorllerclient" << function;
-    (line << ... << pieces);
-}
 
 QString excerpt(const CDataValue& value)
 {
@@ -83,9 +76,9 @@ IPCClient& ApplicationContorllerClient::client()
 
 void ApplicationContorllerClient::connectToServer()
 {
-    log("connectToServer", "Enter connectToServer");
+    logLine(kLogSource, "connectToServer", "Enter connectToServer");
     if (client().isConnected()) {
-        log("connectToServer", "already connected!!!");
+        logLine(kLogSource, "connectToServer", "already connected!!!");
         return;
     }
     const QPointer<ApplicationContorllerClient> self(this); // signals come inside the call
@@ -96,13 +89,14 @@ void ApplicationContorllerClient::connectToServer()
 
 void ApplicationContorllerClient::sendMsgToAppController(QString message, CDataValue* data)
 {
-    log("sendMsgToAppController", "sendMsgToAppController");
+    logLine(kLogSource, "sendMsgToAppController", "sendMsgToAppController");
     client().messageSend(message.toLatin1().constData(), data);
 }
 
 void ApplicationContorllerClient::sendMsgToAppController_ClientInit()
 {
-    log("sendMsgToAppController_ClientInit", "Enter sendMsgToAppController_ClientInit");
+    logLine(kLogSource, "sendMsgToAppController_ClientInit",
+            "Enter sendMsgToAppController_ClientInit");
     m_nextIntroduction.stop();
     const CDataValue name(m_clientName);
     client().messageSend(clientInit, &name);
@@ -110,7 +104,7 @@ void ApplicationContorllerClient::sendMsgToAppController_ClientInit()
 
 void ApplicationContorllerClient::sendMsgToAppController_GetDevID(QString deviceName, int id)
 {
-    log("sendMsgToAppController_GetDevID", "Enter sendMsgToAppController_GetDevID");
+    logLine(kLogSource, "sendMsgToAppController_GetDevID", "Enter sendMsgToAppController_GetDevID");
     CDataValue request(MAP_VALUE);
     request.mapSet("Name", CDataValue(deviceName), true);
     request.mapSet("ID", CDataValue(id), true);
@@ -120,7 +114,8 @@ void ApplicationContorllerClient::sendMsgToAppController_GetDevID(QString device
 void ApplicationContorllerClient::sendMsgToAppController_GetMultDevID(
     const QStringList& deviceNames)
 {
-    log("sendMsgToAppController_GetMultDevID", "Enter sendMsgToAppController_GetMultDevID");
+    logLine(kLogSource, "sendMsgToAppController_GetMultDevID",
+            "Enter sendMsgToAppController_GetMultDevID");
     CDataValue request(ARRAY_VALUE);
     for (const QString& name : deviceNames)
         request.arrayAppend(CDataValue(name), true);
@@ -129,13 +124,15 @@ void ApplicationContorllerClient::sendMsgToAppController_GetMultDevID(
 
 void ApplicationContorllerClient::handleAppControllerServerConnected()
 {
-    log("handleAppControllerServerConnected", "Enter handleAppControllerServerConnected");
+    logLine(kLogSource, "handleAppControllerServerConnected",
+            "Enter handleAppControllerServerConnected");
     sendMsgToAppController_ClientInit();
 }
 
 void ApplicationContorllerClient::handleAppControllerServerDisconnected()
 {
-    log("handleAppControllerServerDisconnected", "Enter handleAppControllerServerDisconnected");
+    logLine(kLogSource, "handleAppControllerServerDisconnected",
+            "Enter handleAppControllerServerDisconnected");
     m_nextAttempt.stop();
     m_nextIntroduction.stop();
     Q_EMIT sigConnectStatusChanged(ConnectionLost);
@@ -158,7 +155,7 @@ void ApplicationContorllerClient::handleAppControllerMessageReceived(CDataValue*
         {quitMessage, &Self::handleMsgFromAppController_Quit},
     };
     const QString identifier = datavalue->mapGet("IPCMSG_TYPE").asQString();
-    log("handleAppControllerMessageReceived", logExcerpt(identifier));
+    logLine(kLogSource, "handleAppControllerMessageReceived", logExcerpt(identifier));
     for (const auto& handler : handlers) {
         if (identifier == QLatin1String(handler.identifier)) {
             (this->*handler.handle)(*datavalue);
@@ -174,7 +171,8 @@ void ApplicationContorllerClient::handleMsgFromAppController(CDataValue* dataval
 
 void ApplicationContorllerClient::handleMsgFromAppController_ClientInit(CDataValue& envelope)
 {
-    log("handleMsgFromAppController_ClientInit", "Enter handleMsgFromAppController_ClientInit");
+    logLine(kLogSource, "handleMsgFromAppController_ClientInit",
+            "Enter handleMsgFromAppController_ClientInit");
     if (errorCode(envelope) != 0) {
         ++g_failedIntroductions;
         m_nextIntroduction.start();
@@ -188,20 +186,20 @@ void ApplicationContorllerClient::handleMsgFromAppController_ClientInit(CDataVal
 void ApplicationContorllerClient::handleMsgFromAppController_GetDevID(CDataValue& envelope)
 {
     constexpr char function[] = "handleMsgFromAppController_GetDevID";
-    log(function, "Enter handleMsgFromAppController_GetDevID");
+    logLine(kLogSource, function, "Enter handleMsgFromAppController_GetDevID");
     const int error = errorCode(envelope);
     CDataValue& response = envelope.mapGet("IPCMSG_RESPONSE_DATA");
     CDataValue& userData = envelope.mapGet("IPCMSG_USER_DATA");
-    log(function, "incoming data is :", excerpt(envelope));
-    log(function, "user data response is:", excerpt(response));
-    log(function, "user data is:", excerpt(userData));
+    logLine(kLogSource, function, "incoming data is :", excerpt(envelope));
+    logLine(kLogSource, function, "user data response is:", excerpt(response));
+    logLine(kLogSource, function, "user data is:", excerpt(userData));
 
     const QString deviceName = userData.mapGet("Name").asQString();
     QString deviceID;
     if (response.isObject())
         deviceID = response.mapGet(deviceName).asQString();
-    log(function, "strDevID:", logExcerpt(deviceID));
-    log(function, "strDevName:", logExcerpt(deviceName));
+    logLine(kLogSource, function, "strDevID:", logExcerpt(deviceID));
+    logLine(kLogSource, function, "strDevName:", logExcerpt(deviceName));
 
     const int eventID = userData.mapGet("ID").asInt();
     if (error == 0)
@@ -213,11 +211,11 @@ void ApplicationContorllerClient::handleMsgFromAppController_GetDevID(CDataValue
 void ApplicationContorllerClient::handleMsgFromAppController_GetMultDevID(CDataValue& envelope)
 {
     constexpr char function[] = "handleMsgFromAppController_GetMultDevID";
-    log(function, "Enter handleMsgFromAppController_GetMultDevID");
+    logLine(kLogSource, function, "Enter handleMsgFromAppController_GetMultDevID");
     QMap<QString, QString> deviceIDs;
     const int error = errorCode(envelope);
     if (error != 0) {
-        log(function, "GetMultDevID error =", error);
+        logLine(kLogSource, function, "GetMultDevID error =", error);
         Q_EMIT sigResponseGetMultDevID(false, deviceIDs);
         return;
     }
@@ -233,7 +231,8 @@ void ApplicationContorllerClient::handleMsgFromAppController_GetMultDevID(CDataV
 
 void ApplicationContorllerClient::handleMsgFromAppController_DeviceUnplug(CDataValue&)
 {
-    log("handleMsgFromAppController_DeviceUnplug", "Enter handleMsgFromAppController_DeviceUnplug");
+    logLine(kLogSource, "handleMsgFromAppController_DeviceUnplug",
+            "Enter handleMsgFromAppController_DeviceUnplug");
     Q_EMIT sigDataCardUnpluged();
 }
 

@@ -1,6 +1,6 @@
 #include "singleapplication/singleinstance_p.h"
 
-#include "LogTask/clog.h"
+#include "LogTask/logline_p.h"
 
 #include <QCryptographicHash>
 #include <QDeadlineTimer>
@@ -21,7 +21,7 @@
 
 namespace {
 
-const char source[] = "singleapplication/singleinstance";
+constexpr char kLogSource[] = "singleapplication/singleinstance";
 constexpr char received = 6;
 constexpr qint64 headerSize = 4;
 constexpr quint32 longestMessage = 16 * 1024 * 1024;
@@ -109,7 +109,7 @@ SingleInstance::Role SingleInstance::lock()
         ::close(file);
     if (error == EWOULDBLOCK)
         return Role::Others;
-    CLogFile() << source << "lock" << m_path << std::strerror(error);
+    logLine(kLogSource, "lock", m_path, std::strerror(error));
     return Role::Unknown;
 }
 
@@ -119,7 +119,7 @@ void SingleInstance::listen()
     if (m_lockFile >= 0)
         QLocalServer::removeServer(name);
     if (!m_server.listen(name))
-        CLogFile() << source << "listen" << name << m_server.errorString();
+        logLine(kLogSource, "listen", name, m_server.errorString());
 }
 
 bool SingleInstance::send(const QString& message, int timeout)
@@ -128,8 +128,7 @@ bool SingleInstance::send(const QString& message, int timeout)
         return false;
     const QByteArray text = message.toUtf8();
     if (static_cast<quint64>(text.size()) > longestMessage) {
-        CLogFile() << source << "send"
-                   << "The message is too long:" << QString::number(text.size());
+        logLine(kLogSource, "send", "The message is too long:", QString::number(text.size()));
         return false;
     }
     const QDeadlineTimer deadline(qMax(timeout, 0));
@@ -166,8 +165,7 @@ void SingleInstance::readMessage(QLocalSocket* socket)
         return;
     const auto length = qFromBigEndian<quint32>(header.constData());
     if (length > longestMessage) {
-        CLogFile() << source << "readMessage"
-                   << "A message is too long:" << QString::number(length);
+        logLine(kLogSource, "readMessage", "A message is too long:", QString::number(length));
         socket->abort();
         return;
     }

@@ -1,4 +1,3 @@
-#include "LogTask/logexcerpt_p.h"
 #include "LogTask/logtext_p.h"
 
 #include <QElapsedTimer>
@@ -18,9 +17,6 @@ private Q_SLOTS:
     void writesTheBytesOfTheFile();
     void dropsAnUnfinishedCharacter_data();
     void dropsAnUnfinishedCharacter();
-    void keepsTextsUpToTheLimit();
-    void cutsLongerTextsAndNamesTheirLength();
-    void splitsNoSurrogatePair();
 };
 
 void tst_LogText::writesTheTimeOfDay()
@@ -120,26 +116,6 @@ void tst_LogText::dropsAnUnfinishedCharacter()
     QFETCH(QByteArray, text);
     QFETCH(int, kept);
     QCOMPARE(int(wholeUtf8(text.constData(), std::size_t(text.size()))), kept);
-}
-
-void tst_LogText::keepsTextsUpToTheLimit()
-{
-    QCOMPARE(logExcerpt(QString()), QString());
-    QCOMPARE(logExcerpt("frame"), QString("frame"));
-    const QString longest(16384, 'x');
-    QCOMPARE(logExcerpt(longest), longest);
-}
-
-void tst_LogText::cutsLongerTextsAndNamesTheirLength()
-{
-    QCOMPARE(logExcerpt(QString(16385, 'x')), QString(16384, 'x') + "... 16385 characters");
-    QCOMPARE(logExcerpt(QString(1000000, 'x')), QString(16384, 'x') + "... 1000000 characters");
-}
-
-void tst_LogText::splitsNoSurrogatePair()
-{
-    const QString pair = QString::fromUtf8("\xF0\x9F\x98\x80");
-    QCOMPARE(logExcerpt(QString(16383, 'x') + pair), QString(16383, 'x') + "... 16385 characters");
 }
 
 QTEST_GUILESS_MAIN(tst_LogText)
