@@ -106,13 +106,13 @@ inline std::string randomJsonNumber(Dice& dice)
     return dice.oneIn(3) ? std::to_string(dice.any()) : dice.of(numbers);
 }
 
-/// A JSON text of at most `depth` levels, usually valid, with comments here and there.
-inline std::string randomJson(Dice& dice, unsigned int depth)
+/// A JSON text of at most `depth` levels, usually valid, with comments here and there if wanted.
+inline std::string randomJson(Dice& dice, unsigned int depth, bool withComments = true)
 {
     static const std::array<std::string, 6> keys{"a", "b", "B", "k", "", "\\u00e9"};
     static const std::array<std::string, 3> words{"null", "true", "false"};
-    const std::string before = randomJsonComment(dice);
-    const std::string after = randomJsonComment(dice);
+    const std::string before = withComments ? randomJsonComment(dice) : std::string();
+    const std::string after = withComments ? randomJsonComment(dice) : std::string();
     const unsigned int kind = dice.below(depth > 0 ? 8 : 4);
     if (kind < 4) {
         const std::string atom = kind == 0   ? dice.of(words)
@@ -125,7 +125,7 @@ inline std::string randomJson(Dice& dice, unsigned int depth)
     for (unsigned int n = dice.below(5); n > 0; --n) {
         text += text.empty() ? "" : ",";
         text += isArray ? "" : "\"" + dice.of(keys) + "\":";
-        text += randomJson(dice, depth - 1);
+        text += randomJson(dice, depth - 1, withComments);
     }
     return before + (isArray ? "[" + text + "]" : "{" + text + "}") + after;
 }

@@ -6,8 +6,11 @@
 
 namespace {
 
-/// A world grows old after this many steps: the next sequence starts with empty values.
+/// A world grows old after this many steps: the next sequence starts with empty values. One in so
+/// many of them has large maps, and is shorter.
 constexpr int sequenceLength = 300;
+constexpr int largeSequenceLength = 40;
+constexpr int sequencesPerLargeOne = 6;
 
 struct Outcome
 {
@@ -15,9 +18,10 @@ struct Outcome
     std::string mismatch; // empty when both worlds agreed
 };
 
-Outcome replay(const std::vector<quint32>& steps, std::string* story = nullptr)
+Outcome replay(const std::vector<quint32>& steps, RandomWorld::Size size,
+               std::string* story = nullptr)
 {
-    RandomWorld world;
+    RandomWorld world(size);
     Outcome outcome;
     for (const quint32 step : steps) {
         const bool same = world.run(step);
@@ -33,14 +37,14 @@ Outcome replay(const std::vector<quint32>& steps, std::string* story = nullptr)
 }
 
 /// Leaves out every step without which both worlds still differ.
-std::vector<quint32> shortened(std::vector<quint32> steps)
+std::vector<quint32> shortened(std::vector<quint32> steps, RandomWorld::Size size)
 {
     for (size_t chunk = steps.size() / 2; chunk > 0; chunk /= 2) {
         for (size_t at = 0; at + chunk <= steps.size();) {
             std::vector<quint32> fewer(steps);
             const auto from = fewer.begin() + static_cast<std::ptrdiff_t>(at);
             fewer.erase(from, from + static_cast<std::ptrdiff_t>(chunk));
-            const Outcome outcome = replay(fewer);
+            const Outcome outcome = replay(fewer, size);
             if (outcome.mismatch.empty()) {
                 at += chunk;
             } else {
@@ -66,19 +70,21 @@ private Q_SLOTS:
 void tst_DataValueRandom::agreesWithTheReferenceModel()
 {
     const quint32 seed = seedOfThisRun();
-    const int steps = stepsOfThisRun(12000);
+    const int steps = stepsOfThisRun(24000);
     qInfo("WZR_SEED=%u WZR_STEPS=%d", seed, steps);
     Dice dice(seed);
-    for (int done = 0; done < steps; done += sequenceLength) {
+    for (int done = 0, count = 1; done < steps; ++count) {
+        const bool isLarge = count % sequencesPerLargeOne == 0;
+        const RandomWorld::Size size = isLarge ? RandomWorld::Large : RandomWorld::Small;
         std::vector<quint32> sequence;
-        for (int i = 0; i < sequenceLength; ++i)
+        for (int i = 0; i < (isLarge ? largeSequenceLength : sequenceLength); ++i, ++done)
             sequence.push_back(dice.any());
-        Outcome outcome = replay(sequence);
+        Outcome outcome = replay(sequence, size);
         if (outcome.mismatch.empty())
             continue;
         sequence.resize(outcome.stepsDone);
         std::string story;
-        outcome = replay(shortened(sequence), &story);
+        outcome = replay(shortened(sequence, size), size, &story);
         QFAIL(qPrintable(QString::fromStdString("These steps lead to a difference:\n" + story +
                                                 outcome.mismatch)));
     }
