@@ -60,7 +60,7 @@ void add(const char* name)
          {benchmark::RegisterBenchmark(named("recordToText").c_str(), recordToText<Way>),
           benchmark::RegisterBenchmark(named("textToRecord").c_str(), textToRecord<Way>),
           benchmark::RegisterBenchmark(named("both").c_str(), both<Way>)})
-        item->Arg(10)->Arg(1000)->Arg(100000)->Unit(benchmark::kMicrosecond);
+        item->Arg(10)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMicrosecond);
 }
 
 } // namespace
@@ -72,6 +72,9 @@ int main(int argc, char** argv)
     add<QtJson>("QJsonDocument");
     add<JsonCpp>("JsonCpp");
     add<RapidJson>("RapidJSON");
+    add<RapidJsonSax>("RapidJSON-SAX");
+    add<RapidJsonSaxQString>("RapidJSON-SAX-QString");
+    add<BoostJson>("Boost.JSON");
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     return 0;

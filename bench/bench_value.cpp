@@ -9,8 +9,15 @@
 #include <QVariantMap>
 
 #include <benchmark/benchmark.h>
+#include <boost/json.hpp>
 #include <json/json.h>
 #include <nlohmann/json.hpp>
+
+// As this library compiles it for itself.
+#ifdef __SSE2__
+#define RAPIDJSON_SSE2
+#endif
+#include <rapidjson/document.h>
 
 #include <cstdlib>
 
@@ -111,15 +118,187 @@ Json::Value buildJsonCpp()
     return map;
 }
 
-/// Every workload's results are worth something only if the texts agree.
-void requireSameText()
+boost::json::object buildBoost()
 {
-    const std::string own = buildValue().parseToQString(FAST_STYLE).trimmed().toStdString();
-    if (own != buildNlohmann().dump()) {
-        std::fprintf(stderr, "the peers do not hold the same data:\n%s\n%s\n", own.c_str(),
-                     buildNlohmann().dump().c_str());
-        std::exit(1);
+    boost::json::array list;
+    for (int i = 0; i < 5; ++i)
+        list.emplace_back(i * 100);
+    boost::json::object inner;
+    inner["nAct"] = 7;
+    inner["nMode"] = 1;
+    inner["strLongAlpha"] = "Example Mobile";
+    boost::json::object map;
+    map["nIndex"] = 3;
+    map["nState"] = 2;
+    map["nRssi"] = -71;
+    map["blActive"] = true;
+    map["dRate"] = 2.5;
+    map["strName"] = "modem";
+    map["strNumber"] = "+491701234567";
+    map["strRemark"] = kRemark;
+    map["listCells"] = std::move(list);
+    map["tOperator"] = std::move(inner);
+    return map;
+}
+
+void require(bool holds, const char* what)
+{
+    if (holds)
+        return;
+    std::fprintf(stderr, "the peers do not hold the same data: %s\n", what);
+    std::exit(1);
+}
+
+/// What reading all fields of the map yields, so that all ways can be compared.
+struct AllFields
+{
+    long long numbers = 0;
+    double rate = 0;
+    bool active = false;
+    QString texts;
+
+    bool operator==(const AllFields& other) const
+    {
+        return numbers == other.numbers && rate == other.rate && active == other.active &&
+               texts == other.texts;
     }
+};
+
+QString textOf(const char* bytes, std::size_t size)
+{
+    return QString::fromUtf8(bytes, static_cast<int>(size));
+}
+
+AllFields readValue(const QString& text)
+{
+    CDataValue map;
+    CDataValue::parseToDataValue(text, map);
+    AllFields all;
+    for (const char* key : {"nIndex", "nState", "nRssi"})
+        all.numbers += map.mapGet(key).asInt();
+    CDataValue& list = map.mapGet("listCells");
+    for (unsigned i = 0; i < list.arrayCount(); ++i)
+        all.numbers += list.arrayGet(i).asInt();
+    all.rate = map.mapGet("dRate").asDouble();
+    all.active = map.mapGet("blActive").asBool();
+    CDataValue& inner = map.mapGet("tOperator");
+    all.numbers += inner.mapGet("nAct").asInt() + inner.mapGet("nMode").asInt();
+    for (const char* key : {"strName", "strNumber", "strRemark"})
+        all.texts += map.mapGet(key).asQString();
+    all.texts += inner.mapGet("strLongAlpha").asQString();
+    return all;
+}
+
+AllFields readNlohmann(const QString& text)
+{
+    const nlohmann::json map = nlohmann::json::parse(text.toStdString());
+    AllFields all;
+    for (const char* key : {"nIndex", "nState", "nRssi"})
+        all.numbers += map.find(key)->get<int>();
+    for (const nlohmann::json& cell : *map.find("listCells"))
+        all.numbers += cell.get<int>();
+    all.rate = map.find("dRate")->get<double>();
+    all.active = map.find("blActive")->get<bool>();
+    const nlohmann::json& inner = *map.find("tOperator");
+    all.numbers += inner.find("nAct")->get<int>() + inner.find("nMode")->get<int>();
+    const auto add = [&all](const nlohmann::json& value) {
+        const auto& bytes = value.get_ref<const std::string&>();
+        all.texts += textOf(bytes.data(), bytes.size());
+    };
+    for (const char* key : {"strName", "strNumber", "strRemark"})
+        add(*map.find(key));
+    add(*inner.find("strLongAlpha"));
+    return all;
+}
+
+AllFields readQJson(const QString& text)
+{
+    const QJsonObject map = QJsonDocument::fromJson(text.toUtf8()).object();
+    AllFields all;
+    for (const char* key : {"nIndex", "nState", "nRssi"})
+        all.numbers += map.value(QLatin1String(key)).toInt();
+    const QJsonArray list = map.value(QLatin1String("listCells")).toArray();
+    for (const QJsonValue& cell : list)
+        all.numbers += cell.toInt();
+    all.rate = map.value(QLatin1String("dRate")).toDouble();
+    all.active = map.value(QLatin1String("blActive")).toBool();
+    const QJsonObject inner = map.value(QLatin1String("tOperator")).toObject();
+    all.numbers += inner.value(QLatin1String("nAct")).toInt();
+    all.numbers += inner.value(QLatin1String("nMode")).toInt();
+    for (const char* key : {"strName", "strNumber", "strRemark"})
+        all.texts += map.value(QLatin1String(key)).toString();
+    all.texts += inner.value(QLatin1String("strLongAlpha")).toString();
+    return all;
+}
+
+AllFields readRapidJson(const QString& text)
+{
+    const QByteArray utf8 = text.toUtf8();
+    rapidjson::Document map;
+    map.Parse(utf8.constData(), static_cast<std::size_t>(utf8.size()));
+    AllFields all;
+    for (const char* key : {"nIndex", "nState", "nRssi"})
+        all.numbers += map[key].GetInt();
+    for (const rapidjson::Value& cell : map["listCells"].GetArray())
+        all.numbers += cell.GetInt();
+    all.rate = map["dRate"].GetDouble();
+    all.active = map["blActive"].GetBool();
+    const rapidjson::Value& inner = map["tOperator"];
+    all.numbers += inner["nAct"].GetInt() + inner["nMode"].GetInt();
+    for (const char* key : {"strName", "strNumber", "strRemark"})
+        all.texts += textOf(map[key].GetString(), map[key].GetStringLength());
+    const rapidjson::Value& alpha = inner["strLongAlpha"];
+    all.texts += textOf(alpha.GetString(), alpha.GetStringLength());
+    return all;
+}
+
+AllFields readBoost(const QString& text)
+{
+    const QByteArray utf8 = text.toUtf8();
+    boost::json::monotonic_resource memory;
+    const boost::json::value parsed = boost::json::parse(
+        boost::json::string_view(utf8.constData(), static_cast<std::size_t>(utf8.size())), &memory);
+    const boost::json::object& map = parsed.as_object();
+    AllFields all;
+    for (const char* key : {"nIndex", "nState", "nRssi"})
+        all.numbers += map.at(key).as_int64();
+    for (const boost::json::value& cell : map.at("listCells").as_array())
+        all.numbers += cell.as_int64();
+    all.rate = map.at("dRate").as_double();
+    all.active = map.at("blActive").as_bool();
+    const boost::json::object& inner = map.at("tOperator").as_object();
+    all.numbers += inner.at("nAct").as_int64() + inner.at("nMode").as_int64();
+    const auto add = [&all](const boost::json::value& value) {
+        const boost::json::string& bytes = value.as_string();
+        all.texts += textOf(bytes.data(), bytes.size());
+    };
+    for (const char* key : {"strName", "strNumber", "strRemark"})
+        add(map.at(key));
+    add(inner.at("strLongAlpha"));
+    return all;
+}
+
+/// Every workload's results are worth something only if all ways agree.
+void requireSameResults()
+{
+    const QString text = buildValue().parseToQString(FAST_STYLE);
+    require(text.trimmed().toStdString() == buildNlohmann().dump(), "nlohmann");
+    require(buildBoost() == boost::json::parse(buildNlohmann().dump()).as_object(), "Boost.JSON");
+    const AllFields all = readValue(text);
+    require(all.numbers == 942 && all.rate == 2.5 && all.active && all.texts.size() == 84,
+            "what is read of a value");
+    require(readNlohmann(text) == all, "what is read by nlohmann");
+    require(readQJson(text) == all, "what is read by QJsonDocument");
+    require(readRapidJson(text) == all, "what is read by RapidJSON");
+    require(readBoost(text) == all, "what is read by Boost.JSON");
+}
+
+template<auto Read>
+void parseAndRead(benchmark::State& state)
+{
+    const QString text = buildValue().parseToQString(FAST_STYLE);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(Read(text));
 }
 
 template<auto Build>
@@ -139,6 +318,17 @@ void copy(benchmark::State& state)
     }
 }
 
+/// The first copy of a value that was built by hand, which may have to be put into another form.
+template<auto Build>
+void buildAndCopy(benchmark::State& state)
+{
+    for (auto _ : state) {
+        const auto source = Build();
+        auto copied = source;
+        benchmark::DoNotOptimize(copied);
+    }
+}
+
 void lookUpValue(benchmark::State& state)
 {
     CDataValue map = buildValue();
@@ -153,7 +343,16 @@ void lookUpNlohmann(benchmark::State& state)
     nlohmann::json map = buildNlohmann();
     for (auto _ : state) {
         for (const char* key : kKeys)
-            benchmark::DoNotOptimize(map[key].type());
+            benchmark::DoNotOptimize(map.find(key)->type());
+    }
+}
+
+void lookUpBoost(benchmark::State& state)
+{
+    const boost::json::object map = buildBoost();
+    for (auto _ : state) {
+        for (const char* key : kKeys)
+            benchmark::DoNotOptimize(map.find(key)->value().kind());
     }
 }
 
@@ -197,6 +396,13 @@ void writeQJson(benchmark::State& state)
             QString::fromUtf8(QJsonDocument(map).toJson(QJsonDocument::Compact)));
 }
 
+void writeBoost(benchmark::State& state)
+{
+    const boost::json::object map = buildBoost();
+    for (auto _ : state)
+        benchmark::DoNotOptimize(QString::fromStdString(boost::json::serialize(map)));
+}
+
 void writeJsonCpp(benchmark::State& state)
 {
     const Json::Value map = buildJsonCpp();
@@ -227,6 +433,27 @@ void parseQJson(benchmark::State& state)
     const QString text = buildValue().parseToQString(FAST_STYLE);
     for (auto _ : state)
         benchmark::DoNotOptimize(QJsonDocument::fromJson(text.toUtf8()));
+}
+
+void parseRapidJson(benchmark::State& state)
+{
+    const QString text = buildValue().parseToQString(FAST_STYLE);
+    for (auto _ : state) {
+        const QByteArray utf8 = text.toUtf8();
+        rapidjson::Document map;
+        map.Parse(utf8.constData(), static_cast<std::size_t>(utf8.size()));
+        benchmark::DoNotOptimize(map.IsObject());
+    }
+}
+
+void parseBoost(benchmark::State& state)
+{
+    const QString text = buildValue().parseToQString(FAST_STYLE);
+    for (auto _ : state) {
+        const QByteArray utf8 = text.toUtf8();
+        benchmark::DoNotOptimize(boost::json::parse(
+            boost::json::string_view(utf8.constData(), static_cast<std::size_t>(utf8.size()))));
+    }
 }
 
 void parseJsonCpp(benchmark::State& state)
@@ -277,22 +504,35 @@ BENCHMARK(build<buildNlohmann>)->Name("build/nlohmann");
 BENCHMARK(build<buildQt<QVariantMap, QVariantList>>)->Name("build/QVariantMap");
 BENCHMARK(build<buildQt<QJsonObject, QJsonArray>>)->Name("build/QJsonObject");
 BENCHMARK(build<buildJsonCpp>)->Name("build/JsonCpp");
+BENCHMARK(build<buildBoost>)->Name("build/Boost.JSON");
+BENCHMARK(buildAndCopy<buildValue>)->Name("build-and-copy/CDataValue");
+BENCHMARK(buildAndCopy<buildNlohmann>)->Name("build-and-copy/nlohmann");
+BENCHMARK(buildAndCopy<buildQt<QVariantMap, QVariantList>>)->Name("build-and-copy/QVariantMap");
 BENCHMARK(copy<buildValue>)->Name("copy/CDataValue");
 BENCHMARK(copy<buildNlohmann>)->Name("copy/nlohmann");
 BENCHMARK(copy<buildQt<QVariantMap, QVariantList>>)->Name("copy/QVariantMap");
 BENCHMARK(copy<buildJsonCpp>)->Name("copy/JsonCpp");
 BENCHMARK(lookUpValue)->Name("lookup/CDataValue");
 BENCHMARK(lookUpNlohmann)->Name("lookup/nlohmann");
+BENCHMARK(lookUpBoost)->Name("lookup/Boost.JSON");
 BENCHMARK(lookUpVariantMap)->Name("lookup/QVariantMap");
 BENCHMARK(lookUpJsonCpp)->Name("lookup/JsonCpp");
 BENCHMARK(writeValue)->Name("write/CDataValue");
 BENCHMARK(writeNlohmann)->Name("write/nlohmann");
 BENCHMARK(writeQJson)->Name("write/QJsonDocument");
 BENCHMARK(writeJsonCpp)->Name("write/JsonCpp");
+BENCHMARK(writeBoost)->Name("write/Boost.JSON");
 BENCHMARK(parseValue)->Name("parse/CDataValue");
 BENCHMARK(parseNlohmann)->Name("parse/nlohmann");
 BENCHMARK(parseQJson)->Name("parse/QJsonDocument");
 BENCHMARK(parseJsonCpp)->Name("parse/JsonCpp");
+BENCHMARK(parseRapidJson)->Name("parse/RapidJSON");
+BENCHMARK(parseBoost)->Name("parse/Boost.JSON");
+BENCHMARK(parseAndRead<readValue>)->Name("parse-and-read/CDataValue");
+BENCHMARK(parseAndRead<readNlohmann>)->Name("parse-and-read/nlohmann");
+BENCHMARK(parseAndRead<readQJson>)->Name("parse-and-read/QJsonDocument");
+BENCHMARK(parseAndRead<readRapidJson>)->Name("parse-and-read/RapidJSON");
+BENCHMARK(parseAndRead<readBoost>)->Name("parse-and-read/Boost.JSON");
 BENCHMARK(changeSynchronised)->Name("change-synchronised/CDataValue")->Arg(100)->Arg(100000);
 BENCHMARK(changeUnsynchronised)->Name("change/CDataValue")->Arg(100)->Arg(100000);
 
@@ -300,7 +540,7 @@ BENCHMARK(changeUnsynchronised)->Name("change/CDataValue")->Arg(100)->Arg(100000
 
 int main(int argc, char** argv)
 {
-    requireSameText();
+    requireSameResults();
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     return 0;

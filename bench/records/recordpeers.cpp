@@ -8,6 +8,10 @@
 
 #include <json/json.h>
 #include <nlohmann/json.hpp>
+// As this library compiles it for itself.
+#ifdef __SSE2__
+#define RAPIDJSON_SSE2
+#endif
 #include <rapidjson/document.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
@@ -33,42 +37,6 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(BLSmsListItem, nPacketType, nRef, nStoreIn, n
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(BLSmsGetListCnf, listSmsItem)
 
 namespace recordpeers {
-
-namespace {
-
-struct NumberField
-{
-    const char* key;
-    int BLSmsListItem::*member;
-};
-constexpr NumberField kNumbers[] = {
-    {"nPacketType", &BLSmsListItem::nPacketType},
-    {"nRef", &BLSmsListItem::nRef},
-    {"nStoreIn", &BLSmsListItem::nStoreIn},
-    {"nTag", &BLSmsListItem::nTag},
-    {"nType", &BLSmsListItem::nType},
-    {"nClass", &BLSmsListItem::nClass},
-    {"nCompleted", &BLSmsListItem::nCompleted},
-    {"nTotalPacket", &BLSmsListItem::nTotalPacket},
-    {"nStatusReportStatus", &BLSmsListItem::nStatusReportStatus},
-    {"nCurrentPacket", &BLSmsListItem::nCurrentPacket},
-    {"nBoxType", &BLSmsListItem::nBoxType},
-};
-
-struct TextField
-{
-    const char* key;
-    QString BLSmsListItem::*member;
-};
-const TextField kTexts[] = {
-    {"strAddress", &BLSmsListItem::strAddress},
-    {"strDateTime", &BLSmsListItem::strDateTime},
-    {"strContent", &BLSmsListItem::strContent},
-};
-
-constexpr char kList[] = "listSmsItem";
-
-} // namespace
 
 BLSmsGetListCnf makeMessages(int count)
 {

@@ -4,7 +4,8 @@
 // A list of short messages as text and back, by this library and by what a user would take instead.
 //
 // Every way yields and takes the text in the form that is natural to it: a QString here, UTF-8
-// bytes for the others. None of them keeps anything from one call to the next.
+// bytes for the others where the name does not say otherwise. None of them keeps anything from one
+// call to the next.
 
 #include "records/messagerecords.h"
 
@@ -14,6 +15,38 @@
 #include <string>
 
 namespace recordpeers {
+
+struct NumberField
+{
+    const char* key;
+    int BLSmsListItem::*member;
+};
+constexpr NumberField kNumbers[] = {
+    {"nPacketType", &BLSmsListItem::nPacketType},
+    {"nRef", &BLSmsListItem::nRef},
+    {"nStoreIn", &BLSmsListItem::nStoreIn},
+    {"nTag", &BLSmsListItem::nTag},
+    {"nType", &BLSmsListItem::nType},
+    {"nClass", &BLSmsListItem::nClass},
+    {"nCompleted", &BLSmsListItem::nCompleted},
+    {"nTotalPacket", &BLSmsListItem::nTotalPacket},
+    {"nStatusReportStatus", &BLSmsListItem::nStatusReportStatus},
+    {"nCurrentPacket", &BLSmsListItem::nCurrentPacket},
+    {"nBoxType", &BLSmsListItem::nBoxType},
+};
+
+struct TextField
+{
+    const char* key;
+    QString BLSmsListItem::*member;
+};
+constexpr TextField kTexts[] = {
+    {"strAddress", &BLSmsListItem::strAddress},
+    {"strDateTime", &BLSmsListItem::strDateTime},
+    {"strContent", &BLSmsListItem::strContent},
+};
+
+constexpr char kList[] = "listSmsItem";
 
 /// `count` messages with texts of about 120 characters, each third with some that are not ASCII.
 BLSmsGetListCnf makeMessages(int count);
@@ -49,6 +82,31 @@ struct JsonCpp
 
 /// RapidJSON's document.
 struct RapidJson
+{
+    using Text = std::string;
+    static Text write(const BLSmsGetListCnf& list);
+    static BLSmsGetListCnf read(const Text& text);
+};
+
+/// RapidJSON's events, without a document: its writer is told each field, and its reader tells each
+/// one to a handler that expects the fields in the order in which they are written.
+struct RapidJsonSax
+{
+    using Text = std::string;
+    static Text write(const BLSmsGetListCnf& list);
+    static BLSmsGetListCnf read(const Text& text);
+};
+
+/// The same, with the text as a QString like ours.
+struct RapidJsonSaxQString
+{
+    using Text = QString;
+    static Text write(const BLSmsGetListCnf& list);
+    static BLSmsGetListCnf read(const Text& text);
+};
+
+/// Boost.JSON's document, read into a block of memory for one use, as its makers advise.
+struct BoostJson
 {
     using Text = std::string;
     static Text write(const BLSmsGetListCnf& list);
