@@ -346,7 +346,8 @@ void writeRecord(const RecordType& type, const void* record, CDataValue& data)
 
 void readRecord(const RecordType& type, CDataValue& data, void* record)
 {
-    if (&data == &CDataValue::m_sNull) { // the first miss would destroy what is being read
+    // A miss discards the content of the shared null value, and with it what is being read.
+    if (&data == &CDataValue::m_sNull || Tree::isBelow(data, CDataValue::m_sNull)) {
         CDataValue written(data);
         Reader(written).readRecord(type, record);
         return;
