@@ -42,7 +42,7 @@ QString withoutMarkers(const QString& frame)
 
 } // namespace
 
-class tst_WireDoc : public QObject
+class tst_wiredoc : public QObject
 {
     Q_OBJECT
 
@@ -63,7 +63,7 @@ private:
     QStringList m_atClient;
 };
 
-void tst_WireDoc::init()
+void tst_wiredoc::init()
 {
     m_name = "wzr-wire-" + QUuid::createUuid().toString(QUuid::Id128).left(16);
     m_server = std::make_unique<IPCServer>();
@@ -79,14 +79,14 @@ void tst_WireDoc::init()
     QTRY_VERIFY(m_server->hasClientConnected());
 }
 
-void tst_WireDoc::cleanup()
+void tst_wiredoc::cleanup()
 {
     m_client.reset();
     m_server.reset();
 }
 
 // Byte for byte, but for the escape that the page recommends to peers of another kind.
-void tst_WireDoc::everyFrameIsWhatTheClientSends()
+void tst_wiredoc::everyFrameIsWhatTheClientSends()
 {
     const QStringList frames = blocks("frame");
     QCOMPARE(frames.size(), 5);
@@ -110,7 +110,7 @@ void tst_WireDoc::everyFrameIsWhatTheClientSends()
     QCOMPARE(m_atServer.size(), 1);
 }
 
-void tst_WireDoc::everyFrameArrivesWhole()
+void tst_wiredoc::everyFrameArrivesWhole()
 {
     QStringList texts;
     for (const QString& frame : blocks("frame")) {
@@ -127,7 +127,7 @@ void tst_WireDoc::everyFrameArrivesWhole()
     }
 }
 
-void tst_WireDoc::bodiesAreWhatTheySay()
+void tst_wiredoc::bodiesAreWhatTheySay()
 {
     const QStringList bodies = blocks("body");
     QCOMPARE(bodies.size(), 3);
@@ -139,7 +139,7 @@ void tst_WireDoc::bodiesAreWhatTheySay()
     QCOMPARE(m_atClient, (QStringList{bodies.at(0) + "\n", bodies.at(2) + "\n", "0\n"}));
 }
 
-void tst_WireDoc::theMadeUpAnswerIsWhatThePageShows()
+void tst_wiredoc::theMadeUpAnswerIsWhatThePageShows()
 {
     CDataValue data(MAP_VALUE);
     data.mapSet("ID", CDataValue(7), false);
@@ -151,7 +151,7 @@ void tst_WireDoc::theMadeUpAnswerIsWhatThePageShows()
     QCOMPARE(m_atClient, QStringList{blocks("body").at(2) + "\n"});
 }
 
-void tst_WireDoc::theTableNamesTheKeysOfTheFrames()
+void tst_wiredoc::theTableNamesTheKeysOfTheFrames()
 {
     for (const QString& frame : blocks("frame")) {
         CDataValue value;
@@ -161,5 +161,5 @@ void tst_WireDoc::theTableNamesTheKeysOfTheFrames()
     }
 }
 
-QTEST_GUILESS_MAIN(tst_WireDoc)
+QTEST_GUILESS_MAIN(tst_wiredoc)
 #include "tst_wiredoc.moc"

@@ -11,7 +11,7 @@
 #include <utility>
 
 // What holds for every record: writing, reading, and reading what is not as it should be.
-class tst_RecordMarshalling : public QObject
+class tst_recordmarshalling : public QObject
 {
     Q_OBJECT
 
@@ -58,7 +58,7 @@ private:
     int m_rows = 0;
 };
 
-void tst_RecordMarshalling::init()
+void tst_recordmarshalling::init()
 {
     // A fresh log now and then: reading one costs its length, starting one costs a thread.
     if (m_rows++ % 25 == 0) {
@@ -67,26 +67,26 @@ void tst_RecordMarshalling::init()
     }
 }
 
-void tst_RecordMarshalling::addRecords()
+void tst_recordmarshalling::addRecords()
 {
     QTest::addColumn<QString>("name");
     for (const GoldenRecord& record : goldenRecords())
         QTest::newRow(qPrintable(record.name)) << record.name;
 }
 
-std::unique_ptr<RecordObject> tst_RecordMarshalling::create() const
+std::unique_ptr<RecordObject> tst_recordmarshalling::create() const
 {
     return recordUnderTest(QString::fromLatin1(QTest::currentDataTag())).create();
 }
 
-std::unique_ptr<RecordObject> tst_RecordMarshalling::readFrom(CDataValue& data) const
+std::unique_ptr<RecordObject> tst_recordmarshalling::readFrom(CDataValue& data) const
 {
     auto record = create();
     record->read(data);
     return record;
 }
 
-const std::vector<GoldenField>& tst_RecordMarshalling::fields() const
+const std::vector<GoldenField>& tst_recordmarshalling::fields() const
 {
     return goldenRecord(QString::fromLatin1(QTest::currentDataTag())).fields;
 }
@@ -116,7 +116,7 @@ static bool isAddedTo(const GoldenField& field)
     return std::any_of(nested.begin(), nested.end(), isAddedTo);
 }
 
-void tst_RecordMarshalling::startsEmpty()
+void tst_recordmarshalling::startsEmpty()
 {
     auto record = create();
     auto reset = create();
@@ -128,7 +128,7 @@ void tst_RecordMarshalling::startsEmpty()
     QCOMPARE(textOf(record->travelling()), textOf(reset->travelling()));
 }
 
-void tst_RecordMarshalling::writesEachMemberUnderItsKey()
+void tst_recordmarshalling::writesEachMemberUnderItsKey()
 {
     // One member at a time, so that no two can be mixed up.
     for (std::size_t i = 0; i < fields().size(); ++i) {
@@ -144,7 +144,7 @@ void tst_RecordMarshalling::writesEachMemberUnderItsKey()
     }
 }
 
-void tst_RecordMarshalling::readsBackWhatItWrote()
+void tst_recordmarshalling::readsBackWhatItWrote()
 {
     for (std::size_t i = 0; i < fields().size(); ++i) {
         auto record = create();
@@ -159,7 +159,7 @@ void tst_RecordMarshalling::readsBackWhatItWrote()
     }
 }
 
-void tst_RecordMarshalling::readsBackThroughText()
+void tst_recordmarshalling::readsBackThroughText()
 {
     auto record = create();
     record->fill(7);
@@ -172,7 +172,7 @@ void tst_RecordMarshalling::readsBackThroughText()
     }
 }
 
-void tst_RecordMarshalling::writingLeavesTheRecordAlone()
+void tst_recordmarshalling::writingLeavesTheRecordAlone()
 {
     auto record = create();
     record->fill(3);
@@ -183,7 +183,7 @@ void tst_RecordMarshalling::writingLeavesTheRecordAlone()
     QVERIFY(record->equals(*same));
 }
 
-void tst_RecordMarshalling::writesEmptyListsAndHashesAsNull()
+void tst_recordmarshalling::writesEmptyListsAndHashesAsNull()
 {
     CDataValue data;
     create()->write(data);
@@ -213,7 +213,7 @@ static void countWarnings(const QString& name, std::map<QString, int>& warnings)
     }
 }
 
-void tst_RecordMarshalling::readsNothingAsAnEmptyRecord()
+void tst_recordmarshalling::readsNothingAsAnEmptyRecord()
 {
     std::map<QString, int> warnings;
     countWarnings(QString::fromLatin1(QTest::currentDataTag()), warnings);
@@ -239,7 +239,7 @@ void tst_RecordMarshalling::readsNothingAsAnEmptyRecord()
     }
 }
 
-void tst_RecordMarshalling::readsAMissingKeyAsEmpty()
+void tst_recordmarshalling::readsAMissingKeyAsEmpty()
 {
     for (std::size_t i = 0; i < fields().size(); ++i) {
         auto record = create();
@@ -276,7 +276,7 @@ static std::vector<CDataValue> valuesThatAreNo(const GoldenField& field)
     return values;
 }
 
-void tst_RecordMarshalling::readsAWrongKindAsEmpty()
+void tst_recordmarshalling::readsAWrongKindAsEmpty()
 {
     for (std::size_t i = 0; i < fields().size(); ++i) {
         for (const CDataValue& wrong : valuesThatAreNo(fields()[i])) {
@@ -296,7 +296,7 @@ void tst_RecordMarshalling::readsAWrongKindAsEmpty()
     }
 }
 
-void tst_RecordMarshalling::readsElementsOfTheWrongKindAsEmpty()
+void tst_recordmarshalling::readsElementsOfTheWrongKindAsEmpty()
 {
     for (std::size_t i = 0; i < fields().size(); ++i) {
         if (!isList(fields()[i]))
@@ -322,7 +322,7 @@ void tst_RecordMarshalling::readsElementsOfTheWrongKindAsEmpty()
     }
 }
 
-void tst_RecordMarshalling::readingTwiceDoublesListsOnly()
+void tst_recordmarshalling::readingTwiceDoublesListsOnly()
 {
     auto record = create();
     record->fill(1);
@@ -343,7 +343,7 @@ void tst_RecordMarshalling::readingTwiceDoublesListsOnly()
     }
 }
 
-void tst_RecordMarshalling::writingKeepsOtherMembers()
+void tst_recordmarshalling::writingKeepsOtherMembers()
 {
     auto record = create();
     record->fill(1);
@@ -358,7 +358,7 @@ void tst_RecordMarshalling::writingKeepsOtherMembers()
     QCOMPARE(textOf(data), textOf(record->travelling()));
 }
 
-void tst_RecordMarshalling::writingIntoAnotherKindChangesNothing()
+void tst_recordmarshalling::writingIntoAnotherKindChangesNothing()
 {
     auto record = create();
     record->fill(1);
@@ -371,7 +371,7 @@ void tst_RecordMarshalling::writingIntoAnotherKindChangesNothing()
     }
 }
 
-void tst_RecordMarshalling::comparesEveryMember()
+void tst_recordmarshalling::comparesEveryMember()
 {
     for (std::size_t i = 0; i < fields().size(); ++i) {
         auto left = create();
@@ -385,5 +385,5 @@ void tst_RecordMarshalling::comparesEveryMember()
     }
 }
 
-QTEST_GUILESS_MAIN(tst_RecordMarshalling)
+QTEST_GUILESS_MAIN(tst_recordmarshalling)
 #include "tst_recordmarshalling.moc"

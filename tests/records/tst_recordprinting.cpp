@@ -6,7 +6,7 @@
 #include <QtTest>
 
 // The debug output of records.
-class tst_RecordPrinting : public QObject
+class tst_recordprinting : public QObject
 {
     Q_OBJECT
 
@@ -29,7 +29,7 @@ static QString printed(const R& record)
     return text.trimmed();
 }
 
-void tst_RecordPrinting::printsNameKeysAndValues()
+void tst_recordprinting::printsNameKeysAndValues()
 {
     BLConnectState state;
     state.nErr = -3;
@@ -45,7 +45,7 @@ void tst_RecordPrinting::printsNameKeysAndValues()
              QStringLiteral("SmsSaveNumberToPB(nMainID: 4000000000, strNumber: \"\")"));
 }
 
-void tst_RecordPrinting::printsNestedRecordsAndLists()
+void tst_recordprinting::printsNestedRecordsAndLists()
 {
     QCOMPARE(printed(BLSmsSetScCnf{0, {QStringLiteral("+49171")}}),
              QStringLiteral("BLSmsSetScCnf(nErr: 0, tSc: BLSmsAddress(strAddress: \"+49171\"))"));
@@ -58,7 +58,7 @@ void tst_RecordPrinting::printsNestedRecordsAndLists()
                             "1), BLMoveSucceedRef(nNewRef: 4, nOldRef: 3)], nFailureRef: [7, 8])"));
 }
 
-void tst_RecordPrinting::printsHashesSortedByKey()
+void tst_recordprinting::printsHashesSortedByKey()
 {
     BLPbItem item;
     item.contents = {{"number", "+49123"}, {"email", ""}, {"name", "Ada"}};
@@ -67,14 +67,14 @@ void tst_RecordPrinting::printsHashesSortedByKey()
                             "\"Ada\", \"number\": \"+49123\"})"));
 }
 
-void tst_RecordPrinting::printsEveryKey_data()
+void tst_recordprinting::printsEveryKey_data()
 {
     QTest::addColumn<QString>("name");
     for (const GoldenRecord& record : goldenRecords())
         QTest::newRow(qPrintable(record.name)) << record.name;
 }
 
-void tst_RecordPrinting::printsEveryKey()
+void tst_recordprinting::printsEveryKey()
 {
     QFETCH(QString, name);
     const QString text = recordUnderTest(name).create()->printed();
@@ -86,7 +86,7 @@ void tst_RecordPrinting::printsEveryKey()
     }
 }
 
-void tst_RecordPrinting::neverPrintsSecrets()
+void tst_recordprinting::neverPrintsSecrets()
 {
     const QString secret = QStringLiteral("73519");
     BLConnectionDialUp dialUp;
@@ -102,18 +102,18 @@ void tst_RecordPrinting::neverPrintsSecrets()
     QCOMPARE(all.count(QStringLiteral("(hidden)")), 10);
 }
 
-void tst_RecordPrinting::showsWhetherASecretIsEmpty()
+void tst_recordprinting::showsWhetherASecretIsEmpty()
 {
     QCOMPARE(printed(BLPINChangeInfo{QString(), QStringLiteral("1234")}),
              QStringLiteral("BLPINChangeInfo(strOldPin: \"\", strNewPin: (hidden))"));
 }
 
-void tst_RecordPrinting::keepsTheStreamsSettings()
+void tst_recordprinting::keepsTheStreamsSettings()
 {
     QString text;
     QDebug(&text) << 1 << BLPINInfo{2, 3} << 4;
     QCOMPARE(text.trimmed(), QStringLiteral("1 BLPINInfo(nPinCnt: 2, nPukCnt: 3) 4"));
 }
 
-QTEST_GUILESS_MAIN(tst_RecordPrinting)
+QTEST_GUILESS_MAIN(tst_recordprinting)
 #include "tst_recordprinting.moc"

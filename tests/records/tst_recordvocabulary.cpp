@@ -9,7 +9,7 @@
 #include <algorithm>
 
 // Every record, key, kind, type and order as fixed, and every list of fields complete.
-class tst_RecordVocabulary : public QObject
+class tst_recordvocabulary : public QObject
 {
     Q_OBJECT
 
@@ -34,14 +34,14 @@ private:
     static const RecordInfo* catalogued(const QString& name);
 };
 
-void tst_RecordVocabulary::addRecords()
+void tst_recordvocabulary::addRecords()
 {
     QTest::addColumn<QString>("name");
     for (const GoldenRecord& record : goldenRecords())
         QTest::newRow(qPrintable(record.name)) << record.name;
 }
 
-void tst_RecordVocabulary::addFiles()
+void tst_recordvocabulary::addFiles()
 {
     QTest::addColumn<QString>("file");
     QTest::addColumn<int>("fieldCount");
@@ -51,7 +51,7 @@ void tst_RecordVocabulary::addFiles()
     QTest::newRow("diagnostic") << "diagnosticrecords" << 30;
 }
 
-QString tst_RecordVocabulary::contentOf(const QString& name)
+QString tst_recordvocabulary::contentOf(const QString& name)
 {
     QFile file(QStringLiteral(RECORDS_FOLDER "/") + name);
     if (!file.open(QIODevice::ReadOnly))
@@ -59,7 +59,7 @@ QString tst_RecordVocabulary::contentOf(const QString& name)
     return QString::fromUtf8(file.readAll());
 }
 
-const RecordInfo* tst_RecordVocabulary::catalogued(const QString& name)
+const RecordInfo* tst_recordvocabulary::catalogued(const QString& name)
 {
     for (const RecordInfo& record : recordCatalogue()) {
         if (name == QLatin1String(record.name))
@@ -68,7 +68,7 @@ const RecordInfo* tst_RecordVocabulary::catalogued(const QString& name)
     return nullptr;
 }
 
-void tst_RecordVocabulary::hasTheRecordsInOrder()
+void tst_recordvocabulary::hasTheRecordsInOrder()
 {
     QStringList fixed;
     for (const GoldenRecord& record : goldenRecords())
@@ -121,7 +121,7 @@ static QString recordIn(const QString& type)
     return isRecord ? inner : QString();
 }
 
-void tst_RecordVocabulary::hasTheKeysAndKindsInOrder()
+void tst_recordvocabulary::hasTheKeysAndKindsInOrder()
 {
     QFETCH(QString, name);
     QStringList fixed;
@@ -137,7 +137,7 @@ void tst_RecordVocabulary::hasTheKeysAndKindsInOrder()
     QCOMPARE(present, fixed);
 }
 
-void tst_RecordVocabulary::membersHaveTheFixedTypes()
+void tst_recordvocabulary::membersHaveTheFixedTypes()
 {
     QFETCH(QString, name);
     QStringList fixed;
@@ -155,13 +155,13 @@ void tst_RecordVocabulary::membersHaveTheFixedTypes()
     QCOMPARE(present, fixed);
 }
 
-void tst_RecordVocabulary::everyMemberIsInTheList()
+void tst_recordvocabulary::everyMemberIsInTheList()
 {
     QFETCH(QString, name);
     QCOMPARE(catalogued(name)->fields.size(), recordUnderTest(name).create()->members().size());
 }
 
-void tst_RecordVocabulary::listNamesEachMemberByItsKey()
+void tst_recordvocabulary::listNamesEachMemberByItsKey()
 {
     QFETCH(QString, file);
     QFETCH(int, fieldCount);
@@ -176,7 +176,7 @@ void tst_RecordVocabulary::listNamesEachMemberByItsKey()
     QCOMPARE(found, fieldCount);
 }
 
-void tst_RecordVocabulary::headerSaysWhatTheCatalogueSays()
+void tst_recordvocabulary::headerSaysWhatTheCatalogueSays()
 {
     QFETCH(QString, file);
     QFETCH(int, fieldCount);
@@ -206,7 +206,7 @@ void tst_RecordVocabulary::headerSaysWhatTheCatalogueSays()
     QCOMPARE(found, fieldCount);
 }
 
-void tst_RecordVocabulary::codesAndPasswordsAreSecret()
+void tst_recordvocabulary::codesAndPasswordsAreSecret()
 {
     QStringList secrets;
     for (const RecordInfo& record : recordCatalogue()) {
@@ -224,5 +224,5 @@ void tst_RecordVocabulary::codesAndPasswordsAreSecret()
                           "BLProUserNameAndPwd.strPwd", "BLConnectionDialUp.strPassWord"}));
 }
 
-QTEST_GUILESS_MAIN(tst_RecordVocabulary)
+QTEST_GUILESS_MAIN(tst_recordvocabulary)
 #include "tst_recordvocabulary.moc"
