@@ -4,7 +4,7 @@
 #include "Ipc/ipcserver.h"
 
 #include "ipcfixture.h"
-#include "rawpeer.h"
+#include "support/rawpeer.h"
 
 #include <QPointer>
 #include <QSignalSpy>

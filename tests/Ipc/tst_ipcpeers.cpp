@@ -4,51 +4,17 @@
 #include "Ipc/ipcserver.h"
 
 #include "ipcfixture.h"
-#include "rawpeer.h"
+#include "support/childprocess.h"
+#include "support/rawpeer.h"
 
 #include <QElapsedTimer>
 #include <QLocalServer>
 #include <QLocalSocket>
-#include <QProcess>
 #include <QtTest>
 
 #include <memory>
 
 namespace {
-
-/// A helper process, killed when the object dies.
-class Peer
-{
-public:
-    explicit Peer(const QStringList& arguments) { m_process.start(HELPER_IPCPEER, arguments); }
-    ~Peer() { kill(); }
-
-    bool isReady()
-    {
-        return QTest::qWaitFor([this] { return output().contains("ready\n"); }, 20000);
-    }
-    QString output()
-    {
-        m_output += m_process.readAllStandardOutput();
-        return QString::fromUtf8(m_output);
-    }
-    void kill()
-    {
-        m_process.kill();
-        m_process.waitForFinished();
-    }
-    /// Its exit code; -1 when it did not end by itself.
-    int exitCode()
-    {
-        if (!QTest::qWaitFor([this] { return m_process.state() == QProcess::NotRunning; }, 20000))
-            return -1;
-        return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
-    }
-
-private:
-    QProcess m_process;
-    QByteArray m_output;
-};
 
 // Whether the server still serves: a client asks and hears back.
 void compareEcho(IPCServer& server)
@@ -96,8 +62,8 @@ void tst_IPCPeers::serverOutlivesAClientKilledInMidFrame()
     QSignalSpy came(&server, &IPCServer::sigIPCServerConnected);
     QSignalSpy went(&server, &IPCServer::sigIPCServerDisconnected);
     QSignalSpy received(&server, &IPCServer::sigMessageReceived);
-    Peer peer({"half", socketPath(server)});
-    QVERIFY(peer.isReady());
+    ChildProcess peer(HELPER_IPCPEER, {"half", socketPath(server)});
+    QVERIFY(peer.says("ready"));
     QTRY_COMPARE(came.size(), 1);
     peer.kill();
     QTRY_COMPARE(went.size(), 1);
@@ -113,7 +79,7 @@ void tst_IPCPeers::serverTakesAFloodOfFrames()
     int messages = 0;
     connect(&server, &IPCServer::sigMessageReceived, &server,
             [&](const QString& text) { messages += text == "[1]"; });
-    Peer peer({"flood", socketPath(server), "200000"});
+    ChildProcess peer(HELPER_IPCPEER, {"flood", socketPath(server), "200000"});
     compareEcho(server); // while the flood comes in
     QTRY_COMPARE_WITH_TIMEOUT(messages, 200000, 60000);
     QCOMPARE(peer.exitCode(), 0);
@@ -248,8 +214,8 @@ void tst_IPCPeers::clientTakesEveryByteValue()
 void tst_IPCPeers::processesTalkBothWays()
 {
     const QString name = randomServerName();
-    Peer peer({"server", name});
-    QVERIFY(peer.isReady());
+    ChildProcess peer(HELPER_IPCPEER, {"server", name});
+    QVERIFY(peer.says("ready"));
     IPCClient client(name);
     QStringList texts;
     connect(&client, &IPCClient::sigMessageReceived, &client,
@@ -275,16 +241,16 @@ void tst_IPCPeers::clientProcessHearsTheBroadcast()
             [&](const QString& text) { received << text; });
     const QString name = randomServerName();
     server->startListen(name);
-    Peer first({"client", name});
-    Peer second({"client", name});
-    QVERIFY(first.isReady());
-    QVERIFY(second.isReady());
+    ChildProcess first(HELPER_IPCPEER, {"client", name});
+    ChildProcess second(HELPER_IPCPEER, {"client", name});
+    QVERIFY(first.says("ready"));
+    QVERIFY(second.says("ready"));
     QTRY_COMPARE(received.size(), 2);
     for (const QString& text : std::as_const(received))
         QVERIFY(text.startsWith("{\"IPCMSG_MSG_SENDER\":\"ipcpeer\",\"IPCMSG_TYPE\":\"HELLO\","));
     server->broadcastMsg("{\"IPCMSG_TYPE\":\"REPORT\"}");
-    QTRY_VERIFY(first.output().contains("\n{\"IPCMSG_TYPE\":\"REPORT\"}\n"));
-    QTRY_VERIFY(second.output().contains("\n{\"IPCMSG_TYPE\":\"REPORT\"}\n"));
+    QVERIFY(first.says("{\"IPCMSG_TYPE\":\"REPORT\"}"));
+    QVERIFY(second.says("{\"IPCMSG_TYPE\":\"REPORT\"}"));
     server.reset();
     QCOMPARE(first.exitCode(), 0);
     QCOMPARE(second.exitCode(), 0);
@@ -296,14 +262,15 @@ void tst_IPCPeers::aKilledServersNameIsTakenOver()
     IPCClient client(name);
     QSignalSpy lost(&client, &IPCClient::sigIPCServerDisconnected);
     {
-        Peer peer({"server", name});
-        QVERIFY(peer.isReady());
+        ChildProcess peer(HELPER_IPCPEER, {"server", name});
+        QVERIFY(peer.says("ready"));
         client.connectToServer();
         QTRY_VERIFY(client.isConnected());
     }
     QTRY_COMPARE(lost.size(), 1);
-    Peer next({"server", name}); // the socket file of the killed one is still there
-    QVERIFY(next.isReady());
+    ChildProcess next(HELPER_IPCPEER,
+                      {"server", name}); // the socket file of the killed one is still there
+    QVERIFY(next.says("ready"));
     QSignalSpy received(&client, &IPCClient::sigMessageReceived);
     client.connectToServer();
     QTRY_VERIFY(client.isConnected());

@@ -1,8 +1,8 @@
 #include "Ipc/ipcserver.h"
 
 #include "ipcfixture.h"
-#include "rawpeer.h"
 #include "support/logcapture.h"
+#include "support/rawpeer.h"
 
 #include <QLocalSocket>
 #include <QMetaMethod>
@@ -371,14 +371,7 @@ void tst_IPCServer::replacesAStaleSocketFile()
 {
     QTemporaryDir folder;
     const QString path = folder.filePath("socket");
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    const QByteArray name = QFile::encodeName(path);
-    std::memcpy(address.sun_path, name.constData(), size_t(name.size()));
-    const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
-    QCOMPARE(bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    ::close(fd); // the file stays, as after a crash
-    QVERIFY(QFile::exists(path));
+    QVERIFY(RawPeer::leaveSocketFile(path));
 
     const LogCapture log;
     IPCServer server;

@@ -2,8 +2,9 @@
 // the names below, and each of these is there. Templates of Qt and the standard library, which are
 // weak, do not count.
 
+#include "support/childprocess.h"
+
 #include <QFile>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QSet>
 #include <QTest>
@@ -84,13 +85,9 @@ class tst_exports : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        QProcess nm;
-        nm.start(QStringLiteral("nm"), {QStringLiteral("-DC"), QStringLiteral("--defined-only"),
-                                        QStringLiteral(LIBRARY)});
-        QVERIFY2(nm.waitForFinished(), qPrintable(nm.errorString()));
-        QCOMPARE(nm.exitCode(), 0);
-        const QStringList lines =
-            QString::fromLocal8Bit(nm.readAllStandardOutput()).split(QLatin1Char('\n'));
+        const auto nm = ChildProcess::run("nm", {"-DC", "--defined-only", LIBRARY});
+        QCOMPARE(nm.code, 0);
+        const QStringList lines = QString::fromLocal8Bit(nm.out).split('\n');
         static const QRegularExpression strong(QStringLiteral("^\\S+ [TDBR] (.+)$"));
         for (const QString& line : lines) {
             const QRegularExpressionMatch match = strong.match(line);

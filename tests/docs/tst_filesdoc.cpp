@@ -118,10 +118,8 @@ void TestFilesDoc::theLogSettingsAreRead()
     // The same file with the switch turned: no log, which the helper cannot work without.
     installed.add("Resources/Data/LogFile.ini",
                   QByteArray(settings).replace("VALID=true", "VALID=0"));
-    QProcess process;
-    process.start(installed.path("bin/program"), QStringList{"project"});
-    QVERIFY(process.waitForFinished(60000));
-    QVERIFY(process.readAllStandardError().contains("the log did not start"));
+    const auto result = ChildProcess::run(installed.path("bin/program"), {"project"});
+    QVERIFY(result.err.contains("the log did not start"));
 }
 
 void TestFilesDoc::theTextFileHasTheseBytes()

@@ -64,7 +64,7 @@ void tst_connectionmanagerlifecycle::findsAServiceThatWasKilledAndRestarted()
     const auto dashboard = manager.startDashboard({"--pin", "1234"});
     QVERIFY(dashboard->says("Statistics    not connected"));
     service->kill();
-    QCOMPARE(service->exitCode(), ChildProcess::Crashed);
+    QCOMPARE(service->exitCode(), ChildProcess::kCrashed);
     QVERIFY(dashboard->says("device: connection lost"));
     dashboard->enter("ask");
     QVERIFY(dashboard->says("PIN           could not be sent (error 6)"));

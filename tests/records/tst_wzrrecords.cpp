@@ -1,13 +1,14 @@
 #include "goldenrecords.h"
 
+#include "support/childprocess.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QtTest>
 
 // The tool that prints the vocabulary, and the page made by it.
-class tst_WzrRecords : public QObject
+class tst_wzrrecords : public QObject
 {
     Q_OBJECT
 
@@ -27,31 +28,19 @@ private Q_SLOTS:
     void failsWhenItCannotWrite();
 };
 
-struct Output
-{
-    int exitCode;
-    QByteArray text;
-    QByteArray errors;
-};
+using Output = ChildProcess::Result;
 
 static Output run(const QStringList& arguments, const QString& outputFile = QString())
 {
-    QProcess process;
-    if (!outputFile.isEmpty())
-        process.setStandardOutputFile(outputFile);
-    process.start(QStringLiteral(HELPER_WZRRECORDS), arguments);
-    if (!process.waitForFinished() || process.exitStatus() != QProcess::NormalExit)
-        qFatal("wzrrecords did not run: %s", qPrintable(process.errorString()));
-    // Without a channel of its own the output reads as empty.
-    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+    return ChildProcess::run(HELPER_WZRRECORDS, arguments, {QString(), QString(), outputFile});
 }
 
 static QJsonObject schema(const QStringList& arguments)
 {
     const Output output = run(arguments);
     QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(output.text, &error);
-    if (output.exitCode != 0 || error.error != QJsonParseError::NoError)
+    const QJsonDocument document = QJsonDocument::fromJson(output.out, &error);
+    if (output.code != 0 || error.error != QJsonParseError::NoError)
         qFatal("no JSON: %s", qPrintable(error.errorString()));
     return document.object();
 }
@@ -64,17 +53,17 @@ static QJsonObject definitionOf(const char* record, const char* key)
                   .toObject();
 }
 
-void tst_WzrRecords::pageIsUpToDate()
+void tst_wzrrecords::pageIsUpToDate()
 {
     QFile page(QStringLiteral(RECORDS_PAGE));
     QVERIFY(page.open(QIODevice::ReadOnly));
     const Output output = run({"--markdown"});
-    QCOMPARE(output.exitCode, 0);
-    QVERIFY2(page.readAll() == output.text,
+    QCOMPARE(output.code, 0);
+    QVERIFY2(page.readAll() == output.out,
              "docs/records.md is out of date: wzrrecords --markdown > docs/records.md");
 }
 
-void tst_WzrRecords::definesEveryRecord()
+void tst_wzrrecords::definesEveryRecord()
 {
     const QJsonObject all = schema({});
     QCOMPARE(all[QLatin1String("$schema")].toString(),
@@ -98,16 +87,16 @@ void tst_WzrRecords::definesEveryRecord()
     }
 }
 
-void tst_WzrRecords::keepsTheOrderOfKeys()
+void tst_wzrrecords::keepsTheOrderOfKeys()
 {
-    const QByteArray text = run({"BLSmsMoveReq"}).text;
+    const QByteArray text = run({"BLSmsMoveReq"}).out;
     const auto ref = text.indexOf("\"nRef\":");
     const auto copy = text.indexOf("\"blCopy\":");
     const auto store = text.indexOf("\"nToStoreIn\":");
     QVERIFY(ref > 0 && ref < copy && copy < store);
 }
 
-void tst_WzrRecords::definesOneRecordWithWhatItHolds()
+void tst_wzrrecords::definesOneRecordWithWhatItHolds()
 {
     const QJsonObject one = schema({"BLPbAddSingleItemRes"});
     QCOMPARE(one[QLatin1String("$ref")].toString(), QStringLiteral("#/$defs/BLPbAddSingleItemRes"));
@@ -117,7 +106,7 @@ void tst_WzrRecords::definesOneRecordWithWhatItHolds()
              (QStringList{"BLDeleteItemInfo", "BLDeleteSmsReq"}));
 }
 
-void tst_WzrRecords::definesEachKind_data()
+void tst_wzrrecords::definesEachKind_data()
 {
     QTest::addColumn<QByteArray>("record");
     QTest::addColumn<QByteArray>("key");
@@ -154,7 +143,7 @@ void tst_WzrRecords::definesEachKind_data()
             "additionalProperties": {"type": "string"}})");
 }
 
-void tst_WzrRecords::definesEachKind()
+void tst_wzrrecords::definesEachKind()
 {
     QFETCH(QByteArray, record);
     QFETCH(QByteArray, key);
@@ -164,28 +153,28 @@ void tst_WzrRecords::definesEachKind()
     QCOMPARE(definitionOf(record.constData(), key.constData()), expected);
 }
 
-void tst_WzrRecords::listsTheNames()
+void tst_wzrrecords::listsTheNames()
 {
     QByteArray names;
     for (const GoldenRecord& record : goldenRecords())
         names += record.name.toLatin1() + '\n';
-    QCOMPARE(run({"--list"}).text, names);
+    QCOMPARE(run({"--list"}).out, names);
 }
 
-void tst_WzrRecords::tellsItsUsageAndVersion()
+void tst_wzrrecords::tellsItsUsageAndVersion()
 {
     const Output help = run({"--help"});
-    QCOMPARE(help.exitCode, 0);
-    QVERIFY(help.text.startsWith("Usage: wzrrecords"));
+    QCOMPARE(help.code, 0);
+    QVERIFY(help.out.startsWith("Usage: wzrrecords"));
     for (const char* option : {"--list", "--markdown", "--help", "--version"})
-        QVERIFY2(help.text.contains(option), option);
-    QCOMPARE(help.errors, QByteArray());
+        QVERIFY2(help.out.contains(option), option);
+    QCOMPARE(help.err, QByteArray());
     const Output version = run({"--version"});
-    QCOMPARE(version.exitCode, 0);
-    QCOMPARE(version.text, QByteArray("wzrrecords " PROJECT_VERSION "\n"));
+    QCOMPARE(version.code, 0);
+    QCOMPARE(version.out, QByteArray("wzrrecords " PROJECT_VERSION "\n"));
 }
 
-void tst_WzrRecords::manualNamesEveryOption()
+void tst_wzrrecords::manualNamesEveryOption()
 {
     QFile page(QStringLiteral(MANUAL_PAGE));
     QVERIFY(page.open(QIODevice::ReadOnly));
@@ -194,15 +183,15 @@ void tst_WzrRecords::manualNamesEveryOption()
         QVERIFY2(manual.contains(QByteArray(".TP\n.B ") + option + '\n'), option);
 }
 
-void tst_WzrRecords::refusesAnUnknownRecord()
+void tst_wzrrecords::refusesAnUnknownRecord()
 {
     const Output output = run({"blcallvolume"});
-    QCOMPARE(output.exitCode, 1);
-    QCOMPARE(output.text, QByteArray());
-    QCOMPARE(output.errors, QByteArray("wzrrecords: there is no record blcallvolume\n"));
+    QCOMPARE(output.code, 1);
+    QCOMPARE(output.out, QByteArray());
+    QCOMPARE(output.err, QByteArray("wzrrecords: there is no record blcallvolume\n"));
 }
 
-void tst_WzrRecords::refusesWrongArguments_data()
+void tst_wzrrecords::refusesWrongArguments_data()
 {
     QTest::addColumn<QStringList>("arguments");
     QTest::newRow("unknown option") << QStringList{"--schema"};
@@ -210,19 +199,19 @@ void tst_WzrRecords::refusesWrongArguments_data()
     QTest::newRow("two records") << QStringList{"BLCallVolume", "BLCallMute"};
 }
 
-void tst_WzrRecords::refusesWrongArguments()
+void tst_wzrrecords::refusesWrongArguments()
 {
     QFETCH(QStringList, arguments);
     const Output output = run(arguments);
-    QCOMPARE(output.exitCode, 2);
-    QCOMPARE(output.text, QByteArray());
-    QVERIFY(output.errors.contains("Usage: wzrrecords"));
+    QCOMPARE(output.code, 2);
+    QCOMPARE(output.out, QByteArray());
+    QVERIFY(output.err.contains("Usage: wzrrecords"));
 }
 
-void tst_WzrRecords::failsWhenItCannotWrite()
+void tst_wzrrecords::failsWhenItCannotWrite()
 {
-    QCOMPARE(run({}, QStringLiteral("/dev/full")).exitCode, 1);
+    QCOMPARE(run({}, QStringLiteral("/dev/full")).code, 1);
 }
 
-QTEST_GUILESS_MAIN(tst_WzrRecords)
+QTEST_GUILESS_MAIN(tst_wzrrecords)
 #include "tst_wzrrecords.moc"

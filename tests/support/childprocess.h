@@ -2,6 +2,7 @@
 #define TESTS_SUPPORT_CHILDPROCESS_H
 
 #include <QByteArray>
+#include <QCoreApplication>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QStringList>
@@ -15,36 +16,73 @@
 ///     server.enter("quit");
 ///     QCOMPARE(server.exitCode(), 0);
 ///
-/// What the program writes to its error output goes to that of the test.
+/// run() is for a program that is only started and looked at when it has ended:
+///
+///     const auto result = ChildProcess::run(HELPER_TOOL, {"--version"});
+///     QCOMPARE(result.code, 0);
+///     QCOMPARE(result.out, QByteArray("1.0\n"));
+///
+/// A program that cannot be started, or that run() has waited a minute for, ends the test program.
+/// While the test waits for what a program says, or for its end, the events of its own thread are
+/// handled, if it has an application object; run() handles none.
 class ChildProcess
 {
 public:
-    /// What exitCode() returns for a program that was killed by a signal, or does not end.
-    static constexpr int Crashed = -1;
-    static constexpr int StillRunning = -2;
+    /// Instead of an exit code: a signal has ended the program, or it does not end.
+    static constexpr int kCrashed = -1;
+    static constexpr int kStillRunning = -2;
 
-    /// `folder` is the program's place for temporary files, local sockets among them: programs
-    /// with different folders do not see each other.
-    ChildProcess(const QString& program, const QStringList& arguments, const QString& folder)
-        : m_program(program)
+    /// The surroundings of a program; what is empty is the test's own. A text alone is the folder
+    /// for temporary files.
+    struct Surroundings
     {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("TMPDIR", folder);
-        m_process.setProcessEnvironment(environment);
-        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        QObject::connect(&m_process, &QProcess::readyReadStandardOutput, &m_process,
-                         [this] { m_output += m_process.readAllStandardOutput(); });
-        m_process.start(program, arguments);
-        if (!m_process.waitForStarted(WaitMs))
-            qFatal("ChildProcess: cannot start %s", qPrintable(program));
+        Surroundings() = default;
+        Surroundings(const QString& temporary, const QString& working = {},
+                     const QString& output = {})
+            : temporaryFolder(temporary)
+            , workingFolder(working)
+            , outputFile(output)
+        {
+        }
+
+        /// Local sockets are here, too: programs with different folders do not see each other.
+        QString temporaryFolder;
+        QString workingFolder;
+        QString outputFile; ///< takes the standard output, which then cannot be waited for
+    };
+
+    struct Result
+    {
+        int code; ///< exit code, or kCrashed
+        QByteArray out;
+        QByteArray err;
+    };
+
+    /// Started at once. What it writes to its error output goes to that of the test.
+    ChildProcess(const QString& program, const QStringList& arguments,
+                 const Surroundings& surroundings = {})
+        : ChildProcess(program, arguments, surroundings, QProcess::ForwardedErrorChannel)
+    {
     }
     ~ChildProcess()
     {
-        if (m_process.state() != QProcess::NotRunning)
+        if (isRunning())
             kill();
     }
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
+
+    /// Runs a program to its end.
+    static Result run(const QString& program, const QStringList& arguments,
+                      const Surroundings& surroundings = {})
+    {
+        ChildProcess child(program, arguments, surroundings, QProcess::SeparateChannels);
+        child.m_process.closeWriteChannel();
+        if (child.isRunning() && !child.m_process.waitForFinished(2 * kWaitMs))
+            qFatal("ChildProcess: %s does not end", qPrintable(program));
+        const int code = child.exitCode();
+        return {code, child.m_output, child.m_process.readAllStandardError()};
+    }
 
     /// Waits until a line that contains `part` has come since the last line that was waited for.
     bool says(const QByteArray& part) { return !lineWith(part).isNull(); }
@@ -53,9 +91,9 @@ public:
     QByteArray lineWith(const QByteArray& part)
     {
         QByteArray found;
-        const bool came = QTest::qWaitFor([&] { return takeLine(part, &found); }, WaitMs);
+        const bool came = waitFor([&] { return takeLine(part, &found); });
         if (!came)
-            qWarning("%s does not say \"%s\"; it said:\n%s", qPrintable(m_program),
+            qWarning("%s does not say \"%s\"; it said:\n%s", qPrintable(m_process.program()),
                      part.constData(), m_output.constData());
         return came ? found : QByteArray();
     }
@@ -66,15 +104,22 @@ public:
     qint64 processId() const { return m_process.processId(); }
 
     /// A line for the program's standard input.
-    void enter(const QByteArray& line) { m_process.write(line + '\n'); }
+    void enter(const QByteArray& line)
+    {
+        m_process.write(line + '\n');
+        if (!QCoreApplication::instance())
+            m_process.waitForBytesWritten(kWaitMs); // no event loop does it
+    }
+
+    bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
 
     /// Waits until the program has ended by itself.
     int exitCode()
     {
-        if (!QTest::qWaitFor([this] { return m_process.state() == QProcess::NotRunning; }, WaitMs))
-            return StillRunning;
+        if (!waitFor([this] { return !isRunning(); }))
+            return kStillRunning;
         m_output += m_process.readAllStandardOutput();
-        return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : Crashed;
+        return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : kCrashed;
     }
 
     /// Asks the program to end, as `kill` does.
@@ -84,11 +129,48 @@ public:
     void kill()
     {
         m_process.kill();
-        m_process.waitForFinished(WaitMs);
+        m_process.waitForFinished(kWaitMs);
     }
 
 private:
-    static constexpr int WaitMs = 30000;
+    static constexpr int kWaitMs = 30000;
+
+    ChildProcess(const QString& program, const QStringList& arguments,
+                 const Surroundings& surroundings, QProcess::ProcessChannelMode channels)
+    {
+        if (!surroundings.temporaryFolder.isEmpty()) {
+            QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+            environment.insert("TMPDIR", surroundings.temporaryFolder);
+            m_process.setProcessEnvironment(environment);
+        }
+        if (!surroundings.workingFolder.isEmpty())
+            m_process.setWorkingDirectory(surroundings.workingFolder);
+        m_process.setProcessChannelMode(channels);
+        if (!surroundings.outputFile.isEmpty())
+            m_process.setStandardOutputFile(surroundings.outputFile);
+        else
+            QObject::connect(&m_process, &QProcess::readyReadStandardOutput, &m_process,
+                             [this] { m_output += m_process.readAllStandardOutput(); });
+        m_process.start(program, arguments);
+        if (!m_process.waitForStarted(kWaitMs))
+            qFatal("ChildProcess: cannot start %s: %s", qPrintable(program),
+                   qPrintable(m_process.errorString()));
+    }
+
+    template<class Condition>
+    bool waitFor(Condition condition)
+    {
+        return QTest::qWaitFor(
+            [&] {
+                if (condition())
+                    return true;
+                if (QCoreApplication::instance())
+                    return false;
+                m_process.waitForReadyRead(10); // it also sees that the program has ended
+                return condition();
+            },
+            kWaitMs);
+    }
 
     bool takeLine(const QByteArray& part, QByteArray* line)
     {
@@ -103,7 +185,6 @@ private:
         }
     }
 
-    QString m_program;
     QProcess m_process;
     QByteArray m_output;
     decltype(m_output.size()) m_read = 0; // how much of the output was waited for

@@ -2,7 +2,6 @@
 #define TESTS_SUPPORT_INSTALLEDCONFIG_H
 
 #include "support/installedprogram.h"
-#include "support/testfile.h"
 
 /// The program confighelper, installed with the files that a test gives it.
 class InstalledConfig

@@ -1,10 +1,12 @@
 #ifndef TESTS_SUPPORT_INSTALLEDPROGRAM_H
 #define TESTS_SUPPORT_INSTALLEDPROGRAM_H
 
+#include "support/childprocess.h"
+#include "support/testfile.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 #include <QTemporaryDir>
 
 /// A helper program installed as an application is, alone in a temporary folder:
@@ -32,36 +34,17 @@ public:
     void addData(const QString& name, const QByteArray& content)
     {
         const QString folder = QFileInfo(m_program).path() + "/../Resources/Data";
-        QFile file(folder + '/' + name);
-        if (!QDir().mkpath(folder) || !file.open(QIODevice::WriteOnly) ||
-            file.write(content) != content.size())
-            qFatal("InstalledProgram: cannot write %s", qPrintable(name));
+        if (!QDir().mkpath(folder))
+            qFatal("InstalledProgram: cannot make %s", qPrintable(folder));
+        TestFile::write(folder + '/' + name, content);
     }
 
-    /// The program, not started yet.
-    void prepare(QProcess* process, const QStringList& arguments) const
-    {
-        process->setProgram(m_program);
-        process->setArguments(arguments);
-    }
+    /// The installed program, to be started with ChildProcess.
+    QString program() const { return m_program; }
 
-    struct Result
+    ChildProcess::Result run(const QStringList& arguments) const
     {
-        bool exited = false; ///< false when a signal ended it
-        int code = -1;
-        QByteArray out;
-        QByteArray err;
-    };
-
-    Result run(const QStringList& arguments) const
-    {
-        QProcess process;
-        prepare(&process, arguments);
-        process.start();
-        if (!process.waitForFinished(60000))
-            qFatal("InstalledProgram: %s does not end", qPrintable(m_program));
-        return {process.exitStatus() == QProcess::NormalExit, process.exitCode(),
-                process.readAllStandardOutput(), process.readAllStandardError()};
+        return ChildProcess::run(m_program, arguments);
     }
 
 private:

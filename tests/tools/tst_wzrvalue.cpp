@@ -1,7 +1,7 @@
 #include "DataValue/datavalue.h"
+#include "support/childprocess.h"
 #include "support/testfile.h"
 
-#include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
@@ -69,15 +69,9 @@ void tst_wzrvalue::init()
 
 tst_wzrvalue::Result tst_wzrvalue::run(const QStringList& arguments, const QString& output) const
 {
-    QProcess process;
-    process.setWorkingDirectory(m_folder->path());
-    if (!output.isEmpty())
-        process.setStandardOutputFile(output);
-    process.start(HELPER_WZRVALUE, arguments);
-    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
-        return {-1, QString(), process.errorString()};
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
+    const auto result =
+        ChildProcess::run(HELPER_WZRVALUE, arguments, {QString(), m_folder->path(), output});
+    return {result.code, QString::fromUtf8(result.out), QString::fromUtf8(result.err)};
 }
 
 void tst_wzrvalue::showsIndented()

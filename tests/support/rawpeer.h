@@ -1,5 +1,5 @@
-#ifndef TESTS_IPC_RAWPEER_H
-#define TESTS_IPC_RAWPEER_H
+#ifndef TESTS_SUPPORT_RAWPEER_H
+#define TESTS_SUPPORT_RAWPEER_H
 
 #include <QByteArray>
 #include <QFile>
@@ -22,18 +22,25 @@ public:
     /// `path`: QLocalServer::fullServerName().
     explicit RawPeer(const QString& path)
     {
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        const QByteArray name = QFile::encodeName(path);
-        std::memcpy(address.sun_path, name.constData(),
-                    qMin<size_t>(size_t(name.size()), sizeof address.sun_path - 1));
+        const sockaddr_un address = addressOf(path);
         m_fd = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-        if (connect(m_fd, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0)
+        if (connect(m_fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
             end();
     }
     ~RawPeer() { end(); }
     RawPeer(const RawPeer&) = delete;
     RawPeer& operator=(const RawPeer&) = delete;
+
+    /// Leaves the file of a socket that nobody listens on, as a server that crashed does.
+    static bool leaveSocketFile(const QString& path)
+    {
+        const sockaddr_un address = addressOf(path);
+        RawPeer listener;
+        listener.m_fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        return bind(listener.m_fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) ==
+                   0 &&
+               QFile::exists(path);
+    }
 
     bool isOpen() const { return m_fd >= 0; }
 
@@ -73,6 +80,16 @@ public:
     }
 
 private:
+    static sockaddr_un addressOf(const QString& path)
+    {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        const QByteArray name = QFile::encodeName(path);
+        std::memcpy(address.sun_path, name.constData(),
+                    qMin<size_t>(size_t(name.size()), sizeof address.sun_path - 1));
+        return address;
+    }
+
     int m_fd = -1;
 };
 
