@@ -1,6 +1,7 @@
 #include "valuesamples.h"
 
-#include <QProcess>
+#include "support/childprocess.h"
+
 #include <QRegularExpression>
 #include <QtTest>
 
@@ -233,12 +234,10 @@ void tst_DataValueAddress::mixingEndsTheProcess_data()
 void tst_DataValueAddress::mixingEndsTheProcess()
 {
     QFETCH(QString, condition);
-    QProcess process;
-    process.start(QStringLiteral(HELPER_VALUEASSERTIONS),
-                  {QString::fromLatin1(QTest::currentDataTag())});
-    QVERIFY(process.waitForFinished());
-    QCOMPARE(process.exitStatus(), QProcess::CrashExit);
-    const QString message = QString::fromUtf8(process.readAllStandardError());
+    const auto result =
+        ChildProcess::run(HELPER_VALUEASSERTIONS, {QString::fromLatin1(QTest::currentDataTag())});
+    QCOMPARE(result.code, ChildProcess::kCrashed);
+    const QString message = QString::fromUtf8(result.err);
     const QRegularExpression expected("ASSERT: \"" + QRegularExpression::escape(condition) +
                                       "\" in DataValue/datavalue, line [1-9][0-9]*");
     QVERIFY2(expected.match(message).hasMatch(), qPrintable(message));
@@ -246,11 +245,7 @@ void tst_DataValueAddress::mixingEndsTheProcess()
 
 void tst_DataValueAddress::addressOperationsDoNotAssert()
 {
-    QProcess process;
-    process.start(QStringLiteral(HELPER_VALUEASSERTIONS), {QStringLiteral("addressArrayAppend")});
-    QVERIFY(process.waitForFinished());
-    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(process.exitCode(), 0);
+    QCOMPARE(ChildProcess::run(HELPER_VALUEASSERTIONS, {"addressArrayAppend"}).code, 0);
 }
 
 QTEST_GUILESS_MAIN(tst_DataValueAddress)

@@ -1,11 +1,11 @@
 // A save replaces the file as a whole or not at all, whatever meets it.
 
 #include "DataValue/datavalue.h"
+#include "support/childprocess.h"
 #include "support/testfile.h"
 
 #include <QDir>
 #include <QFileInfo>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -38,12 +38,7 @@ private Q_SLOTS:
     void refusesToSaveAnAddress();
 
 private:
-    struct Result
-    {
-        int code;
-        QByteArray out;
-        QByteArray err;
-    };
+    using Result = ChildProcess::Result;
 
     static void forms();
     Result run(const QStringList& arguments);
@@ -68,12 +63,7 @@ void tst_FileSaving::forms()
 
 tst_FileSaving::Result tst_FileSaving::run(const QStringList& arguments)
 {
-    QProcess process;
-    process.start(HELPER_FILESAVER, arguments);
-    if (!process.waitForFinished(60000))
-        qFatal("the helper does not end");
-    const int code = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    return {code, process.readAllStandardOutput(), process.readAllStandardError()};
+    return ChildProcess::run(HELPER_FILESAVER, arguments);
 }
 
 QString tst_FileSaving::savedText(const QString& file)
@@ -159,17 +149,12 @@ void tst_FileSaving::keepsAWholeFileWhenKilled()
     const QString file = m_folder->filePath(name);
     for (int i = 0; i < 8; ++i) {
         QCOMPARE(run({file, QString::number(i)}).code, 0);
-        QProcess process;
-        process.start(HELPER_FILESAVER, {"--forever", file, QString::number(i)});
-        QByteArray said;
-        while (!said.contains("saving") && process.waitForReadyRead(60000))
-            said += process.readAllStandardOutput();
-        QVERIFY2(said.contains("saving"), said.constData());
+        ChildProcess process(HELPER_FILESAVER, {"--forever", file, QString::number(i)});
+        QVERIFY(process.says("saving"));
         // The first of the long saves is over, so it is in the middle of one of the next.
         QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(file).size() > 2000000, 60000);
         process.kill();
-        QVERIFY(process.waitForFinished(60000));
-        QCOMPARE(process.exitStatus(), QProcess::CrashExit);
+        QCOMPARE(process.exitCode(), ChildProcess::kCrashed);
         QCOMPARE(savedText(file), QString::number(i));
     }
 }
