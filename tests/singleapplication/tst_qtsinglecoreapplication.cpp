@@ -6,7 +6,6 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QLocalSocket>
-#include <QProcess>
 #include <QScopeGuard>
 #include <QSet>
 #include <QSignalSpy>
@@ -181,17 +180,14 @@ void tst_QtSingleCoreApplication::destroyedApplicationFreesTheRole()
     int argc = 1;
     char name[] = "test";
     char* argv[] = {name, nullptr};
-    QProcess started; // which inherits what a program can inherit
+    std::unique_ptr<ChildProcess> started; // which inherits what a program can inherit
     {
         QtSingleCoreApplication app(m_id, argc, argv);
         QVERIFY(!app.isRunning());
-        started.start(QStringLiteral("cat"), QStringList());
-        QVERIFY(started.waitForStarted(30000));
+        started = std::make_unique<ChildProcess>("cat", QStringList());
     }
     InstanceProcess next(m_id, QStringLiteral("unsent"), 200);
     QCOMPARE(next.outcome(), QStringLiteral("first"));
-    started.kill();
-    QVERIFY(started.waitForFinished(30000));
 }
 
 void tst_QtSingleCoreApplication::crashBlocksNobody()
