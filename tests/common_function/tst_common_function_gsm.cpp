@@ -1,6 +1,7 @@
 #include "common_function.h"
 
-#include <QProcess>
+#include "support/childprocess.h"
+
 #include <QTest>
 
 namespace {
@@ -16,12 +17,11 @@ const char alphabetScript[] = "use Encode;"
 
 QMap<int, int> askOracle()
 {
-    QProcess perl;
-    perl.start(QStringLiteral(PERL_PROGRAM), {QStringLiteral("-e"), QString(alphabetScript)});
-    if (!perl.waitForFinished(60000) || perl.exitCode() != 0)
-        qFatal("The oracle failed: %s", perl.readAllStandardError().constData());
+    const auto perl = ChildProcess::run(PERL_PROGRAM, {"-e", alphabetScript});
+    if (perl.code != 0)
+        qFatal("The oracle failed: %s", perl.err.constData());
     QMap<int, int> septets;
-    const QList<QByteArray> lines = perl.readAllStandardOutput().split('\n');
+    const QList<QByteArray> lines = perl.out.split('\n');
     for (const QByteArray& line : lines) {
         const QList<QByteArray> parts = line.split(' ');
         if (parts.size() == 2)

@@ -6,7 +6,6 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -316,13 +315,10 @@ void tst_modemsimulator::refusesWhatItCannotUse()
     const QTemporaryDir folder;
     TestFile::write(folder.filePath("broken.config"), "{");
     options.replaceInStrings("%1", folder.path());
-    QProcess modem;
-    modem.start(HELPER_MODEMSIMULATOR, arguments(folder, options));
-    QVERIFY(modem.waitForFinished());
-    QCOMPARE(modem.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(modem.exitCode(), 2);
-    QCOMPARE(modem.readAllStandardError(), reason.replace("%1", folder.path().toUtf8()));
-    QCOMPARE(modem.readAllStandardOutput(), QByteArray());
+    const auto result = ChildProcess::run(HELPER_MODEMSIMULATOR, arguments(folder, options));
+    QCOMPARE(result.code, 2);
+    QCOMPARE(result.err, reason.replace("%1", folder.path().toUtf8()));
+    QCOMPARE(result.out, QByteArray());
     QCOMPARE(TestFile::read(folder.filePath("broken.config")), QByteArray("{"));
 }
 
@@ -344,11 +340,9 @@ void tst_modemsimulator::leavesTheLinkOfAnotherAlone()
 {
     const QTemporaryDir folder;
     const Process modem = start(folder);
-    QProcess other;
-    other.start(HELPER_MODEMSIMULATOR, arguments(folder, {}));
-    QVERIFY(other.waitForFinished());
-    QCOMPARE(other.exitCode(), 2);
-    QVERIFY(other.readAllStandardError().contains("another simulator"));
+    const auto other = ChildProcess::run(HELPER_MODEMSIMULATOR, arguments(folder, {}));
+    QCOMPARE(other.code, 2);
+    QVERIFY(other.err.contains("another simulator"));
     Host host(link(folder));
     QVERIFY(host.ask("AT").endsWith("\r\nOK\r\n"));
 }
