@@ -10,6 +10,12 @@ set(CMAKE_AUTOMOC ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
 
+# What is installed for one version of Qt carries it in its name, so that both share a prefix.
+set(WZR_NAME_SUFFIX "-qt${WZR_QT_VERSION}")
+# The modules that the library loads lie in this folder, below the library's.
+set(WZR_MODULE_FOLDER
+    "wzrframework${WZR_NAME_SUFFIX}-${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}")
+
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
     set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
 endif()

@@ -13,8 +13,8 @@ namespace {
 
 constexpr char kLogSource[] = "SystemEvent/csystemeventlistener_linux";
 
-// The folder of this library, with its symbolic links resolved: the module lies beside it, in the
-// build tree and in an installed one, wherever that has been moved to.
+// The folder of this library, with its symbolic links resolved. The path of the module is relative
+// to it, in the build tree and in an installed one, wherever that has been moved to.
 QString ownFolder()
 {
     Dl_info info{};

@@ -26,8 +26,8 @@ private Q_SLOTS:
     void dbusIsNotLoadedBeforeTheListening()
     {
         QVERIFY(CSystemEventListener::instance());
-        QVERIFY(isLoaded("libwzrframework.so") && isLoaded("libQt"));
-        QVERIFY(!isLoaded("libwzrframework_logind") && !isLoaded("DBus.so"));
+        QVERIFY(isLoaded("libwzrframework-qt") && isLoaded("libQt"));
+        QVERIFY(!isLoaded("wzrlogind") && !isLoaded("DBus.so"));
         CSystemEventListener::destroy();
     }
 

@@ -14,6 +14,6 @@ int main(int argc, char** argv)
     QtSingleCoreApplication* const core = nullptr;
     if (core || application.isRunning() || application.sendMessage(QStringLiteral("nobody")))
         return 1;
-    std::puts("consumer ready");
+    std::printf("consumer ready with Qt %s\n", QByteArray(qVersion()).left(1).constData());
     return 0;
 }

@@ -8,6 +8,7 @@
 #include "LogTask/clog.h"
 #include "MessageCenter/messagecenter.h"
 #include "PersoManager/persomanager.h"
+#include "SystemEvent/csystemeventlistener.h"
 #include "appglobal/applicationpaths.h"
 #include "appglobal/mainappglobal.h"
 #include "appglobal/wzrfilehandler.h"
@@ -17,8 +18,37 @@
 #include "records/records.h"
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QFile>
 
 #include <cstdio>
+
+namespace {
+
+bool isLoaded(const char* name)
+{
+    QFile maps(QStringLiteral("/proc/self/maps"));
+    return maps.open(QIODevice::ReadOnly) && maps.readAll().contains(name);
+}
+
+/// The listener's thread loads the module that watches sessions, which is not linked.
+bool loadsItsModule()
+{
+#ifdef Q_OS_LINUX
+    if (isLoaded("wzrlogind"))
+        return false;
+    CSystemEventListener::instance()->startListen(false);
+    const QDeadlineTimer deadline(30000);
+    while (!isLoaded("/wzrlogind.so") && !deadline.hasExpired())
+        QThread::yieldCurrentThread();
+    CSystemEventListener::destroy();
+    return !deadline.hasExpired();
+#else
+    return true;
+#endif
+}
+
+} // namespace
 
 int main(int argc, char** argv)
 {
@@ -49,6 +79,8 @@ int main(int argc, char** argv)
     if (!CMainAppGlobal::systemMapGet(QStringLiteral("General"), QStringLiteral("None")).isNull())
         return 5;
     CMainAppGlobal::release();
-    std::puts("consumer ready");
+    if (!loadsItsModule())
+        return 6;
+    std::printf("consumer ready with Qt %s\n", QByteArray(qVersion()).left(1).constData());
     return 0;
 }

@@ -1,0 +1,20 @@
+# The builds of WzrFramework that are installed here, and which one a project gets: that of its Qt.
+# Sets _wzr_qts to the major versions of Qt that there are builds for, and _wzr_qt to the project's:
+# QT_VERSION_MAJOR, else the Qt that has been found already, else the first that is here, 6 before 5.
+set(_wzr_qts "")
+foreach(_wzr_qt IN ITEMS 6 5)
+    if(EXISTS "${CMAKE_CURRENT_LIST_DIR}/qt${_wzr_qt}/WzrFrameworkBuild.cmake")
+        list(APPEND _wzr_qts ${_wzr_qt})
+    endif()
+endforeach()
+if(QT_VERSION_MAJOR)
+    set(_wzr_qt ${QT_VERSION_MAJOR})
+elseif(TARGET Qt6::Core AND NOT TARGET Qt5::Core)
+    set(_wzr_qt 6)
+elseif(TARGET Qt5::Core AND NOT TARGET Qt6::Core)
+    set(_wzr_qt 5)
+elseif(_wzr_qts)
+    list(GET _wzr_qts 0 _wzr_qt)
+else()
+    unset(_wzr_qt)
+endif()
