@@ -1,12 +1,12 @@
 #include "PersoManager/persomanager.h"
 
 #include "LogTask/logline_p.h"
+#include "PersoManager/inifile_p.h"
 #include "appglobal/applicationpaths.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
-#include <QSettings>
-#include <QVariant>
 
 #include <algorithm>
 #include <utility>
@@ -91,9 +91,11 @@ void CPersoManager::loadModuleData(const QString& name)
 {
     if (name.isEmpty())
         return;
+    CDataValue perso = persoFileOrLog(*this, "loadModuleData");
+    if (perso.isNull())
+        return;
     m_strModuleFile.clear();
     m_moduleData = CDataValue(NULL_VALUE);
-    CDataValue perso = persoFileOrLog(*this, "loadModuleData");
     if (!isAvailable(perso.mapGet(kModules).mapGet(name)))
         return;
     m_strModuleFile = persoFolder() + name + QLatin1String(".xml");
@@ -202,11 +204,8 @@ QString CPersoManager::getLoaclIniConfig(const QString& key, const QString& grou
 {
     if (key.isEmpty() || group.isEmpty() || !QFileInfo(file).isFile())
         return QString();
-    QSettings settings(file, QSettings::IniFormat);
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-    settings.setIniCodec("UTF-8"); // what later versions read anyway
-#endif
-    settings.beginGroup(group);
-    // A text with commas is a list for the settings; a single text is a list of one.
-    return settings.value(key).toStringList().join(QLatin1String(", "));
+    QFile ini(file);
+    if (!ini.open(QIODevice::ReadOnly))
+        return QString();
+    return IniFile::text(ini.readAll(), group, key);
 }

@@ -46,7 +46,8 @@ public:
     ~CPersoManager() override;
 
     /// Reads the module's file. A module that the personalisation file does not mark as available
-    /// has no data. Does nothing for an empty name.
+    /// has no data. Without a personalisation file that is logged, and the data stay as they were.
+    /// Does nothing for an empty name.
     void loadModuleData(const QString& name);
 
     /// The personalisation file's content; null when there is none.
@@ -72,7 +73,9 @@ public:
     /// "current_project" of the group "LOCAL CONFIG" in the local environment file,
     /// <resource path>/../Build/LocalEnvConfig.ini.
     QString getCurrentProjectName() const;
-    /// A value of an INI file as text; empty when an argument is empty, or key or file are absent.
+    /// A text of an INI file as it stands there, commas included; empty when an argument is empty
+    /// or names nothing. A group "General" is a group like any other. The file is UTF-8, with the
+    /// escapes and quotation marks of QSettings.
     static QString getLoaclIniConfig(const QString& key, const QString& group, const QString& file);
 
 private:

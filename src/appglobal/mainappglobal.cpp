@@ -56,11 +56,9 @@ void CMainAppGlobal::loadSystemConfig()
 {
     CPersoManager* const perso = CPersoManager::systemInstance();
     persoData() = perso->getConfigData(QStringLiteral("StartConfig"));
-    CDataValue read;
-    if (read.readFile(configFile()) && read.isObject()) {
-        data() = std::move(read);
+    // Read into the member itself, which then knows its file: data().saveFile() writes it back.
+    if (data().readFile(configFile()) && data().isObject())
         return;
-    }
     data() = persoData();
     if (!data().isObject())
         data() = CDataValue(MAP_VALUE);

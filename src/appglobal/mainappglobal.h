@@ -32,7 +32,8 @@ public:
     /// Destroys the instance with both values. Nothing is saved.
     static void release();
 
-    /// The configuration: a map of groups, each a map of settings.
+    /// The configuration: a map of groups, each a map of settings. Once it has been read from its
+    /// file, saveFile() of this value writes it back there; saveSystemConfig() does so in any case.
     static CDataValue& data();
     /// The defaults, in the same shape.
     static CDataValue& persoData();

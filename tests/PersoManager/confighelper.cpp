@@ -5,6 +5,7 @@
 #include "support/logcapture.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QPointer>
 
 #include <cstdio>
@@ -45,6 +46,17 @@ QString sameInstances(const Arguments&)
     return text(same && !watched && CPersoManager::instance("A") != nullptr);
 }
 
+/// Two items of a module's data: before the personalisation file goes, and after loading again.
+QString reloadWithoutPersonalisation(const Arguments& a)
+{
+    CPersoManager manager(a.at(1));
+    const QString before = text(manager.getConfigData(a.at(2)));
+    if (!QFile::remove(CMainAppGlobal::getDataPath() + "/Perso/project.perso"))
+        qFatal("cannot remove the personalisation file");
+    manager.loadModuleData(a.at(1));
+    return before + ' ' + text(manager.getConfigData(a.at(2)));
+}
+
 QString set(const Arguments& a, bool save)
 {
     CMainAppGlobal::systemMapSet(a.at(1), a.at(2), parsed(a.mid(3).join(':')), save);
@@ -81,6 +93,8 @@ const std::map<QString, Command> kCommands = {
          return CMainAppGlobal::getSkinPath().remove(CMainAppGlobal::getResourcePath());
      }},
     {"software", [](const Arguments&) { return CMainAppGlobal::getSoftwareVersion(); }},
+    {"savefile", [](const Arguments&) { return text(CMainAppGlobal::data().saveFile()); }},
+    {"reload", reloadWithoutPersonalisation},
     {"release",
      [](const Arguments&) {
          CMainAppGlobal* const before = CMainAppGlobal::instance();

@@ -71,6 +71,7 @@ private Q_SLOTS:
     void readsTheModuleFileOnce();
     void keepsOneManagerPerName();
     void loadsAnotherModule();
+    void keepsItsDataWithoutPersonalisation();
     void readsTheLocalEnvironment_data();
     void readsTheLocalEnvironment();
     void readsNoIniWithoutAllArguments();
@@ -241,6 +242,16 @@ void tst_PersoManager::loadsAnotherModule()
     QCOMPARE((new CPersoManager("SMS", &parent))->parent(), &parent);
 }
 
+void tst_PersoManager::keepsItsDataWithoutPersonalisation()
+{
+    const InstalledConfig installed(HELPER_CONFIGHELPER);
+    installed.addPerso(kPerso);
+    installed.addModule("SMS", kModule);
+    QCOMPARE(installed.run({"reload:SMS:Both"}),
+             QStringList({"\"mac\" \"mac\"",
+                          "log PersoManager/persomanager loadModuleData Read perso file error!"}));
+}
+
 void tst_PersoManager::readsTheLocalEnvironment_data()
 {
     QTest::addColumn<QByteArray>("content");
@@ -251,7 +262,8 @@ void tst_PersoManager::readsTheLocalEnvironment_data()
                       "current_project = Demo Project\r\n")
         << "Demo Project";
     QTest::newRow("quoted") << QByteArray("[LOCAL CONFIG]\ncurrent_project=\"a, b\"\n") << "a, b";
-    QTest::newRow("commas") << QByteArray("[LOCAL CONFIG]\ncurrent_project=a, b\n") << "a, b";
+    QTest::newRow("commas") << QByteArray("[LOCAL CONFIG]\ncurrent_project=a,b,  c ,\n")
+                            << "a,b,  c ,";
     QTest::newRow("non-ASCII") << QByteArray("[LOCAL CONFIG]\ncurrent_project=\"\xC3\xA9\"\n")
                                << QString::fromUtf8("\xC3\xA9");
     QTest::newRow("no key") << QByteArray("[LOCAL CONFIG]\nproject=Demo\n") << "";

@@ -58,6 +58,7 @@ private Q_SLOTS:
     void makesItAnewWhenTheFileIsDamaged_data();
     void makesItAnewWhenTheFileIsDamaged();
     void readsTheSavedConfiguration();
+    void knowsTheFileThatWasRead();
     void startsWithoutPersonalisation();
     void copiesDefaultsWhenTheyAreRead();
     void addsNothingUsefulForAnUnknownSetting();
@@ -107,6 +108,19 @@ void tst_MainAppGlobal::readsTheSavedConfiguration()
     QCOMPARE(system.run({"load", "get:General:Language", "defaults"}),
              QStringList({R"({"General":{"Language":"de"}})", "\"de\"", kDefaults}));
     QCOMPARE(TestFile::read(system.path(kFile)), QByteArray(kSaved));
+}
+
+void tst_MainAppGlobal::knowsTheFileThatWasRead()
+{
+    const System system;
+    system.add(kFile, kSaved);
+    QCOMPARE(system.run({"load", "set:General:Language:\"fr\"", "savefile"}).value(2),
+             QString("true"));
+    QCOMPARE(system.saved(), QString(R"({"General":{"Language":"fr"}})"));
+    // A configuration made from the defaults was not read from a file.
+    QVERIFY(QFile::remove(system.path(kFile)));
+    QCOMPARE(system.run({"load", "savefile"}).value(1), QString("false"));
+    QCOMPARE(system.run({"load", "savefile"}).value(1), QString("true"));
 }
 
 void tst_MainAppGlobal::startsWithoutPersonalisation()
