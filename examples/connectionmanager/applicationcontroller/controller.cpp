@@ -21,9 +21,9 @@ Controller::Controller(QObject* parent)
     connect(&m_server, &IPCServer::sigMessageReceived, this, &Controller::receive);
 }
 
-void Controller::listen()
+void Controller::listen(const QString& socketName)
 {
-    m_server.startListen(QStringLiteral("applicationcontroller"));
+    m_server.startListen(socketName);
 }
 
 void Controller::plug(const QString& deviceName, const QString& deviceID)
