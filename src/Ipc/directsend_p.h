@@ -14,7 +14,4 @@ class QLocalSocket;
 /// for each message. What the system does not take, and every failure, is left to the socket.
 qint64 writeDirectly(QLocalSocket* socket, const QByteArray& bytes);
 
-/// Offers bytes to the system, without waiting. Returns how many it took; 0 also for a failure.
-qint64 offerToSystem(const QLocalSocket* socket, const QByteArray& bytes);
-
 #endif

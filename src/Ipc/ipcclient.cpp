@@ -3,8 +3,8 @@
 #include "DataValue/datavalue.h"
 #include "DataValue/jsontext_p.h"
 #include "Ipc/directsend_p.h"
+#include "Ipc/ipcconnection_p.h"
 #include "Ipc/messageframe_p.h"
-#include "Ipc/slotscope_p.h"
 #include "Ipc/socketread_p.h"
 #include "LogTask/logline_p.h"
 
@@ -15,10 +15,19 @@ namespace {
 
 constexpr char kLogSource[] = "Ipc/ipcclient";
 
-constexpr int notSent = 6;      // could not be sent; also "IPCMSG_ERROR_CODE" of the made-up reply
-constexpr int notConnected = 7; // nothing was tried
+constexpr int kNotSent = 6;      // could not be sent; also "IPCMSG_ERROR_CODE" of the made-up reply
+constexpr int kNotConnected = 7; // nothing was tried
 
-constexpr int slotCheckMs = 10; // how often to look whether a slot has returned
+constexpr int kTryAgainMs = 250; // while the server has no room for a connection
+constexpr int kGiveUpMs = 30000;
+
+// abort() makes the socket unconnected, close() stops what it still does to connect. Qt 6's abort()
+// does both.
+void endAttempt(QLocalSocket* socket)
+{
+    socket->abort();
+    socket->close();
+}
 
 QByteArray utf8Of(const CDataValue& value)
 {
@@ -29,32 +38,44 @@ QByteArray utf8Of(const CDataValue& value)
 
 IPCClient::IPCClient(QString serverName, QObject* parent)
     : QObject(parent)
+    , m_connection(
+          std::make_shared<IPCConnection>(MessageFrame::defaultHead(), MessageFrame::defaultEnd()))
     , m_head(MessageFrame::defaultHead().toUtf8())
     , m_end(MessageFrame::defaultEnd().toUtf8())
-    , m_frame(std::make_shared<MessageFrame>())
     , m_serverName(serverName)
-    , m_running(std::make_shared<RunningSlots>())
+    , m_tryAgain(new QTimer(this))
+    , m_giveUp(new QTimer(this))
 {
+    m_tryAgain->setObjectName(QStringLiteral("tryAgain"));
+    m_tryAgain->setSingleShot(true);
+    m_tryAgain->setInterval(kTryAgainMs);
+    connect(m_tryAgain, &QTimer::timeout, this, &IPCClient::startConnecting);
+    m_giveUp->setObjectName(QStringLiteral("giveUp"));
+    m_giveUp->setSingleShot(true);
+    m_giveUp->setInterval(kGiveUpMs);
+    connect(m_giveUp, &QTimer::timeout, this, &IPCClient::giveUp);
 }
 
+// A socket that is in the middle of its own code must not be aborted in it; it goes when that code
+// has returned.
 IPCClient::~IPCClient()
 {
-    if (!m_socket)
-        return;
-    m_socket->disconnect(this);
-    m_socket->abort();
-    m_running->release(m_socket);
+    m_connection->leaveOwner();
+    if (m_connection->socket && m_connection.use_count() == 1)
+        m_connection->socket->abort();
 }
 
 void IPCClient::initSocket()
 {
-    if (m_socket)
+    if (m_connection->socket)
         return;
-    m_socket = new QLocalSocket;
-    connect(m_socket, &QLocalSocket::connected, this, &IPCClient::socket_connected);
-    connect(m_socket, &QLocalSocket::disconnected, this, &IPCClient::socket_disconnected);
-    connect(m_socket, &QLocalSocket::readyRead, this, &IPCClient::socket_readReady);
-    connect(m_socket, &QLocalSocket::errorOccurred, this, &IPCClient::socket_error);
+    m_connection->socket = std::make_unique<QLocalSocket>();
+    const QLocalSocket* const socket = m_connection->socket.get();
+    SignalLinks& links = m_connection->links;
+    links.add(connect(socket, &QLocalSocket::connected, this, &IPCClient::socket_connected));
+    links.add(connect(socket, &QLocalSocket::disconnected, this, &IPCClient::socket_disconnected));
+    links.add(connect(socket, &QLocalSocket::readyRead, this, &IPCClient::socket_readReady));
+    links.add(connect(socket, &QLocalSocket::errorOccurred, this, &IPCClient::socket_error));
 }
 
 void IPCClient::connectToServer()
@@ -63,23 +84,49 @@ void IPCClient::connectToServer()
     if (m_connected)
         return;
     logLine(kLogSource, "connectToServer", "Enter in IPCClient::connectToServer BEGIN");
-    if (!m_running->any())
-        m_socket->connectToServer(m_serverName, QIODevice::ReadWrite);
-    else
-        connectLater(0);
+    m_giveUp->stop();
+    startConnecting(); // a slot may end this object
     logLine(kLogSource, "connectToServer", "Enter in IPCClient::connectToServer END");
 }
 
 // A socket that is in the middle of its own code, say in the emission of disconnected(), must not
 // be connected anew: it would tear down the new connection when the emission returns.
-void IPCClient::connectLater(int milliseconds)
+void IPCClient::startConnecting()
 {
-    QTimer::singleShot(milliseconds, this, [this] {
-        if (m_running->any()) // a slot runs an event loop
-            connectLater(slotCheckMs);
-        else if (m_socket->state() == QLocalSocket::UnconnectedState)
-            m_socket->connectToServer(m_serverName, QIODevice::ReadWrite);
-    });
+    if (m_connection.use_count() > 1) {
+        m_connection->whenUnused = [this] {
+            QTimer::singleShot(0, this, [this] {
+                if (!m_connected)
+                    startConnecting();
+            });
+        };
+        return;
+    }
+    const IPCConnectionUse use(*m_connection);
+    const QPointer<IPCClient> self(this);
+    QLocalSocket* const socket = m_connection->socket.get();
+    m_tryAgain->stop();
+    if (socket->state() != QLocalSocket::UnconnectedState)
+        endAttempt(socket);
+    socket->connectToServer(m_serverName, QIODevice::ReadWrite);
+    if (!self)
+        return;
+    if (socket->state() != QLocalSocket::ConnectingState) {
+        m_giveUp->stop();
+        return;
+    }
+    // The system's queue for the server is full. QLocalSocket would ask again without pause, and
+    // after 30 s it would be neither connected nor able to try again.
+    endAttempt(socket);
+    m_tryAgain->start();
+    if (!m_giveUp->isActive())
+        m_giveUp->start();
+}
+
+void IPCClient::giveUp()
+{
+    m_tryAgain->stop();
+    socket_error(QLocalSocket::SocketTimeoutError);
 }
 
 bool IPCClient::isConnected()
@@ -91,7 +138,7 @@ void IPCClient::setDataSplitString(QString head, QString end)
 {
     m_head = head.toUtf8();
     m_end = end.toUtf8();
-    m_frame->setMarkers(head, end);
+    m_connection->frame.setMarkers(head, end);
 }
 
 void IPCClient::setOneFlushPerRead(bool on)
@@ -107,16 +154,18 @@ int IPCClient::sendblock(const QString& text)
 int IPCClient::sendUtf8(const QByteArray& text)
 {
     if (!m_connected)
-        return notConnected;
+        return kNotConnected;
     const QByteArray frame = MessageFrame::wrap(m_head, text, m_end);
     logLine(kLogSource, "sendblock", "sendblock", logExcerpt(frame));
+    const IPCConnectionUse use(*m_connection);
+    QLocalSocket* const socket = m_connection->socket.get();
     const bool later = m_oneFlushPerRead && m_readDepth > 0;
-    const qint64 written = later ? m_socket->write(frame) : writeDirectly(m_socket, frame);
+    const qint64 written = later ? socket->write(frame) : writeDirectly(socket, frame);
     if (written <= 0)
-        return notSent;
+        return kNotSent;
     logLine(kLogSource, "sendblock", "Write Len:", static_cast<int>(written));
     if (!later)
-        m_socket->flush(); // may find that the peer has vanished, and end this object by a slot
+        socket->flush(); // may find that the peer has vanished, and end this object by a slot
     return 0;
 }
 
@@ -139,14 +188,14 @@ void IPCClient::messageSend(const char* strMessage, const CDataValue* data, cons
     if (!self || (m_connected && result == 0))
         return;
     // The reply holds what the request held.
-    envelope.mapSet("IPCMSG_ERROR_CODE", CDataValue(notSent), false);
+    envelope.mapSet("IPCMSG_ERROR_CODE", CDataValue(kNotSent), false);
     Q_EMIT sigMessageReceived(&envelope);
 }
 
 void IPCClient::socket_connected()
 {
-    const SlotScope scope(this, m_running);
-    m_frame->clear();
+    const IPCConnectionUse use(*m_connection);
+    m_connection->frame.clear();
     m_connected = true;
     Q_EMIT sigIPCServerConnected();
     logLine(kLogSource, "socket_connected", "socket_connected");
@@ -154,9 +203,9 @@ void IPCClient::socket_connected()
 
 void IPCClient::socket_disconnected()
 {
-    const SlotScope scope(this, m_running);
     if (!m_connected)
         return;
+    const IPCConnectionUse use(*m_connection);
     m_connected = false;
     Q_EMIT sigIPCServerDisconnected();
     logLine(kLogSource, "socket_disconnected", "socket_disconnected");
@@ -164,37 +213,41 @@ void IPCClient::socket_disconnected()
 
 void IPCClient::socket_error(QLocalSocket::LocalSocketError code)
 {
-    const SlotScope scope(this, m_running);
+    const IPCConnectionUse use(*m_connection);
     logLine(kLogSource, "socket_error", "socket_error:", static_cast<int>(code));
     Q_EMIT sigIPCSocketError();
 }
 
 void IPCClient::socket_readReady()
 {
-    const SlotScope scope(this, m_running);
-    const std::shared_ptr<MessageFrame> frame = m_frame; // a slot may end this object
+    if (!m_connection->socket)
+        return;
+    const IPCConnectionUse use(*m_connection);
+    const QPointer<IPCClient> self(this);
+    IPCConnection& connection = *m_connection;
     do {
         logLine(kLogSource, "socket_readReady", "socket_readReady");
-        frame->append(readArrived(m_socket, &m_read));
+        connection.frame.append(readArrived(connection.socket.get(), &m_read));
         if (g_bLog)
-            logLine(kLogSource, "socket_readReady", frame->bufferExcerpt());
-        deliverAll(*frame);
+            logLine(kLogSource, "socket_readReady", connection.frame.bufferExcerpt());
+        deliverAll();
         // A slot that runs an event loop lets bytes arrive that are not announced again.
-    } while (scope.alive() && m_socket->bytesAvailable() > 0);
+    } while (self && connection.socket->bytesAvailable() > 0);
 }
 
-void IPCClient::deliverAll(MessageFrame& frame)
+void IPCClient::deliverAll()
 {
     const QPointer<IPCClient> self(this);
+    IPCConnection& connection = *m_connection; // in use: it outlives this object
     ++m_readDepth;
     std::string body;
-    while (self && frame.next(body) == MessageFrame::Body)
+    while (self && connection.frame.next(body) == MessageFrame::Body)
         deliver(body);
     if (!self)
         return;
     --m_readDepth;
-    if (m_oneFlushPerRead && m_socket->bytesToWrite() > 0)
-        m_socket->flush();
+    if (m_oneFlushPerRead && connection.socket->bytesToWrite() > 0)
+        connection.socket->flush();
 }
 
 void IPCClient::deliver(const std::string& body)

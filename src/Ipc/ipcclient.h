@@ -12,8 +12,8 @@
 #include <string>
 
 class CDataValue;
-class MessageFrame;
-class RunningSlots;
+class QTimer;
+struct IPCConnection;
 
 /// The client end of the messaging between processes: connects to a server by its name, sends
 /// requests as envelopes and delivers the envelopes that come back.
@@ -53,8 +53,13 @@ public:
 
     /// Starts to connect; does nothing when connected. The outcome is sigIPCServerConnected() or
     /// sigIPCSocketError(); where the system answers at once, it comes inside the call. Called
-    /// from a slot of this object's signals, it starts when the slot has returned. Nothing is
-    /// retried. The same object can connect again after a disconnection.
+    /// from a slot of this object's signals, it starts when the slot has returned. The same object
+    /// can connect again after a disconnection.
+    ///
+    /// A failure is not retried. But while a server accepts nobody, say because it hangs, and the
+    /// system's queue for it is full, the attempt goes on, several times a second, for 30 s; then
+    /// sigIPCSocketError() comes. A further call in that time tries at once and begins the 30 s
+    /// anew.
     void connectToServer();
 
     bool isConnected();
@@ -101,21 +106,22 @@ private Q_SLOTS:
     void socket_error(QLocalSocket::LocalSocketError code);
 
 private:
-    void connectLater(int milliseconds);
-    void deliverAll(MessageFrame& frame);
+    void startConnecting();
+    void giveUp();
+    void deliverAll();
     void deliver(const std::string& body);
     int sendUtf8(const QByteArray& text);
 
-    QLocalSocket* m_socket = nullptr;
-    QByteArray m_head; // encoded
+    std::shared_ptr<IPCConnection> m_connection; // without a socket until initSocket()
+    QByteArray m_head;                           // encoded
     QByteArray m_end;
-    std::shared_ptr<MessageFrame> m_frame;
     QByteArray m_read; // the last read
     QString m_serverName;
     bool m_connected = false;
     bool m_oneFlushPerRead = false;
     int m_readDepth = 0; // how many reads are being delivered
-    std::shared_ptr<RunningSlots> m_running;
+    QTimer* m_tryAgain;  // children; both run while the server has no room for a connection
+    QTimer* m_giveUp;
 };
 
 #endif

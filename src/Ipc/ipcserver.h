@@ -6,16 +6,14 @@
 #include <QByteArray>
 #include <QMap>
 #include <QObject>
-#include <QPointer>
 #include <QString>
-#include <QVector>
 
 #include <memory>
+#include <vector>
 
-class MessageFrame;
-class QLocalServer;
-class QLocalSocket;
-class RunningSlots;
+class DepartedConnections;
+class IPCListener;
+struct IPCConnection;
 
 /// The serving end of the messaging between processes: listens under a name, numbers its clients,
 /// cuts what they send into message texts and writes texts to one client or to all.
@@ -53,17 +51,22 @@ public:
     /// that an earlier run has left behind is removed first; so is that of a server which still
     /// runs, and that one gets no further clients. Always returns 0: when the name cannot be had,
     /// that is logged, and no client ever comes. A second call closes the first listener.
+    ///
+    /// When the process has no descriptor left, new clients wait, one line in the log says so, and
+    /// they are accepted within a second of there being some; those who are connected are served.
     int startListen(QString name);
 
     /// Stops listening. Clients that are connected stay and are served as before; connections
-    /// that were not accepted yet are ended.
+    /// that were not accepted yet are ended. The socket's file is removed, unless another server
+    /// has taken the name over meanwhile: that one stays reachable.
     void close();
 
     /// Accepts one client at a time from now on; there is no way back. A connection that comes
     /// while a client is there is left pending: neither accepted nor closed nor answered. It is
     /// taken, with what was sent on it so far, when a further connection arrives after the client
-    /// has gone. This is meant. Only when more than 30 are pending, so that the listener takes no
-    /// notice of further ones, the oldest is taken as soon as the client has gone.
+    /// has gone. This is meant. Only when more than 30 are pending, so that no further one is
+    /// accepted, the oldest is taken as soon as the client has gone. A connection whose client has
+    /// given up waiting is passed over, and what it asked for is not delivered.
     void setOnlyOneConnectionSupport();
 
     /// Replaces the markers around a message, "__BEGIN__" and "__END__", for all clients; both
@@ -104,25 +107,18 @@ private Q_SLOTS:
     void socket_disconnected();
 
 private:
-    struct Client
-    {
-        QLocalSocket* socket = nullptr;
-        std::shared_ptr<MessageFrame> frame;
-    };
-
-    int idOf(const QLocalSocket* socket) const;
     void accept();
-    void catchUp(QLocalSocket* socket, int id);
-    void receive(QLocalSocket* socket);
-    bool deliver(MessageFrame& frame, int id);
-    void send(QLocalSocket* socket, const QByteArray& frame, const char* function);
+    void catchUp(IPCConnection& client);
+    void receive(IPCConnection& client);
+    bool deliver(IPCConnection& client);
+    void send(IPCConnection& client, const QByteArray& frame, const char* function);
     void flushUnflushed();
-    void dropClient(QLocalSocket* socket);
-    void deleteInAWhile(QLocalSocket* socket);
-    bool isDeaf() const;
+    void drop(IPCConnection& client);
+    void numberAnewWhenAllHaveGone();
 
-    QLocalServer* m_server = nullptr;
-    QMap<int, Client> m_clients;
+    std::shared_ptr<IPCListener> m_listener; // null while not listening
+    QMap<int, std::shared_ptr<IPCConnection>> m_clients;
+    DepartedConnections* m_departed; // a child
     int m_lastClientId = 0;
     QString m_head;
     QString m_end;
@@ -130,11 +126,9 @@ private:
     QByteArray m_endBytes;
     bool m_onlyOneConnection = false;
     bool m_oneFlushPerRead = false;
-    QByteArray m_read;                           // the last read
-    int m_readDepth = 0;                         // how many reads are being delivered
-    QVector<QPointer<QLocalSocket>> m_unflushed; // what was written to meanwhile
-    int m_leftPending = 0; // connections that one-connection mode left with m_server
-    std::shared_ptr<RunningSlots> m_running;
+    QByteArray m_read;                                       // the last read
+    int m_readDepth = 0;                                     // reads being delivered
+    std::vector<std::shared_ptr<IPCConnection>> m_unflushed; // what was written to meanwhile
 };
 
 #endif

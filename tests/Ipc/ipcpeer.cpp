@@ -1,5 +1,6 @@
 // A process that talks to another one, for the tests. The first argument says what it does:
 //   server NAME         an IPCServer that answers each message with the message; "quit" ends it
+//   poor NAME COUNT LOG the same, with no more than COUNT descriptors, and with a log
 //   client NAME         an IPCClient that sends one request and prints each envelope it receives
 //   half PATH           connects to a socket file, sends half a frame and stays until it is killed
 //   flood PATH COUNT    sends COUNT small frames, then ends
@@ -7,11 +8,14 @@
 #include "DataValue/datavalue.h"
 #include "Ipc/ipcclient.h"
 #include "Ipc/ipcserver.h"
+#include "LogTask/clog.h"
 
 #include <QCoreApplication>
 #include <QLocalSocket>
+#include <QLoggingCategory>
 
 #include <cstdio>
+#include <sys/resource.h>
 
 namespace {
 
@@ -34,6 +38,19 @@ int serve(const QString& name)
     server.startListen(name);
     print("ready");
     return QCoreApplication::exec();
+}
+
+int serveWithFewDescriptors(const QString& name, rlim_t count, const QString& log)
+{
+    QLoggingCategory::setFilterRules("default.debug=false"); // the log's echo
+    InitLog(log.toUtf8().constData());
+    rlimit limit = {};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    limit.rlim_cur = count;
+    setrlimit(RLIMIT_NOFILE, &limit);
+    const int result = serve(name);
+    DestroyLog();
+    return result;
 }
 
 int request(const QString& name)
@@ -78,6 +95,8 @@ int main(int argc, char** argv)
     const QString name = arguments.value(2);
     if (role == "server")
         return serve(name);
+    if (role == "poor")
+        return serveWithFewDescriptors(name, arguments.value(3).toUInt(), arguments.value(4));
     if (role == "client")
         return request(name);
     if (role == "half")

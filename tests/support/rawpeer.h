@@ -13,6 +13,31 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+/// The address of a socket file.
+inline sockaddr_un addressOf(const QString& path)
+{
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const QByteArray name = QFile::encodeName(path);
+    std::memcpy(address.sun_path, name.constData(),
+                qMin<size_t>(size_t(name.size()), sizeof address.sun_path - 1));
+    return address;
+}
+
+/// A descriptor that listens at a new socket file and does not wait; -1 when that failed. `queue`:
+/// how many connections the system makes before they are accepted, less one.
+inline int listenAt(const QString& path, int queue)
+{
+    const sockaddr_un address = addressOf(path);
+    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    if (bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+        listen(fd, queue) != 0) {
+        ::close(fd);
+        return -1;
+    }
+    return fd;
+}
+
 /// A client of a local socket without any Qt behind it: it writes single bytes when told to, does
 /// not read unless told to, and vanishes at once. Nothing here waits for the other end.
 class RawPeer
@@ -34,12 +59,9 @@ public:
     /// Leaves the file of a socket that nobody listens on, as a server that crashed does.
     static bool leaveSocketFile(const QString& path)
     {
-        const sockaddr_un address = addressOf(path);
         RawPeer listener;
-        listener.m_fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        return bind(listener.m_fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) ==
-                   0 &&
-               QFile::exists(path);
+        listener.m_fd = listenAt(path, 1);
+        return listener.isOpen() && QFile::exists(path);
     }
 
     bool isOpen() const { return m_fd >= 0; }
@@ -80,16 +102,6 @@ public:
     }
 
 private:
-    static sockaddr_un addressOf(const QString& path)
-    {
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        const QByteArray name = QFile::encodeName(path);
-        std::memcpy(address.sun_path, name.constData(),
-                    qMin<size_t>(size_t(name.size()), sizeof address.sun_path - 1));
-        return address;
-    }
-
     int m_fd = -1;
 };
 

@@ -1,0 +1,70 @@
+#ifndef IPC_IPCLISTENER_P_H
+#define IPC_IPCLISTENER_P_H
+
+#include "Ipc/socketsystem_p.h"
+
+#include <QElapsedTimer>
+#include <QLocalServer>
+#include <QTimer>
+
+#include <deque>
+#include <memory>
+
+class QSocketNotifier;
+
+/// The listening socket of a server. It makes and names the socket as QLocalServer does, but
+/// accepts connections itself, because QLocalServer
+/// - gives up and removes its file when the system has no descriptor left for a connection;
+/// - removes the file under its name when it ends, also when that is another server's by then;
+/// - reads from connections that nobody has taken yet, however much comes.
+///
+/// A connection that was accepted waits as a bare descriptor until it is taken: the system keeps
+/// what its client sends, and stops the client when that is too much. While more than 30 wait, no
+/// further one is accepted.
+///
+/// Out of descriptors, it logs one line, leaves the clients in the system's queue and tries again
+/// after half a second.
+class IPCListener : public QLocalServer
+{
+public:
+    /// A slot of newConnection() may let the last pointer go: the object then lives until the
+    /// emission is over, without listening.
+    static std::shared_ptr<IPCListener> create(QObject* parent);
+
+    /// Listens under a name or path. False when it cannot be had.
+    bool listenUnder(const QString& name);
+
+    /// Stops listening and ends what waits. Removes the socket's file, but not one that another
+    /// server has put in its place.
+    void end();
+
+    bool hasPendingConnections() const override { return !m_waiting.empty(); }
+    /// The connection that has waited longest, as a child of this object; null when there is none.
+    QLocalSocket* nextPendingConnection() override;
+
+    /// Closes the waiting connections whose clients have gone.
+    void passOverDeparted();
+
+    /// Whether so many connections wait that no further one is accepted.
+    bool isFull() const;
+
+private:
+    explicit IPCListener(QObject* parent);
+    ~IPCListener() override;
+    static void dispose(IPCListener* listener);
+
+    void acceptOne();
+    void pause(int error);
+    void updateNotifier();
+    void closeLeavingTheFile();
+
+    SocketSystem::FileIdentity m_file;
+    std::unique_ptr<QSocketNotifier> m_notifier;
+    std::deque<int> m_waiting; // accepted descriptors, the oldest first
+    QTimer m_resume;
+    QElapsedTimer m_lastShortage;
+    int m_announcing = 0; // how many emissions of newConnection() are under way
+    bool m_mustNotClose = false;
+};
+
+#endif
