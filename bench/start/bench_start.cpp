@@ -102,6 +102,19 @@ struct Program
     }
 };
 
+/// Runs the programs in turn, so that each meets the machine as the others do.
+template<std::size_t N>
+void measure(Program (&programs)[N], int runs)
+{
+    for (int run = -3; run < runs; ++run) {
+        for (Program& program : programs) {
+            const double time = processorTime(program.path);
+            if (run >= 0) // the first runs only fill the caches
+                program.times.push_back(time);
+        }
+    }
+}
+
 void print(const Program& program, const Program& reference)
 {
     std::printf("| %s | %.2f | %.2f to %.2f | %.2f |\n", program.name, program.quantile(0.5),
@@ -138,13 +151,7 @@ int main(int argc, char** argv)
         {"QCoreApplication, linked with the library", PROGRAM_STARTLINKED, {}},
         {"log, configuration, introduction accepted", installed.path("bin/program"), {}},
     };
-    for (int run = -3; run < runs; ++run) {
-        for (Program& program : programs) {
-            const double time = processorTime(program.path);
-            if (run >= 0) // the first runs only fill the caches
-                program.times.push_back(time);
-        }
-    }
+    measure(programs, runs);
     std::printf("| %d runs, processor time in ms | median | half of the runs | ratio |\n"
                 "|---|---|---|---|\n",
                 runs);

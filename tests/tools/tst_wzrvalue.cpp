@@ -20,6 +20,67 @@ constexpr char kXml[] = "<DictValue>\n"
                         "</ArrayValue>\n"
                         "</DictValue>\n";
 
+void checkRow(const char* title, const char* name, const QByteArray& content, const char* message)
+{
+    QTest::newRow(title) << QString(name) << content << QString(message);
+}
+
+void addXmlRows()
+{
+    checkRow("good XML", "w.xml", kXml, "");
+    checkRow("good null", "w.xml", "<ArrayValue><NullValue/></ArrayValue>", "");
+    checkRow("large unsigned", "w.xml", "<UintValue>-1</UintValue>", "");
+    checkRow("wrong end", "w.xml", "<DictValue>\n</ArrayValue>",
+             "w.xml:2: Error reading end tag.\n");
+    checkRow("UTF-8", "w.xml", "<DictValue>\n\n\xFF</DictValue>",
+             "w.xml:3: The document is not valid UTF-8\n");
+    checkRow("another document", "w.xml", "<html/>", "w.xml:1: Unknown element \"html\"\n");
+    checkRow("null as the root", "w.xml", "<NullValue/>",
+             "w.xml:1: Unknown element \"NullValue\"\n");
+    checkRow("unknown element", "w.xml", "<ArrayValue>\n<intValue>1</intValue></ArrayValue>",
+             "w.xml:2: Unknown element \"intValue\"\n");
+    checkRow("no number", "w.xml",
+             "<ArrayValue>\n<IntValue>1x</IntValue>\n<RealValue/></ArrayValue>",
+             "w.xml:2: \"1x\" is no \"IntValue\"\nw.xml:3: \"\" is no \"RealValue\"\n");
+    checkRow("too large", "w.xml", "<IntValue>99999999999</IntValue>",
+             "w.xml:1: \"99999999999\" is no \"IntValue\"\n");
+    checkRow("no boolean", "w.xml", "<BooleanValue>TRUE</BooleanValue>",
+             "w.xml:1: \"TRUE\" is no \"BooleanValue\"\n");
+    checkRow("key at the end", "w.xml", "<DictValue>\n<key>a</key>\n</DictValue>",
+             "w.xml:2: Key without a value\n");
+    checkRow("two keys", "w.xml",
+             "<DictValue>\n<key>a</key>\n<key>b</key><IntValue>1</IntValue></DictValue>",
+             "w.xml:2: Key without a value\n");
+    checkRow("key in an array", "w.xml",
+             "<ArrayValue>\n<key>a</key><IntValue>1</IntValue></ArrayValue>",
+             "w.xml:2: Key in an \"ArrayValue\"\n");
+    checkRow("same key", "w.xml",
+             "<DictValue>\n<key>a</key><IntValue>1</IntValue>\n<key>a</key><IntValue>2</IntValue>"
+             "</DictValue>",
+             "w.xml:3: Second member named \"a\"\n");
+    checkRow("element in a scalar", "w.xml", "<StringValue>a\n<b/></StringValue>",
+             "w.xml:2: Element inside a \"StringValue\"\n");
+    checkRow("several", "w.xml",
+             "<ArrayValue>\n<ArrayValue>\n<x/>\n</ArrayValue>\n<IntValue>y</IntValue></ArrayValue>",
+             "w.xml:3: Unknown element \"x\"\nw.xml:5: \"y\" is no \"IntValue\"\n");
+}
+
+void addJsonRows()
+{
+    checkRow("good JSON", "w.config", "{\"a\":1}", "");
+    checkRow("JSON syntax", "w.config", "{\n\"a\":\n}",
+             "w.config:3: Syntax error: value, object or array expected.\n");
+    checkRow("JSON after a mark", "w.perso", "\xEF\xBB\xBF\n[1,\n\n2",
+             "w.perso:4: Missing ',' or ']' in array declaration\n");
+    checkRow("zero byte", "w.config", QByteArray("[1]\n\0", 5),
+             "w.config:2: A zero byte stands in the document\n");
+    checkRow("deep JSON", "w.config", QByteArray(5000, '['),
+             "w.config: The values are nested too deeply\n");
+    checkRow("another name", "w.json", "{}",
+             "w.json: The name does not end in .xml, .config or .perso\n");
+    checkRow("large", "w.config", "\"" + QByteArray(20 * 1024 * 1024, 'x') + "\"", "");
+}
+
 } // namespace
 
 class tst_wzrvalue : public QObject
@@ -191,54 +252,8 @@ void tst_wzrvalue::saysWhatIsWrong_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<QString>("message");
-    const auto row = [](const char* title, const char* name, const QByteArray& content,
-                        const char* message) {
-        QTest::newRow(title) << QString(name) << content << QString(message);
-    };
-    row("good XML", "w.xml", kXml, "");
-    row("good JSON", "w.config", "{\"a\":1}", "");
-    row("good null", "w.xml", "<ArrayValue><NullValue/></ArrayValue>", "");
-    row("large unsigned", "w.xml", "<UintValue>-1</UintValue>", "");
-    row("wrong end", "w.xml", "<DictValue>\n</ArrayValue>", "w.xml:2: Error reading end tag.\n");
-    row("UTF-8", "w.xml", "<DictValue>\n\n\xFF</DictValue>",
-        "w.xml:3: The document is not valid UTF-8\n");
-    row("another document", "w.xml", "<html/>", "w.xml:1: Unknown element \"html\"\n");
-    row("null as the root", "w.xml", "<NullValue/>", "w.xml:1: Unknown element \"NullValue\"\n");
-    row("unknown element", "w.xml", "<ArrayValue>\n<intValue>1</intValue></ArrayValue>",
-        "w.xml:2: Unknown element \"intValue\"\n");
-    row("no number", "w.xml", "<ArrayValue>\n<IntValue>1x</IntValue>\n<RealValue/></ArrayValue>",
-        "w.xml:2: \"1x\" is no \"IntValue\"\nw.xml:3: \"\" is no \"RealValue\"\n");
-    row("too large", "w.xml", "<IntValue>99999999999</IntValue>",
-        "w.xml:1: \"99999999999\" is no \"IntValue\"\n");
-    row("no boolean", "w.xml", "<BooleanValue>TRUE</BooleanValue>",
-        "w.xml:1: \"TRUE\" is no \"BooleanValue\"\n");
-    row("key at the end", "w.xml", "<DictValue>\n<key>a</key>\n</DictValue>",
-        "w.xml:2: Key without a value\n");
-    row("two keys", "w.xml",
-        "<DictValue>\n<key>a</key>\n<key>b</key><IntValue>1</IntValue></DictValue>",
-        "w.xml:2: Key without a value\n");
-    row("key in an array", "w.xml", "<ArrayValue>\n<key>a</key><IntValue>1</IntValue></ArrayValue>",
-        "w.xml:2: Key in an \"ArrayValue\"\n");
-    row("same key", "w.xml",
-        "<DictValue>\n<key>a</key><IntValue>1</IntValue>\n<key>a</key><IntValue>2</IntValue>"
-        "</DictValue>",
-        "w.xml:3: Second member named \"a\"\n");
-    row("element in a scalar", "w.xml", "<StringValue>a\n<b/></StringValue>",
-        "w.xml:2: Element inside a \"StringValue\"\n");
-    row("several", "w.xml",
-        "<ArrayValue>\n<ArrayValue>\n<x/>\n</ArrayValue>\n<IntValue>y</IntValue></ArrayValue>",
-        "w.xml:3: Unknown element \"x\"\nw.xml:5: \"y\" is no \"IntValue\"\n");
-    row("JSON syntax", "w.config", "{\n\"a\":\n}",
-        "w.config:3: Syntax error: value, object or array expected.\n");
-    row("JSON after a mark", "w.perso", "\xEF\xBB\xBF\n[1,\n\n2",
-        "w.perso:4: Missing ',' or ']' in array declaration\n");
-    row("zero byte", "w.config", QByteArray("[1]\n\0", 5),
-        "w.config:2: A zero byte stands in the document\n");
-    row("deep JSON", "w.config", QByteArray(5000, '['),
-        "w.config: The values are nested too deeply\n");
-    row("another name", "w.json", "{}",
-        "w.json: The name does not end in .xml, .config or .perso\n");
-    row("large", "w.config", "\"" + QByteArray(20 * 1024 * 1024, 'x') + "\"", "");
+    addXmlRows();
+    addJsonRows();
 }
 
 void tst_wzrvalue::saysWhatIsWrong()
