@@ -71,11 +71,11 @@ bool Rounds::readCommand()
         return false;
     line[length] = '\0';
     int inFlight = 0;
-    int broadcast = 0;
-    if (std::sscanf(line, "%d %d %d %d", &m_count, &inFlight, &m_bytes, &broadcast) != 4)
+    int mode = 0;
+    if (std::sscanf(line, "%d %d %d %d", &m_count, &inFlight, &m_bytes, &mode) != 4)
         fail("no command");
     messagesFor(m_bytes); // made before the time begins
-    m_broadcast = broadcast != 0;
+    m_mode = static_cast<Mode>(mode);
     m_done = 0;
     m_sent = 0;
     m_heard = 0;
@@ -89,7 +89,7 @@ bool Rounds::readCommand()
 void Rounds::sendNext()
 {
     const int index = m_sent++;
-    if (m_broadcast)
+    if (m_mode == Broadcast)
         m_requestBroadcast(index, m_bytes);
     else
         m_request(index, m_bytes);
@@ -98,7 +98,7 @@ void Rounds::sendNext()
 void Rounds::replied(const Reply& reply)
 {
     check(reply);
-    if (m_broadcast && ++m_heard < m_connections)
+    if (m_mode == Broadcast && ++m_heard < m_connections)
         return;
     m_heard = 0;
     if (++m_done == m_count) {
@@ -112,7 +112,7 @@ void Rounds::replied(const Reply& reply)
 // Some transports give replies out of order.
 bool Rounds::isAwaited(int index)
 {
-    if (m_broadcast)
+    if (m_mode == Broadcast)
         return index == m_done;
     return index >= 0 && index < m_sent && !std::exchange(m_replied[size_t(index)], 1);
 }

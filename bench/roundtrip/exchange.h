@@ -41,6 +41,7 @@ const std::vector<Message>& messagesFor(int bytes);
 ///
 ///     1000 64 500 0    1000 requests, 64 in flight, answers of 500 bytes
 ///     100 1 500 1      100 broadcasts, one after the other, each to all connections
+///     100 8 500 2      100 requests, 8 in flight, the connections taking turns
 class Rounds
 {
 public:
@@ -57,10 +58,16 @@ public:
 
     void replied(const Reply& reply);
 
+    /// While a request is to be made: the connection whose turn it is, from 0; negative when it is
+    /// to be the one that was connected last.
+    int turn() const { return m_mode == Turns ? (m_sent - 1) % m_connections : -1; }
+
     /// Whether a command is being worked on.
     bool busy() const { return m_done < m_count; }
 
 private:
+    enum Mode { One, Broadcast, Turns };
+
     void check(const Reply& reply);
     bool isAwaited(int index);
     void sendNext();
@@ -73,7 +80,7 @@ private:
     int m_sent = 0;
     int m_bytes = 0;
     int m_heard = 0; // how many connections have heard the broadcast under way
-    bool m_broadcast = false;
+    Mode m_mode = One;
     std::vector<char> m_replied;
     long long m_begin = 0;
     std::map<int, bool> m_comparedInFull; // by size

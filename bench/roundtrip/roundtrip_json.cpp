@@ -113,7 +113,8 @@ int request(const QString& address, int connections)
 {
     std::vector<std::unique_ptr<QLocalSocket>> sockets;
     QLocalSocket* latest = nullptr; // the server has accepted all that were connected before it
-    const auto ask = [&latest](const char* type, int index, int bytes) {
+    Rounds* current = nullptr;
+    const auto ask = [&](const char* type, int index, int bytes) {
         const QJsonObject data{{QStringLiteral("nIndex"), index},
                                {QStringLiteral("nBytes"), bytes},
                                {QStringLiteral("strNote"), requestNote()}};
@@ -121,11 +122,14 @@ int request(const QString& address, int connections)
             {QStringLiteral("IPCMSG_TYPE"), QLatin1String(type)},
             {QStringLiteral("IPCMSG_USER_DATA"), data},
             {QStringLiteral("IPCMSG_MSG_SENDER"), QLatin1String(senderName)}};
-        send(latest, QJsonDocument(envelope).toJson(QJsonDocument::Compact));
+        const int turn = current->turn();
+        send(turn < 0 ? latest : sockets[static_cast<size_t>(turn)].get(),
+             QJsonDocument(envelope).toJson(QJsonDocument::Compact));
     };
     Rounds rounds(
         connections, [&](int index, int bytes) { ask(requestType, index, bytes); },
         [&](int index, int bytes) { ask(broadcastType, index, bytes); });
+    current = &rounds;
     int connected = 0;
     for (int i = 0; i < connections; ++i) {
         sockets.push_back(std::make_unique<QLocalSocket>());
@@ -137,9 +141,11 @@ int request(const QString& address, int connections)
             latest = socket;
             if (++connected == connections)
                 rounds.ready();
+            else // one after the other: a listener lets only so many wait
+                sockets[static_cast<size_t>(connected)]->connectToServer(address);
         });
-        socket->connectToServer(address); // waits for its turn when many connect
     }
+    sockets.front()->connectToServer(address);
     return runEvents(&rounds);
 }
 

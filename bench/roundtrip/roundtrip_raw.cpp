@@ -2,8 +2,11 @@
 // transport between two processes on one processor can reach. Nothing is built or parsed.
 // roundtrip_raw server|client ADDRESS CONNECTIONS
 #include "exchange.h"
+#include "rawsocket.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <mutex>
 #include <string>
@@ -11,7 +14,6 @@
 
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 namespace {
@@ -32,29 +34,6 @@ struct Header
 
 std::mutex mutex;
 std::vector<int> clients;
-
-bool readAll(int descriptor, char* to, size_t size)
-{
-    while (size > 0) {
-        const ssize_t length = ::read(descriptor, to, size);
-        if (length <= 0)
-            return false;
-        to += length;
-        size -= static_cast<size_t>(length);
-    }
-    return true;
-}
-
-void writeAll(int descriptor, const char* from, size_t size)
-{
-    while (size > 0) {
-        const ssize_t length = ::send(descriptor, from, size, MSG_NOSIGNAL);
-        if (length <= 0)
-            return;
-        from += length;
-        size -= static_cast<size_t>(length);
-    }
-}
 
 void serveOne(int descriptor)
 {
@@ -77,21 +56,9 @@ void serveOne(int descriptor)
     ::close(descriptor);
 }
 
-sockaddr_un addressOf(const char* path)
-{
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, path, sizeof address.sun_path - 1);
-    return address;
-}
-
 int serve(const char* path)
 {
-    const int listener = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    const sockaddr_un address = addressOf(path);
-    if (::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-        ::listen(listener, 64) != 0)
-        fail("cannot listen");
+    const int listener = listenAt(path);
     printReady();
     pollfd descriptors[] = {{listener, POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}};
     while (::poll(descriptors, 2, -1) > 0 && !descriptors[1].revents) {
@@ -113,13 +80,8 @@ public:
               connections, [this](int index, int bytes) { ask(0, index, bytes); },
               [this](int index, int bytes) { ask(1, index, bytes); })
     {
-        const sockaddr_un address = addressOf(path);
-        for (int i = 0; i < connections; ++i) {
-            m_sockets.push_back(::socket(AF_UNIX, SOCK_STREAM, 0));
-            if (::connect(m_sockets.back(), reinterpret_cast<const sockaddr*>(&address),
-                          sizeof address) != 0)
-                fail("cannot connect");
-        }
+        for (int i = 0; i < connections; ++i)
+            m_sockets.push_back(connectTo(path));
     }
 
     int run()

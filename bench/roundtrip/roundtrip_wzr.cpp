@@ -2,8 +2,8 @@
 //   log=FILE    with the log on, without its echo
 //   once        one flush for what is sent while one read is delivered
 #include "exchange.h"
+#include "valuemessages.h"
 
-#include "DataValue/datavalue.h"
 #include "Ipc/ipcclient.h"
 #include "Ipc/ipcserver.h"
 #include "LogTask/clog.h"
@@ -16,46 +16,6 @@
 
 namespace {
 
-QString answer(int index, int bytes, CDataValue& request)
-{
-    CDataValue list(ARRAY_VALUE);
-    for (const Message& message : messagesFor(bytes)) {
-        CDataValue item(MAP_VALUE);
-        item.mapSet("nIndex", CDataValue(message.index), false);
-        item.mapSet("strContent", CDataValue(message.text), false);
-        item.mapSet("strNumber", CDataValue(message.number), false);
-        list.arrayAppend(std::move(item), false);
-    }
-    CDataValue data(MAP_VALUE);
-    data.mapSet("nIndex", CDataValue(index), false);
-    data.mapSet("lstMessage", std::move(list), false);
-    CDataValue envelope(MAP_VALUE);
-    envelope.mapSet("IPCMSG_TYPE", request.mapGet("IPCMSG_TYPE"), false);
-    envelope.mapSet("IPCMSG_ERROR_CODE", CDataValue(0), false);
-    envelope.mapSet("IPCMSG_MSG_SENDER", request.mapGet("IPCMSG_MSG_SENDER"), false);
-    envelope.mapSet("IPCMSG_RESPONSE_DATA", std::move(data), false);
-    envelope.synchJsonData();
-    return envelope.parseToQString(FAST_STYLE);
-}
-
-Reply readAnswer(CDataValue& envelope)
-{
-    Reply reply;
-    reply.error = envelope.mapGet("IPCMSG_ERROR_CODE").asInt();
-    CDataValue& data = envelope.mapGet("IPCMSG_RESPONSE_DATA");
-    reply.index = data.mapGet("nIndex").asInt();
-    CDataValue& list = data.mapGet("lstMessage");
-    const unsigned count = list.arrayCount();
-    reply.messages.reserve(count);
-    for (unsigned i = 0; i < count; ++i) {
-        CDataValue& item = list.arrayGet(i);
-        reply.messages.push_back({item.mapGet("nIndex").asInt(),
-                                  item.mapGet("strNumber").asQString(),
-                                  item.mapGet("strContent").asQString()});
-    }
-    return reply;
-}
-
 int serve(const QString& address, bool once)
 {
     IPCServer server(nullptr);
@@ -65,17 +25,12 @@ int serve(const QString& address, bool once)
                          CDataValue request(MAP_VALUE);
                          if (!CDataValue::parseToDataValue(text, request))
                              fail("no request");
-                         CDataValue& data = request.mapGet("IPCMSG_USER_DATA");
-                         const int index = data.mapGet("nIndex").asInt();
-                         const int bytes = data.mapGet("nBytes").asInt();
-                         if (data.mapGet("strNote").asQString().isEmpty())
-                             fail("no note");
-                         const QString type = request.mapGet("IPCMSG_TYPE").asQString();
-                         const QString text2 = answer(index, bytes, request);
-                         if (type == QLatin1String(broadcastType))
-                             server.broadcastMsg(text2);
+                         const Asked asked = readRequest(request);
+                         const QString answer = answerText(asked, request);
+                         if (asked.broadcast)
+                             server.broadcastMsg(answer);
                          else
-                             server.sendResponse(text2, id);
+                             server.sendResponse(answer, id);
                      });
     server.startListen(address);
     printReady();
@@ -88,17 +43,17 @@ int request(const QString& address, int connections, bool once)
     // The one that was connected last asks: by then the server has accepted all that came before,
     // and they hear a broadcast.
     IPCClient* latest = nullptr;
-    const auto send = [&latest](const char* type, int index, int bytes) {
-        CDataValue data(MAP_VALUE);
-        data.mapSet("nIndex", CDataValue(index), false);
-        data.mapSet("nBytes", CDataValue(bytes), false);
-        data.mapSet("strNote", CDataValue(requestNote()), false);
-        data.synchJsonData();
-        latest->messageSend(type, &data, senderName);
+    Rounds* current = nullptr;
+    const auto send = [&](const char* type, int index, int bytes) {
+        const CDataValue data = requestData(index, bytes);
+        const int turn = current->turn();
+        IPCClient* const client = turn < 0 ? latest : clients[static_cast<size_t>(turn)].get();
+        client->messageSend(type, &data, senderName);
     };
     Rounds rounds(
         connections, [&](int index, int bytes) { send(requestType, index, bytes); },
         [&](int index, int bytes) { send(broadcastType, index, bytes); });
+    current = &rounds;
     int connected = 0;
     for (int i = 0; i < connections; ++i) {
         clients.push_back(std::make_unique<IPCClient>(address));
@@ -109,10 +64,12 @@ int request(const QString& address, int connections, bool once)
             latest = client;
             if (++connected == connections)
                 rounds.ready();
+            else // one after the other: a listener lets only so many wait
+                clients[static_cast<size_t>(connected)]->connectToServer();
         });
         client->setOneFlushPerRead(once);
-        client->connectToServer();
     }
+    clients.front()->connectToServer();
     return runEvents(&rounds);
 }
 

@@ -22,6 +22,8 @@ QTDBUS = "QtDBus"
 SDBUS = "sd-bus"
 REMOTE = "Qt Remote Objects"
 RAW = "raw AF_UNIX"
+PLAIN = "plain QLocalServer, the same values"
+RAW_VALUES = "raw AF_UNIX, the same values"
 
 # name: program, whether its address is the bus, options
 TRANSPORTS = {
@@ -34,19 +36,54 @@ TRANSPORTS = {
     SDBUS: ("roundtrip_sdbus", True, []),
     REMOTE: ("roundtrip_remoteobjects", False, []),
     RAW: ("roundtrip_raw", False, []),
+    PLAIN: ("roundtrip_plain", False, []),
+    RAW_VALUES: ("roundtrip_rawvalues", False, []),
 }
 
-# title: clients, connections of each, requests of each, in flight, bytes of the answer, broadcast
+# Who serves several connections, and who lets the connections of one process take turns.
+ONE_CONNECTION = [RAW_VALUES]
+TURNING = [OURS, ONCE, JSON, JSON_LATER, PLAIN]
+
+# What is asked: one connection, all by a broadcast, or each in turn.
+ONE, BROADCAST, TURNS = 0, 1, 2
+
+
+class Round:
+    """What is measured under one title."""
+
+    def __init__(self, requests, in_flight, size, clients=1, connections=1, asked=ONE,
+                 of_server=False):
+        self.requests = requests  # of each client
+        self.in_flight = in_flight
+        self.size = size  # of an answer, bytes
+        self.clients = clients
+        self.connections = connections  # of each client
+        self.asked = asked
+        self.of_server = of_server  # its processor time alone: one client stands for many
+
+    def fits(self, name):
+        if self.of_server:
+            return name in TURNING
+        return name not in ONE_CONNECTION or self.clients * self.connections == 1
+
+
 ROUNDS = {
-    "1 in flight": (1, 1, 1000, 1, 500, 0),
-    "64 in flight": (1, 1, 3000, 64, 500, 0),
-    "8 clients": (8, 1, 250, 1, 500, 0),
-    "1 KiB answers": (1, 1, 800, 1, 1 << 10, 0),
-    "64 KiB answers": (1, 1, 40, 1, 64 << 10, 0),
-    "1 MiB answers": (1, 1, 4, 1, 1 << 20, 0),
-    "16 MiB answers": (1, 1, 1, 1, 16 << 20, 0),
-    "broadcast to 50": (1, 50, 20, 1, 500, 1),
+    "1 in flight": Round(1000, 1, 500),
+    "64 in flight": Round(3000, 64, 500),
+    "8 clients": Round(250, 1, 500, clients=8),
+    "1 KiB answers": Round(800, 1, 1 << 10),
+    "64 KiB answers": Round(40, 1, 64 << 10),
+    "256 KiB answers": Round(16, 1, 256 << 10),
+    "1 MiB answers": Round(4, 1, 1 << 20),
+    "16 MiB answers": Round(1, 1, 16 << 20),
+    "broadcast to 50": Round(20, 1, 500, connections=50, asked=BROADCAST),
 }
+for count in (1, 10, 100, 1000):
+    ROUNDS[f"server's time, 1 of {count} clients active"] = Round(
+        1000, 1, 500, connections=count, of_server=True)
+for count in (10, 100, 1000):
+    ROUNDS[f"server's time, {count} active clients"] = Round(
+        2000, 8, 500, connections=count, asked=TURNS, of_server=True)
 
 
 class Process:
@@ -110,19 +147,21 @@ class Transport:
             known.append(self.start("client", connections))
         return known[:count]
 
-    def run(self, wall, clients, connections, requests, in_flight, size, broadcast):
+    def run(self, wall, what):
         """Nanoseconds for one request or broadcast."""
-        processes = self.clients_for(clients, connections)
-        pids = [p.process.pid for p in (self.server, *processes)] + self.others
+        processes = self.clients_for(what.clients, what.connections)
+        pids = [self.server.process.pid]
+        if not what.of_server:
+            pids += [p.process.pid for p in processes] + self.others
         used = sum(map(processor_time, pids))
         for process in processes:
-            process.tell(f"{requests} {in_flight} {size} {broadcast}")
+            process.tell(f"{what.requests} {what.in_flight} {what.size} {what.asked}")
         times = [tuple(map(int, process.line().split())) for process in processes]
         used = sum(map(processor_time, pids)) - used
         for log in self.folder.glob("*er*_*"):  # the logs would fill the disk
             os.truncate(log, 0)
         begin, end = min(t[0] for t in times), max(t[1] for t in times)
-        return (end - begin if wall else used) / (requests * clients)
+        return (end - begin if wall else used) / (what.requests * what.clients)
 
     def stop_clients(self, connections):
         for process in self.clients.pop(connections, []):
@@ -182,15 +221,18 @@ def main():
                                              bus.pid)
             else:
                 print(f"{name}: not built, its packages are missing")
-        for title, parameters in ROUNDS.items():
+        for title, what in ROUNDS.items():
             if options.only not in title:
                 continue
-            times = {name: [] for name in transports}
+            times = {name: [] for name in transports if what.fits(name)}
             for repetition in range(-1, options.repetitions):
-                for name, transport in transports.items():
-                    time = transport.run(options.wall, *parameters)
+                for name, values in times.items():
+                    time = transports[name].run(options.wall, what)
                     if repetition >= 0:  # the one before warms up
-                        times[name].append(time)
+                        values.append(time)
+            if what.of_server:  # no other round is to have so many clients
+                for name in times:
+                    transports[name].stop_clients(what.connections)
             print_table(title, times)
     except BaseException:
         for errors in folder.glob("*/*/errors"):
