@@ -117,37 +117,63 @@ std::atomic<CLog*> CLog::m_pIns{nullptr};
 struct CLogPrivate
 {
     bool initialised = false;
-    LogSettings settings;
+    const LogSettings defaults;
+    LogSettings read;
+    // The defaults until Init() has read others: log calls of other threads may come earlier.
+    std::atomic<const LogSettings*> m_settings{&defaults};
     QString m_strFile;
     ErrorCodeTable codes;
     LogQueue queue;
 
-    // Receivers of WriteLog() that came so far, and how many of them are the queue: none, or one
-    // from Init() on.
+    // From Init() on. Lines that come earlier have no writer and are lost.
+    std::atomic<bool> takesLines{false};
+
+    // Receivers of WriteLog() that came so far. The queue is the first.
     std::atomic<int> receivers{0};
-    int ownReceivers = 0;
+
+    const LogSettings& settings() const { return *m_settings.load(std::memory_order_acquire); }
 
     // The queue alone waits for lines: they need not become text and a signal first.
     bool goesToFileOnly() const
     {
-        return ownReceivers == 1 && receivers.load(std::memory_order_relaxed) == 1 && !echoes();
+        return receivers.load(std::memory_order_relaxed) == 1 && !echoes();
     }
 
     // A switched off debug output shows nothing, but building its text costs more than the line.
+    // At the end of the process, when Qt has taken itself down, there is no debug output.
     bool echoes() const
     {
-        return settings.debug && QLoggingCategory::defaultCategory()->isDebugEnabled();
+        if (!settings().debug)
+            return false;
+        const QLoggingCategory* const category = QLoggingCategory::defaultCategory();
+        return category && category->isDebugEnabled();
     }
 
     void push(const LogBytes& line, bool newLine)
     {
-        queue.push(line.constData(), static_cast<std::size_t>(line.size()), newLine);
+        if (takesLines.load(std::memory_order_relaxed))
+            queue.push(line.constData(), static_cast<std::size_t>(line.size()), newLine);
     }
 };
 
 CLog::CLog()
     : d(std::make_unique<CLogPrivate>())
 {
+    connect(
+        this, &CLog::WriteLog, this,
+        [this](const QString& text, bool newLine) {
+            LogBytes line;
+            appendText(&line, text);
+            d->push(line, newLine);
+        },
+        Qt::DirectConnection);
+    connect(
+        this, &CLog::flushLog, this,
+        [this] {
+            if (d->takesLines)
+                d->queue.pushFlush();
+        },
+        Qt::DirectConnection);
 }
 
 CLog::~CLog()
@@ -196,24 +222,16 @@ void CLog::Init(const char* name)
     const QString iniFile =
         CApplicationPaths::getResourcePath() + QLatin1String("/Data/LogFile.ini");
     const QString file = name ? QFile::decodeName(name) : QString();
-    d->settings = readLogSettings(iniFile, file, QDate::currentDate());
-    if (!d->settings.valid)
+    d->read = readLogSettings(iniFile, file, QDate::currentDate());
+    d->m_settings.store(&d->read, std::memory_order_release);
+    const LogSettings& settings = d->read;
+    if (!settings.valid)
         return;
-    d->m_strFile = d->settings.file;
+    d->m_strFile = settings.file;
     GetErrorCode(iniFile);
-    connect(
-        this, &CLog::WriteLog, this,
-        [this](const QString& text, bool newLine) {
-            LogBytes line;
-            appendText(&line, text);
-            d->push(line, newLine);
-        },
-        Qt::DirectConnection);
-    d->ownReceivers = 1;
-    connect(
-        this, &CLog::flushLog, this, [this] { d->queue.pushFlush(); }, Qt::DirectConnection);
-    d->queue.setDelay(d->settings.flush ? std::chrono::milliseconds(0) : gatherTime);
-    d->queue.setLimit(static_cast<std::size_t>(d->settings.maxQueue));
+    d->queue.setDelay(settings.flush ? std::chrono::milliseconds(0) : gatherTime);
+    d->queue.setLimit(static_cast<std::size_t>(settings.maxQueue));
+    d->takesLines = true;
     start(QThread::InheritPriority);
     d->queue.waitAttached(startLimit);
 }
@@ -222,8 +240,8 @@ void CLog::Init(const char* name)
 void CLog::run()
 {
     assertThat(!d->m_strFile.isEmpty(), "!m_strFile.isEmpty()", kLogSource, __LINE__);
-    CLogObject writer(d->m_strFile, d->settings.append, d->settings.debug, d->settings.flush,
-                      nullptr);
+    const LogSettings& settings = d->settings();
+    CLogObject writer(d->m_strFile, settings.append, settings.debug, settings.flush, nullptr);
     QAbstractEventDispatcher* dispatcher = QAbstractEventDispatcher::instance();
     LogQueue::Batch batch;
     const auto writeWaiting = [&] {
@@ -246,7 +264,7 @@ void CLog::run()
 
 bool CLog::IsValid() const
 {
-    return d->settings.valid;
+    return d->settings().valid;
 }
 
 void CLog::connectNotify(const QMetaMethod& signal)
@@ -270,25 +288,25 @@ void CLog::writeLine(const QString& line)
 
 void CLog::Write(const char* text)
 {
-    if (!d->settings.valid)
+    if (!d->settings().valid)
         return;
     if (d->goesToFileOnly()) {
         LogBytes line;
-        appendMessage(&line, text, d->settings.addTime);
+        appendMessage(&line, text, d->settings().addTime);
         d->push(line, true);
         return;
     }
     QString line;
-    appendMessage(&line, text, d->settings.addTime);
+    appendMessage(&line, text, d->settings().addTime);
     writeLine(line);
 }
 
 void CLog::Write(int code, const char* text)
 {
-    if (!d->settings.valid)
+    if (!d->settings().valid)
         return;
     QString line;
-    appendMessage(&line, text, d->settings.addTime);
+    appendMessage(&line, text, d->settings().addTime);
     line += QLatin1String(" Error code:");
     appendNumber(&line, code, 16);
     line += QLatin1Char(' ');

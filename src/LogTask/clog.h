@@ -24,14 +24,16 @@ extern WZRFRAMEWORK_EXPORT std::atomic<bool> g_bLog;
 /// runs, or after it was found switched off, changes nothing.
 WZRFRAMEWORK_EXPORT bool InitLog(const char* name);
 
-/// Logs a printf-style message, cut to 1023 bytes of UTF-8 (a character is never cut in two).
+/// Logs a printf-style message, cut to 1023 bytes of UTF-8 (a character is never cut in two). Where
+/// the format breaks off, as in "Progress 100%", the message ends.
 WZRFRAMEWORK_EXPORT void Log(const char* format, ...) Q_ATTRIBUTE_FORMAT_PRINTF(1, 2);
 
 /// Logs like Log() and adds the code in hexadecimal and its text from the error-code table.
 WZRFRAMEWORK_EXPORT void LogErr(int code, const char* format, ...) Q_ATTRIBUTE_FORMAT_PRINTF(2, 3);
 
 /// Does its work only while the log is *off*, when no writer takes the line: it reaches the debug
-/// output and no file. The inverted test is meant. At most 1048575 bytes.
+/// output and no file. The inverted test is meant. At most 1048575 bytes. Other threads may call it
+/// while InitLog() or DestroyLog() runs.
 WZRFRAMEWORK_EXPORT void LogDebug(const char* format, ...) Q_ATTRIBUTE_FORMAT_PRINTF(1, 2);
 
 /// Asks the log thread to write out all lines logged so far and returns at once.

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <string>
 
 namespace {
 
@@ -86,6 +87,28 @@ bool formatSimply(Output* output, const char* format, va_list* arguments)
     }
 }
 
+// What the C library makes of the format and `arguments`; false when it cannot show all of it.
+bool formatFully(char* buffer, std::size_t size, const char* format, va_list arguments)
+{
+    va_list used;
+    va_copy(used, arguments);
+    const int length = std::vsnprintf(buffer, size, format, used);
+    va_end(used);
+    return length >= 0;
+}
+
+// For a format that cannot be shown: the longest part before a '%' that can. The last directive is
+// the first to go.
+void formatBeginning(char* buffer, std::size_t size, std::string format, va_list arguments)
+{
+    bool done = false;
+    while (!done) {
+        const auto last = format.rfind('%');
+        format.resize(last == std::string::npos ? 0 : last);
+        done = formatFully(buffer, size, format.c_str(), arguments);
+    }
+}
+
 } // namespace
 
 std::size_t formatText(char* buffer, std::size_t size, const char* format, va_list arguments)
@@ -100,7 +123,7 @@ std::size_t formatText(char* buffer, std::size_t size, const char* format, va_li
     va_end(tried);
     if (done)
         return output.finish();
-    if (std::vsnprintf(buffer, size, format, arguments) < 0)
-        buffer[0] = '\0';
+    if (!formatFully(buffer, size, format, arguments))
+        formatBeginning(buffer, size, format, arguments);
     return std::strlen(buffer);
 }

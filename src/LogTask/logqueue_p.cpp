@@ -32,6 +32,18 @@ void LogQueue::Batch::clear()
     flushes.clear();
 }
 
+void LogQueue::setDelay(std::chrono::milliseconds delay)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_delay = delay;
+}
+
+void LogQueue::setLimit(std::size_t bytes)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_limit = bytes;
+}
+
 void LogQueue::push(const char* text, std::size_t size, bool newLine)
 {
     const std::unique_lock<std::mutex> lock = lockSoon(m_mutex);

@@ -33,10 +33,10 @@ public:
     };
 
     /// How long gather() waits. 0 wakes the log thread for each line.
-    void setDelay(std::chrono::milliseconds delay) { m_delay = delay; }
+    void setDelay(std::chrono::milliseconds delay);
     /// How many bytes may wait; 0 sets no limit. A line that finds no room is lost. How many were
     /// is written in their place.
-    void setLimit(std::size_t bytes) { m_limit = bytes; }
+    void setLimit(std::size_t bytes);
 
     /// A text as the file has it, with "\r\n" after it when `newLine` is true.
     void push(const char* text, std::size_t size, bool newLine);

@@ -12,6 +12,8 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -92,12 +94,34 @@ const std::map<std::string, Action>& actions()
     return all;
 }
 
+// What its destructor does happens after main(), when Qt has taken down its globals: those are
+// made later than this one.
+class AtEnd
+{
+public:
+    ~AtEnd()
+    {
+        for (const auto& [action, value] : m_actions)
+            action(value);
+    }
+    void add(const Action& action, const std::string& value)
+    {
+        m_actions.emplace_back(action, value);
+    }
+
+private:
+    std::vector<std::pair<Action, std::string>> m_actions;
+};
+
+AtEnd atEnd;
+
 } // namespace
 
 int main(int argc, char* argv[])
 {
     std::unique_ptr<QCoreApplication> application;
     std::unique_ptr<CLogFile> begunEarly;
+    bool isAtEnd = false;
     for (int i = 1; i < argc; ++i) {
         const std::string argument = argv[i];
         const auto equals = argument.find('=');
@@ -113,6 +137,10 @@ int main(int argc, char* argv[])
         } else if (name == "end") {
             *begunEarly << value.c_str();
             begunEarly.reset();
+        } else if (name == "atend") { // from here on
+            isAtEnd = true;
+        } else if (isAtEnd) {
+            atEnd.add(actions().at(name), value);
         } else if (actions().count(name)) {
             actions().at(name)(value);
         } else {

@@ -48,6 +48,8 @@ private Q_SLOTS:
     void endsTwice();
     void startsAgainAfterItsEnd();
     void worksWithoutAndAcrossAnApplicationObject();
+    void takesCallsAfterTheEndOfQt_data();
+    void takesCallsAfterTheEndOfQt();
     void stopsTheProcessOnAnEmptyPath();
     void losesLinesOfAFileThatCannotBeOpened();
 
@@ -401,6 +403,37 @@ void tst_CLog::worksWithoutAndAcrossAnApplicationObject()
     QCOMPARE(lines(), QByteArray("\xC3\xA9\r\nflush to file \r\n\xC3\xA9\r\n\xC3\xA9\r\n"));
     // Nothing but the echo: Qt has no complaint about the missing object.
     QCOMPARE(result.err, QByteArray("\xC3\xA9\n\xC3\xA9\n\xC3\xA9\n"));
+}
+
+void tst_CLog::takesCallsAfterTheEndOfQt_data()
+{
+    QTest::addColumn<QStringList>("during");
+    QTest::addColumn<QStringList>("atEnd");
+    QTest::addColumn<QByteArray>("written");
+    const QStringList all = {"log=b", "err=26:b", "stream=b,1", "number=5", "flush"};
+    const QByteArray line = startBanner + "T a\r\n";
+    const QByteArray late = "T b\r\nT b Error code:1a \r\nT M b 1 \r\n5\r\nflush to file \r\n";
+    QTest::newRow("log on") << QStringList("app") << all + QStringList("written") << line + late;
+    QTest::newRow("log ends there")
+        << QStringList() << all + QStringList("destroy") << line + late + endBanner;
+    QTest::newRow("log ended before")
+        << QStringList("destroy") << all + QStringList("debug=b") << line + endBanner;
+}
+
+// A global object of the program that logs in its destructor.
+void tst_CLog::takesCallsAfterTheEndOfQt()
+{
+    QFETCH(QStringList, during);
+    QFETCH(QStringList, atEnd);
+    QFETCH(QByteArray, written);
+    for (const QByteArray echo : {"DEBUG=true\n", "DEBUG=false\n"}) {
+        setSettings("TYPE=1\n" + echo);
+        const Result result = run(QStringList{"initpath=" + path(), "log=a"} + during +
+                                  QStringList("atend") + atEnd + QStringList("say=ended"));
+        QVERIFY2(result.code == 0, result.err.constData());
+        QVERIFY2(result.out.endsWith("ended\n"), result.out.constData());
+        QCOMPARE(log(), written);
+    }
 }
 
 void tst_CLog::stopsTheProcessOnAnEmptyPath()

@@ -8,15 +8,31 @@ namespace {
 
 constexpr std::size_t room = 64;
 
+QByteArray formattedList(const char* format, va_list arguments)
+{
+    char buffer[room];
+    const std::size_t length = formatText(buffer, sizeof buffer, format, arguments);
+    return buffer[length] == '\0' ? QByteArray(buffer, int(length)) : "no end";
+}
+
 // Everything after the format, as Log() hands it on.
 Q_ATTRIBUTE_FORMAT_PRINTF(1, 2) QByteArray formatted(const char* format, ...)
 {
-    char buffer[room];
     va_list arguments;
     va_start(arguments, format);
-    const std::size_t length = formatText(buffer, sizeof buffer, format, arguments);
+    const QByteArray result = formattedList(format, arguments);
     va_end(arguments);
-    return buffer[length] == '\0' ? QByteArray(buffer, int(length)) : "no end";
+    return result;
+}
+
+// The same for formats that the compiler would refuse.
+QByteArray formattedAs(const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    const QByteArray result = formattedList(format, arguments);
+    va_end(arguments);
+    return result;
 }
 
 } // namespace
@@ -51,6 +67,17 @@ private Q_SLOTS:
         QCOMPARE(formatted("%s%d", text.left(62).constData(), 12), QByteArray(62, 'x') + "1");
         QCOMPARE(formatted("%100s", "a"), QByteArray(63, ' '));
         QCOMPARE(formatted("%s%s%s", text.left(63).constData(), "", "y"), QByteArray(63, 'x'));
+    }
+
+    void keepsWhatStandsBeforeAFormatBreaksOff()
+    {
+        QCOMPARE(formattedAs("Progress 100%"), QByteArray("Progress 100"));
+        QCOMPARE(formattedAs("%s, %d%", "a", 5), QByteArray("a, 5"));
+        QCOMPARE(formattedAs("%05.1f of 100%% or 100%", 2.25), QByteArray("002.2 of 100% or 100"));
+        QCOMPARE(formattedAs("%"), QByteArray());
+        const wchar_t none[] = {wchar_t(0xD800), 0}; // half a character
+        QCOMPARE(formattedAs("%d: %ls, %d", 1, none, 2), QByteArray("1: "));
+        QCOMPARE(formattedAs("%100d%", 5), QByteArray(63, ' '));
     }
 
     void showsNothingWithoutAFormat()

@@ -4,6 +4,7 @@
 #include "Ipc/ipcserver.h"
 
 #include <QFile>
+#include <QLocalSocket>
 #include <QRegularExpression>
 #include <QUuid>
 #include <QtTest>
@@ -51,6 +52,7 @@ private Q_SLOTS:
     void cleanup();
     void everyFrameIsWhatTheClientSends();
     void everyFrameArrivesWhole();
+    void aCutMessageMakesOthersArriveTwice();
     void bodiesAreWhatTheySay();
     void theMadeUpAnswerIsWhatThePageShows();
     void theTableNamesTheKeysOfTheFrames();
@@ -125,6 +127,30 @@ void tst_wiredoc::everyFrameArrivesWhole()
         if (!texts.at(i).contains("\\u005f"))
             QCOMPARE(m_atClient.at(i), texts.at(i));
     }
+}
+
+void tst_wiredoc::aCutMessageMakesOthersArriveTwice()
+{
+    QLocalSocket peer;
+    peer.connectToServer(m_name);
+    QVERIFY(peer.waitForConnected());
+    const QByteArray frame = "__BEGIN__{\"IPCMSG_TYPE\":\"%\"}\n__END__";
+    const auto named = [&frame](const char* name) { return QByteArray(frame).replace("%", name); };
+    // Together, so that one read gets them all.
+    peer.write("__BEGIN__{\"IPCMSG_TYPE\":\"CUT\",\"IPCMSG_USER_DATA\":\"not __END__ yet\"}\n"
+               "__END__" +
+               named("SECOND") + named("THIRD"));
+    QTRY_VERIFY(!m_atServer.isEmpty());
+    peer.write(named("FOURTH"));
+    QTRY_VERIFY(m_atServer.last().contains("FOURTH"));
+
+    QStringList types;
+    for (const QString& body : m_atServer) {
+        CDataValue value;
+        if (CDataValue::parseToDataValue(body, value))
+            types << value.mapGet("IPCMSG_TYPE").asQString();
+    }
+    QCOMPARE(types, (QStringList{"SECOND", "THIRD", "THIRD", "FOURTH"}));
 }
 
 void tst_wiredoc::bodiesAreWhatTheySay()

@@ -2,7 +2,9 @@
 #define TESTS_PROCESS_CONNECTIONMANAGER_H
 
 #include "support/childprocess.h"
+#include "support/testfile.h"
 
+#include <QDir>
 #include <QTemporaryDir>
 
 #include <memory>
@@ -40,15 +42,30 @@ public:
         return start(HELPER_DASHBOARD, arguments, "dashboard ready");
     }
 
+    /// Any of the programs, without waiting for it.
+    Process start(const QString& program, const QStringList& arguments = {})
+    {
+        const QString log = m_folder.filePath(QString("log%1").arg(++m_started));
+        return std::make_unique<ChildProcess>(program, arguments + QStringList{"--log", log},
+                                              m_folder.path());
+    }
+
     /// The path of a socket or of a modem's line.
     QString socket(const QString& name) const { return m_folder.filePath(name); }
+    /// What stands in the logs of all processes; one that runs may not have written everything yet.
+    QByteArray logs() const
+    {
+        QByteArray logs;
+        const QDir folder(m_folder.path());
+        for (const QString& name : folder.entryList({"log*"}, QDir::Files))
+            logs += TestFile::read(folder.filePath(name));
+        return logs;
+    }
 
 private:
     Process start(const QString& program, const QStringList& arguments, const QByteArray& ready)
     {
-        const QString log = m_folder.filePath(QString("log%1").arg(++m_started));
-        auto process = std::make_unique<ChildProcess>(
-            program, arguments + QStringList{"--log", log}, m_folder.path());
+        Process process = start(program, arguments);
         if (!process->says(ready))
             qFatal("%s does not get ready", qPrintable(program));
         return process;

@@ -19,7 +19,6 @@ private Q_SLOTS:
     void endsTheControllerThatIsAlone();
     void doesNotWaitForAClientThatVanishedWhileItAsked();
     void endsCleanlyWhenTerminated();
-    void refusesWrongUsage();
 };
 
 void tst_connectionmanagerlifecycle::waitsForAControllerThatStartsLate()
@@ -206,18 +205,6 @@ void tst_connectionmanagerlifecycle::endsCleanlyWhenTerminated()
     QCOMPARE(service->exitCode(), 0);
     controller->terminate();
     QCOMPARE(controller->exitCode(), 0);
-}
-
-void tst_connectionmanagerlifecycle::refusesWrongUsage()
-{
-    const QTemporaryDir folder;
-    QCOMPARE(ChildProcess(HELPER_DASHBOARD, {"--reports", "many"}, folder.path()).exitCode(), 2);
-    for (const QStringList& wrong :
-         {QStringList{"--pace", "x"}, {"--timeout", "0"}, {"--retry", "-1"}, {"--baud", "115200"}})
-        QCOMPARE(ChildProcess(HELPER_DEVICESERVICE, wrong, folder.path()).exitCode(), 2);
-    QCOMPARE(ChildProcess(HELPER_APPLICATIONCONTROLLER, {"--device", "nameless"}, folder.path())
-                 .exitCode(),
-             2);
 }
 
 QTEST_GUILESS_MAIN(tst_connectionmanagerlifecycle)

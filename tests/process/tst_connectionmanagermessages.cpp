@@ -33,6 +33,7 @@ private Q_SLOTS:
     void deletesAgainAfterACancel();
     void forgetsACancelThatCameTooLate();
     void reportsANewMessage();
+    void carriesTheEndMarkerInAMessage();
     void findsThatThereIsNoRoomForMessages();
     void addsToThePhonebookUntilItIsFull();
     void asksTheNetworkByUssd();
@@ -121,6 +122,22 @@ void tst_connectionmanagermessages::reportsANewMessage()
         "* Message     9 unread from +15550106, 17/05/2024 12:09: Grüße, zum Mittag?";
     QCOMPARE(running.dashboard->lineWith("* Message"), line);
     QCOMPARE(second->lineWith("* Message"), line);
+}
+
+void tst_connectionmanagermessages::carriesTheEndMarkerInAMessage()
+{
+    Running running;
+    running.manager.modem().enter("message +15550106 cut __END__ here");
+    QVERIFY(running.dashboard->says("17/05/2024 12:09: cut __END__ here"));
+    running.dashboard->enter("messages");
+    QVERIFY(running.dashboard->says("Messages      9 messages"));
+    QVERIFY(running.dashboard->says("              9 read from +15550106, 17/05/2024 12:09: "
+                                    "cut __END__ here"));
+    running.dashboard->enter("phonebook");
+    QVERIFY(running.dashboard->says("Phonebook     room for entries"));
+    // No answer came twice: two lines when it had asked everything, two now.
+    QCOMPARE(running.dashboard->output().count("\nMessages      "), 4);
+    QCOMPARE(running.dashboard->output().count("\nPhonebook     "), 4);
 }
 
 void tst_connectionmanagermessages::findsThatThereIsNoRoomForMessages()

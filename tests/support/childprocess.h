@@ -45,7 +45,8 @@ public:
         {
         }
 
-        /// Local sockets are here, too: programs with different folders do not see each other.
+        /// Local sockets and locks are here, too: programs with different folders do not see each
+        /// other.
         QString temporaryFolder;
         QString workingFolder;
         QString outputFile; ///< takes the standard output, which then cannot be waited for
@@ -111,6 +112,9 @@ public:
             m_process.waitForBytesWritten(kWaitMs); // no event loop does it
     }
 
+    /// Ends the program's standard input, behind what was entered.
+    void closeInput() { m_process.closeWriteChannel(); }
+
     bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
 
     /// Waits until the program has ended by itself.
@@ -141,6 +145,7 @@ private:
         if (!surroundings.temporaryFolder.isEmpty()) {
             QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
             environment.insert("TMPDIR", surroundings.temporaryFolder);
+            environment.insert("XDG_RUNTIME_DIR", surroundings.temporaryFolder);
             m_process.setProcessEnvironment(environment);
         }
         if (!surroundings.workingFolder.isEmpty())

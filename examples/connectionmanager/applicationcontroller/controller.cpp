@@ -21,9 +21,9 @@ Controller::Controller(QObject* parent)
     connect(&m_server, &IPCServer::sigMessageReceived, this, &Controller::receive);
 }
 
-void Controller::listen()
+void Controller::listen(const QString& socketName)
 {
-    m_server.startListen(QStringLiteral("applicationcontroller"));
+    m_server.startListen(socketName);
 }
 
 void Controller::plug(const QString& deviceName, const QString& deviceID)
@@ -53,7 +53,7 @@ void Controller::quit()
 void Controller::broadcast(const char* messageID)
 {
     const CDataValue notice = Envelope::report(QLatin1String(messageID), 0, CDataValue());
-    m_server.broadcastMsg(notice.parseToQString(FAST_STYLE));
+    m_server.broadcastMsg(Envelope::text(notice));
 }
 
 void Controller::forget(int clientID)
@@ -86,7 +86,7 @@ void Controller::receive(const QString& text, int clientID)
     else if (messageID == QLatin1String(ControllerMessage::GetMultDevID))
         errorCode = answerGetMultDevID(request, response, m_devices);
     const CDataValue answer = Envelope::answer(request, errorCode, response);
-    m_server.sendResponse(answer.parseToQString(FAST_STYLE), clientID);
+    m_server.sendResponse(Envelope::text(answer), clientID);
 }
 
 // The payload is the client's name.

@@ -10,7 +10,7 @@
 
 /// The application controller: knows which devices are plugged in and which processes take part.
 ///
-/// It serves the local socket "applicationcontroller". The other processes introduce themselves
+/// The other processes introduce themselves
 /// by a name, ask for the IDs of devices by their names (a device's ID is the name of the socket
 /// that its device service listens on), and are told when a device was unplugged and when
 /// everybody is to quit. Their side is the library's ApplicationContorllerClient.
@@ -21,7 +21,8 @@ class Controller : public QObject
 public:
     explicit Controller(QObject* parent = nullptr);
 
-    void listen();
+    /// Serves the local socket of that name.
+    void listen(const QString& socketName);
 
     /// From now on the device is found under its name. Nobody is told: processes that miss a
     /// device ask again.

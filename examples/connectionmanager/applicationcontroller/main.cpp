@@ -5,21 +5,23 @@
 //     quit            everybody is to end; then this process ends too
 
 #include "applicationcontroller/controller.h"
+#include "common/commandline.h"
 #include "common/console.h"
 #include "common/demomessages.h"
+#include "common/exitstatus.h"
 #include "common/personalisation.h"
 #include "common/process.h"
 #include "common/startcount.h"
+#include "singleapplication/qtsinglecoreapplication.h"
 
-#include <QCommandLineParser>
-#include <QCoreApplication>
 #include <QTimer>
 
 #include <algorithm>
 
 namespace {
 
-constexpr int QuitWithinMs = 5000; // how long the others may take to end
+constexpr char kSocketName[] = "applicationcontroller";
+constexpr int kQuitWithinMs = 5000; // how long the others may take to end
 
 // "NAME=ID"
 bool isDevice(const QString& text)
@@ -53,9 +55,9 @@ QMap<QString, QString> devicesOf(const QStringList& options)
 
 void quit(Controller& controller)
 {
-    QTimer::singleShot(QuitWithinMs, &controller, [] {
+    QTimer::singleShot(kQuitWithinMs, &controller, [] {
         Console::say(QStringLiteral("some processes have not ended"));
-        QCoreApplication::exit(1);
+        QCoreApplication::exit(ExitStatus::Failed);
     });
     controller.quit();
 }
@@ -77,29 +79,31 @@ void obey(Controller& controller, const QString& line)
         Console::say(QStringLiteral("cannot do: %1").arg(line));
 }
 
+QList<QCommandLineOption> commandLineOptions()
+{
+    const auto text = [](const char* value) { return QString::fromLatin1(value); };
+    return {{text("device"), text("A device that is plugged in; may be given several times."),
+             text("NAME=ID")},
+            {text("no-save"), text("Do not save the user's configuration.")},
+            {text("log"), text("Log file."), text("FILE")}};
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
 {
-    QCoreApplication application(argc, argv);
-    QCommandLineParser options;
-    options.setApplicationDescription(QStringLiteral("Application controller of the demo."));
-    options.addHelpOption();
-    options.addOptions(
-        {{QStringLiteral("device"),
-          QStringLiteral("A device that is plugged in; may be given several times."),
-          QStringLiteral("NAME=ID")},
-         {QStringLiteral("no-save"), QStringLiteral("Do not save the user's configuration.")},
-         {QStringLiteral("log"), QStringLiteral("Log file."), QStringLiteral("FILE")}});
-    options.process(application);
-
-    const QStringList devices = options.values(QStringLiteral("device"));
+    CommandLine line("Application controller of the demo.", commandLineOptions(), argc, argv);
+    const QStringList devices = line.values("device");
     if (!std::all_of(devices.cbegin(), devices.cend(), isDevice))
-        options.showHelp(2);
+        line.refuse(QStringLiteral("--device takes NAME=ID."));
+    QtSingleCoreApplication application(instanceID(QLatin1String(kSocketName)), argc, argv);
+    if (const auto status = line.exitStatus())
+        return *status;
+    const ProcessLife life(line.value("log"));
+    if (isTaken(application))
+        return ExitStatus::AlreadyRunning;
 
-    const ProcessLife life(options.value(QStringLiteral("log")));
-    const StartCount starts(QStringLiteral("ApplicationController"),
-                            !options.isSet(QStringLiteral("no-save")));
+    const StartCount starts(QStringLiteral("ApplicationController"), !line.isSet("no-save"));
     Controller controller;
     QObject::connect(&controller, &Controller::happened, &Console::say);
     // Not at once: what the last client was sent is still on its way through the sockets.
@@ -111,8 +115,8 @@ int main(int argc, char* argv[])
 
     Console console;
     QObject::connect(&console, &Console::entered, &controller,
-                     [&controller](const QString& line) { obey(controller, line); });
-    controller.listen();
+                     [&controller](const QString& text) { obey(controller, text); });
+    controller.listen(QLatin1String(kSocketName));
     Console::say(QStringLiteral("applicationcontroller ready, start %1").arg(starts.number()));
-    return QCoreApplication::exec();
+    return Console::exitStatus(QCoreApplication::exec());
 }

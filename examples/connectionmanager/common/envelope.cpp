@@ -2,6 +2,8 @@
 
 namespace {
 
+const QLatin1String kEndMarker("__END__");
+
 void copyMember(const char* key, CDataValue& from, CDataValue& to)
 {
     if (from.mapIsMember(key))
@@ -36,9 +38,19 @@ bool Envelope::read(const QString& text, CDataValue& envelope)
            envelope.mapIsMember("IPCMSG_TYPE") && envelope.mapGet("IPCMSG_TYPE").isString();
 }
 
+QString Envelope::text(const CDataValue& envelope)
+{
+    const QString escaped = QStringLiteral("\\u005f");
+    QString text = envelope.parseToQString(FAST_STYLE);
+    // End markers can overlap: "__END__END__".
+    for (auto at = text.indexOf(kEndMarker); at >= 0; at = text.indexOf(kEndMarker, at))
+        text.replace(at, 1, escaped);
+    return text;
+}
+
 QString Envelope::frame(const QString& text)
 {
     QString shown = text;
     shown.replace(QLatin1Char('\n'), QLatin1String("\\n"));
-    return QLatin1String("__BEGIN__") + shown + QLatin1String("__END__");
+    return QLatin1String("__BEGIN__") + shown + kEndMarker;
 }

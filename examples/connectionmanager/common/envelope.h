@@ -19,6 +19,10 @@ CDataValue report(const QString& messageID, int errorCode, const CDataValue& dat
 /// Reads `text` into `envelope`. False when it is no map with a text under "IPCMSG_TYPE".
 bool read(const QString& text, CDataValue& envelope);
 
+/// The envelope as it is sent: JSON on one line. An end marker inside a text would end the message
+/// there, so a character of it is written as an escape, which every reader of JSON undoes.
+QString text(const CDataValue& envelope);
+
 /// The message as it stands on the wire, between its markers, on one line for people to read: the
 /// line feed at the end of the JSON text is shown as "\n".
 QString frame(const QString& text);

@@ -4,11 +4,14 @@
 #include "MessageCenter/messagecenter.h"
 #include "PersoManager/persomanager.h"
 #include "appglobal/mainappglobal.h"
+#include "common/console.h"
 #include "common/userconfig.h"
 #include "deviceservice_global.h"
+#include "singleapplication/qtsinglecoreapplication.h"
 
-#include <QCoreApplication>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QLoggingCategory>
 #include <QSocketNotifier>
 
@@ -61,4 +64,22 @@ ProcessLife::~ProcessLife()
     CMainAppGlobal::release();
     FlushLog();
     DestroyLog();
+}
+
+QString instanceID(const QString& socketName)
+{
+    const QString folder = QFileInfo(QDir::tempPath()).canonicalFilePath();
+    return QDir(folder).filePath(socketName);
+}
+
+bool isTaken(QtSingleCoreApplication& application)
+{
+    if (!application.isRunning())
+        return false;
+    const QString reason =
+        QStringLiteral("another process is running and serves %1").arg(application.id());
+    Console::complain(reason);
+    CLogFile() << "common/process"
+               << "isTaken" << reason;
+    return true;
 }

@@ -3,6 +3,8 @@
 
 #include <QString>
 
+class QtSingleCoreApplication;
+
 /// What every process of the demo does first and last:
 ///
 ///     int main(int argc, char* argv[])
@@ -26,5 +28,13 @@ public:
     ProcessLife(const ProcessLife&) = delete;
     ProcessLife& operator=(const ProcessLife&) = delete;
 };
+
+/// The id of the process that serves the local socket of that name. It is the socket's path, so
+/// that sets of processes with folders for temporary files of their own do not disturb each other.
+QString instanceID(const QString& socketName);
+
+/// Whether another process has this one's id and is running; says so on the error output and in
+/// the log. To be asked before anything is served: a second server takes the name over.
+bool isTaken(QtSingleCoreApplication& application);
 
 #endif

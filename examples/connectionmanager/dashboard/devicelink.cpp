@@ -118,5 +118,5 @@ void DeviceLink::traceReceiving(CDataValue* envelope)
 {
     Q_EMIT passed(m_client->isConnected() ? QStringLiteral("IPCClient received")
                                           : QStringLiteral("IPCClient answers itself"),
-                  Envelope::frame(envelope->parseToQString(FAST_STYLE)));
+                  Envelope::frame(Envelope::text(*envelope)));
 }

@@ -7,71 +7,73 @@
 //     network [NAME] | dial | hangup | ussd TEXT
 //     delete all | delete NUMBER... | cancel | add NUMBER NAME
 //
-// Exit codes: 0 done, 1 the device refused something, 2 wrong usage, 3 no answer in time (--once).
+// The end of standard input is a "quit". Exit statuses: exitstatus.h.
 
+#include "common/commandline.h"
 #include "common/console.h"
 #include "common/demomessages.h"
+#include "common/exitstatus.h"
 #include "common/process.h"
 #include "dashboard/dashboard.h"
 #include "dashboard/devicelink.h"
+#include "dashboard/pinfile.h"
 #include "dashboard/recordview.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QTimer>
 
 namespace {
-
-constexpr int Refused = 1;
-constexpr int WrongUsage = 2;
-constexpr int NoAnswer = 3;
 
 struct Options
 {
     QString name;
     QString deviceName;
     QString logFile;
+    QString pinFile;
     Dashboard::Plan plan;
     bool once = false;
     bool trace = false;
     int timeout = 0; // seconds
 };
 
-Options readOptions(const QCoreApplication& application)
+QList<QCommandLineOption> commandLineOptions()
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Console user interface of the demo."));
-    parser.addHelpOption();
-    const auto option = [&parser](const char* name, const char* description, const char* value = "",
-                                  const char* preset = "") {
-        parser.addOption({QLatin1String(name), QLatin1String(description), QLatin1String(value),
-                          QLatin1String(preset)});
-    };
-    option("name", "Name of this process.", "NAME", "dashboard");
-    option("device", "Name of the device.", "NAME", DefaultDeviceName);
-    option("pin", "PIN to enter when the SIM asks for it.", "PIN");
-    option("dial", "Connect to the internet.");
-    option("once", "Ask once, then end.");
-    option("reports", "With --once: end after so many reports.", "N", "0");
-    option("timeout", "With --once: seconds after which to give up.", "S", "30");
-    option("trace", "Print the messages as they travel.");
-    option("log", "Log file.", "FILE");
-    parser.process(application);
+    const auto text = [](const char* value) { return QString::fromLatin1(value); };
+    return {{text("name"), text("Name of this process."), text("NAME"), text("dashboard")},
+            {text("device"), text("Name of the device."), text("NAME"), text(DefaultDeviceName)},
+            {text("pin-file"),
+             text("File whose first line is the PIN to enter when the SIM asks for it; \"-\" is "
+                  "standard input."),
+             text("FILE")},
+            {text("pin"), text("The PIN itself; other users can read it in the list of processes."),
+             text("PIN")},
+            {text("dial"), text("Connect to the internet.")},
+            {text("once"), text("Ask once, then end.")},
+            {text("reports"), text("With --once: end only after this number of reports."),
+             text("N"), text("0")},
+            {text("timeout"), text("With --once: seconds after which to give up."), text("S"),
+             text("30")},
+            {text("trace"), text("Print the messages as they travel.")},
+            {text("log"), text("Log file."), text("FILE")}};
+}
 
-    bool isCount = false;
-    bool isTime = false;
+Options readOptions(CommandLine& line)
+{
+    constexpr int MostReports = 1000000;
+    constexpr int LongestS = 86400;
     Options options;
-    options.name = parser.value(QStringLiteral("name"));
-    options.deviceName = parser.value(QStringLiteral("device"));
-    options.logFile = parser.value(QStringLiteral("log"));
-    options.plan.pin = parser.value(QStringLiteral("pin"));
-    options.plan.dial = parser.isSet(QStringLiteral("dial"));
-    options.plan.reports = parser.value(QStringLiteral("reports")).toInt(&isCount);
-    options.once = parser.isSet(QStringLiteral("once"));
-    options.trace = parser.isSet(QStringLiteral("trace"));
-    options.timeout = parser.value(QStringLiteral("timeout")).toInt(&isTime);
-    if (!isCount || !isTime)
-        parser.showHelp(WrongUsage);
+    options.name = line.value("name");
+    options.deviceName = line.value("device");
+    options.logFile = line.value("log");
+    options.pinFile = line.value("pin-file");
+    options.plan.pin = line.value("pin");
+    options.plan.dial = line.isSet("dial");
+    options.plan.reports = line.number("reports", 0, MostReports);
+    options.once = line.isSet("once");
+    options.trace = line.isSet("trace");
+    options.timeout = line.number("timeout", 0, LongestS);
+    if (line.isSet("pin") && line.isSet("pin-file"))
+        line.refuse(QStringLiteral("--pin and --pin-file exclude each other."));
     return options;
 }
 
@@ -87,6 +89,9 @@ void connectParts(DeviceLink& link, Dashboard& dashboard, Console& console, cons
         Console::say(QStringLiteral("the controller wants everybody to quit"));
         QCoreApplication::quit();
     });
+    // A run that ends by itself needs no input.
+    if (!options.once)
+        QObject::connect(&console, &Console::ended, &dashboard, &QCoreApplication::quit);
     QObject::connect(&console, &Console::entered, &dashboard, [&dashboard](const QString& line) {
         if (line == QLatin1String("quit"))
             QCoreApplication::quit();
@@ -102,11 +107,12 @@ void connectParts(DeviceLink& link, Dashboard& dashboard, Console& console, cons
 
 void endAfterOneRound(Dashboard& dashboard, int timeout)
 {
-    QObject::connect(&dashboard, &Dashboard::finished,
-                     [](int failures) { QCoreApplication::exit(failures == 0 ? 0 : Refused); });
+    QObject::connect(&dashboard, &Dashboard::finished, [](int failures) {
+        QCoreApplication::exit(failures == 0 ? ExitStatus::Done : ExitStatus::Failed);
+    });
     QTimer::singleShot(timeout * 1000, &dashboard, [] {
         Console::say(QStringLiteral("no answer in time"));
-        QCoreApplication::exit(NoAnswer);
+        QCoreApplication::exit(ExitStatus::NoAnswer);
     });
 }
 
@@ -114,8 +120,17 @@ void endAfterOneRound(Dashboard& dashboard, int timeout)
 
 int main(int argc, char* argv[])
 {
-    QCoreApplication application(argc, argv);
-    const Options options = readOptions(application);
+    CommandLine line("Console user interface of the demo.", commandLineOptions(), argc, argv);
+    Options options = readOptions(line);
+    const QCoreApplication application(argc, argv);
+    if (const auto status = line.exitStatus())
+        return *status;
+    if (line.isSet("pin-file")) {
+        const auto pin = PinFile::read(options.pinFile);
+        if (!pin)
+            return ExitStatus::WrongUsage;
+        options.plan.pin = *pin;
+    }
     const ProcessLife life(options.logFile);
 
     // The view registers first, so an answer is shown before the dashboard acts on it.
@@ -129,5 +144,5 @@ int main(int argc, char* argv[])
 
     Console::say(QStringLiteral("dashboard ready"));
     link.start();
-    return QCoreApplication::exec();
+    return Console::exitStatus(QCoreApplication::exec());
 }

@@ -6,9 +6,11 @@
 // DeviceService_Global and look-ups in its values belong to one thread.
 
 #include "applicationcontorllerclient/applicationcontorllerclient.h"
+#include "common/commandline.h"
 #include "common/console.h"
 #include "common/controllerstatus.h"
 #include "common/demomessages.h"
+#include "common/exitstatus.h"
 #include "common/personalisation.h"
 #include "common/process.h"
 #include "common/startcount.h"
@@ -24,14 +26,12 @@
 #include "deviceservice/ussdplugin.h"
 #include "deviceservice/workqueue.h"
 #include "deviceservice_global.h"
+#include "singleapplication/qtsinglecoreapplication.h"
 
-#include <QCommandLineParser>
-#include <QCoreApplication>
 #include <QDir>
 #include <QMap>
 
 #include <memory>
-#include <optional>
 
 namespace {
 
@@ -46,21 +46,15 @@ struct Options
     bool save = true;
 };
 
-// The value of an option as a number of milliseconds, at least `least`; nothing when it is none.
-std::optional<int> milliseconds(const QCommandLineParser& parser, const char* option, int least)
-{
-    bool isNumber = false;
-    const int value = parser.value(QLatin1String(option)).toInt(&isNumber);
-    constexpr int Most = 60000;
-    return isNumber && value >= least && value <= Most ? std::optional<int>(value) : std::nullopt;
-}
-
-std::optional<BAUDRATE> baudRate(const QString& text)
+BAUDRATE baudRate(CommandLine& line)
 {
     const QMap<QString, BAUDRATE> rates{{QStringLiteral("9600"), BAUDRATE_9600},
                                         {QStringLiteral("19200"), BAUDRATE_19200},
                                         {QStringLiteral("38400"), BAUDRATE_38400}};
-    return rates.contains(text) ? std::optional<BAUDRATE>(rates.value(text)) : std::nullopt;
+    const QString rate = line.value("baud");
+    if (!rates.contains(rate))
+        line.refuse(QStringLiteral("--baud takes 9600, 19200 or 38400."));
+    return rates.value(rate, BAUDRATE_9600);
 }
 
 QList<QCommandLineOption> commandLineOptions()
@@ -74,42 +68,32 @@ QList<QCommandLineOption> commandLineOptions()
             {text("baud"), text("Speed of the line: 9600, 19200 or 38400."), text("RATE"),
              text("38400")},
             {text("timeout"),
-             text("Wait so many milliseconds for the answer to a simple command, and a multiple "
-                  "for slower ones."),
+             text("Milliseconds to wait for the answer to a simple command; slower commands have "
+                  "a multiple."),
              text("MS"), text("5000")},
-            {text("retry"), text("Try a lost line again after so many milliseconds."), text("MS"),
+            {text("retry"), text("Milliseconds until a lost line is tried again."), text("MS"),
              text("2000")},
-            {text("pace"), text("Rest so many milliseconds between the steps of long operations."),
+            {text("pace"), text("Milliseconds of rest between the steps of long operations."),
              text("MS"), text("100")},
             {text("trace"), text("Print the messages and the lines of the modem as they travel.")},
             {text("no-save"), text("Do not save the user's configuration.")},
             {text("log"), text("Log file."), text("FILE")}};
 }
 
-Options readOptions(const QCoreApplication& application)
+Options readOptions(CommandLine& line)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Device service of the demo."));
-    parser.addHelpOption();
-    parser.addOptions(commandLineOptions());
-    parser.process(application);
-    const auto pace = milliseconds(parser, "pace", 0);
-    const auto timeOut = milliseconds(parser, "timeout", 5);
-    const auto retry = milliseconds(parser, "retry", 1);
-    const auto rate = baudRate(parser.value(QStringLiteral("baud")));
-    if (!pace || !timeOut || !retry || !rate)
-        parser.showHelp(2);
+    constexpr int LongestMs = 60000;
     Options options;
-    options.deviceName = parser.value(QStringLiteral("name"));
-    options.deviceID = parser.value(QStringLiteral("id"));
-    options.logFile = parser.value(QStringLiteral("log"));
-    options.line.port = parser.value(QStringLiteral("port"));
-    options.line.rate = *rate;
-    options.line.timeOut = *timeOut;
-    options.line.retryInterval = *retry;
-    options.pace = *pace;
-    options.trace = parser.isSet(QStringLiteral("trace"));
-    options.save = !parser.isSet(QStringLiteral("no-save"));
+    options.deviceName = line.value("name");
+    options.deviceID = line.value("id");
+    options.logFile = line.value("log");
+    options.line.port = line.value("port");
+    options.line.rate = baudRate(line);
+    options.line.timeOut = line.number("timeout", 5, LongestMs);
+    options.line.retryInterval = line.number("retry", 1, LongestMs);
+    options.pace = line.number("pace", 0, LongestMs);
+    options.trace = line.isSet("trace");
+    options.save = !line.isSet("no-save");
     return options;
 }
 
@@ -201,9 +185,15 @@ void tellState(AtModem& modem, AtChannel& channel)
 
 int main(int argc, char* argv[])
 {
-    QCoreApplication application(argc, argv);
-    const Options options = readOptions(application);
+    CommandLine line("Device service of the demo.", commandLineOptions(), argc, argv);
+    const Options options = readOptions(line);
+    QtSingleCoreApplication application(instanceID(options.deviceID), argc, argv);
+    if (const auto status = line.exitStatus())
+        return *status;
     const ProcessLife life(options.logFile);
+    if (isTaken(application))
+        return ExitStatus::AlreadyRunning;
+
     const StartCount starts(QStringLiteral("DeviceService"), options.save);
     const Personalisation personalisation(QStringLiteral("DeviceService"));
     DeviceService_Global::instance()->initErrorTable();
@@ -231,5 +221,5 @@ int main(int argc, char* argv[])
     Console::say(QStringLiteral("deviceservice ready: %1 (%2), start %3")
                      .arg(options.deviceName, options.deviceID)
                      .arg(starts.number()));
-    return QCoreApplication::exec();
+    return Console::exitStatus(QCoreApplication::exec());
 }

@@ -100,8 +100,7 @@ void PluginHost::handle(Request request)
 
 void PluginHost::answer(Request& request, int errorCode, const CDataValue& response)
 {
-    const QString text =
-        Envelope::answer(request.envelope, errorCode, response).parseToQString(FAST_STYLE);
+    const QString text = Envelope::text(Envelope::answer(request.envelope, errorCode, response));
     Q_EMIT passed(QStringLiteral("IPCServer sends to client %1").arg(request.clientID),
                   Envelope::frame(text));
     m_server.sendResponse(text, request.clientID);
@@ -135,7 +134,7 @@ void PluginHost::report(const QString& messageID, CDataValue* data, int errorCod
 {
     const CDataValue envelope =
         Envelope::report(messageID, errorCode, data != nullptr ? *data : CDataValue());
-    const QString text = envelope.parseToQString(FAST_STYLE);
+    const QString text = Envelope::text(envelope);
     Q_EMIT passed(QStringLiteral("IPCServer sends to every client"), Envelope::frame(text));
     m_server.broadcastMsg(text);
 }

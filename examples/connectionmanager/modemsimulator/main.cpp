@@ -2,24 +2,22 @@
 // USB stick does. README.md tells the commands, the state file and what may stand in a script or
 // be entered here.
 
+#include "common/commandline.h"
 #include "common/console.h"
+#include "common/demomessages.h"
+#include "common/exitstatus.h"
 #include "common/process.h"
 #include "modemsimulator/modemengine.h"
 #include "modemsimulator/pseudoterminal.h"
 #include "modemsimulator/script.h"
 #include "modemsimulator/statefile.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QTimer>
 
-#include <cstdio>
-
 namespace {
-
-constexpr int Refused = 2; // exit status
 
 struct Options
 {
@@ -31,41 +29,35 @@ struct Options
     bool trace = false;
 };
 
-Options readOptions(const QCoreApplication& application)
+QList<QCommandLineOption> commandLineOptions()
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Simulated modem of the demo."));
-    parser.addHelpOption();
-    parser.addOptions(
-        {{QStringLiteral("link"), QStringLiteral("Where the modem's device node is to appear."),
-          QStringLiteral("PATH"), QDir::tempPath() + QStringLiteral("/demo-modem")},
-         {QStringLiteral("state"),
-          QStringLiteral("Keep the state in this file (*.config or *.xml)."),
-          QStringLiteral("FILE")},
-         {QStringLiteral("script"), QStringLiteral("Let happen what this file says."),
-          QStringLiteral("FILE")},
-         {QStringLiteral("signal-interval"),
-          QStringLiteral("Change the signal every so many milliseconds; 0: never."),
-          QStringLiteral("MS"), QStringLiteral("2000")},
-         {QStringLiteral("trace"), QStringLiteral("Print what is received and sent.")},
-         {QStringLiteral("log"), QStringLiteral("Log file."), QStringLiteral("FILE")}});
-    parser.process(application);
-    bool isNumber = false;
-    Options options{parser.value(QStringLiteral("link")),
-                    parser.value(QStringLiteral("state")),
-                    parser.value(QStringLiteral("script")),
-                    parser.value(QStringLiteral("log")),
-                    parser.value(QStringLiteral("signal-interval")).toInt(&isNumber),
-                    parser.isSet(QStringLiteral("trace"))};
-    if (!isNumber || options.signalInterval < 0)
-        parser.showHelp(Refused);
-    return options;
+    const auto text = [](const char* value) { return QString::fromLatin1(value); };
+    return {{text("link"), text("Where the modem's device node is to appear."), text("PATH"),
+             QDir(QDir::tempPath()).filePath(QLatin1String(DefaultModemLink))},
+            {text("state"), text("Keep the state in this file (*.config or *.xml)."), text("FILE")},
+            {text("script"), text("Let happen what this file says."), text("FILE")},
+            {text("signal-interval"),
+             text("Milliseconds after which the signal changes; 0: never."), text("MS"),
+             text("2000")},
+            {text("trace"), text("Print what is received and sent.")},
+            {text("log"), text("Log file."), text("FILE")}};
+}
+
+Options readOptions(CommandLine& line)
+{
+    constexpr int LongestMs = 3600000;
+    return {line.value("link"),
+            line.value("state"),
+            line.value("script"),
+            line.value("log"),
+            line.number("signal-interval", 0, LongestMs),
+            line.isSet("trace")};
 }
 
 int refuse(const QString& reason)
 {
-    std::fprintf(stderr, "modemsimulator: %s\n", qPrintable(reason));
-    return Refused;
+    Console::complain(reason);
+    return ExitStatus::WrongUsage;
 }
 
 // On one line and of a readable length.
@@ -204,8 +196,11 @@ bool readScript(const QString& path, QStringList* lines, QString* error)
 
 int main(int argc, char* argv[])
 {
-    QCoreApplication application(argc, argv);
-    const Options options = readOptions(application);
+    CommandLine line("Simulated modem of the demo.", commandLineOptions(), argc, argv);
+    const Options options = readOptions(line);
+    const QCoreApplication application(argc, argv);
+    if (const auto status = line.exitStatus())
+        return *status;
     const ProcessLife life(options.logFile);
 
     QString error;
@@ -225,9 +220,9 @@ int main(int argc, char* argv[])
         simulator.trace();
     Console console;
     QObject::connect(&console, &Console::entered, &simulator,
-                     [&simulator](const QString& line) { simulator.enter(line); });
+                     [&simulator](const QString& text) { simulator.enter(text); });
     Console::say(QStringLiteral("modemsimulator ready: %1").arg(options.link));
     simulator.walkEvery(options.signalInterval);
     simulator.run(script);
-    return QCoreApplication::exec();
+    return Console::exitStatus(QCoreApplication::exec());
 }
