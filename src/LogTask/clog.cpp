@@ -17,6 +17,7 @@
 #include <QMetaMethod>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdarg>
 #include <cstring>
 #include <iterator>
@@ -96,6 +97,17 @@ void appendMessage(Line* line, const char* text, bool addTime)
         appendUtf8(line, " ", 1);
     }
     appendUtf8(line, text, text ? std::strlen(text) : 0);
+}
+
+// A limit on file sizes and a pipe without a reader send signals that would end the process; in
+// this thread, the failed write tells.
+void blockSignalsOfWriting()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGXFSZ);
+    sigaddset(&signals, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 
 void writeBatch(const LogQueue::Batch& batch, CLogObject* writer)
@@ -239,6 +251,7 @@ void CLog::Init(const char* name)
 // The thread's events are dispatched by hand: QThread::exec() asks for an application object.
 void CLog::run()
 {
+    blockSignalsOfWriting();
     assertThat(!d->m_strFile.isEmpty(), "!m_strFile.isEmpty()", kLogSource, __LINE__);
     const LogSettings& settings = d->settings();
     CLogObject writer(d->m_strFile, settings.append, settings.debug, settings.flush, nullptr);

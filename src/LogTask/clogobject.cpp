@@ -1,48 +1,28 @@
 #include "LogTask/clogobject.h"
 
+#include "LogTask/logfile_p.h"
 #include "LogTask/logtext_p.h"
-
-namespace {
-
-// So much text is written without being asked for.
-constexpr int kept = 16384;
-
-} // namespace
 
 CLogObject::CLogObject(const QString& path, bool append, bool debug, bool flush, QObject* parent)
     : QObject(parent)
-    , m_file(path)
+    , m_file(std::make_unique<LogFile>())
     , m_flush(flush)
 {
     Q_UNUSED(debug)
-    const auto mode = QIODevice::WriteOnly | QIODevice::Unbuffered;
-    if (!m_file.open(mode | (append ? QIODevice::Append : QIODevice::Truncate)))
-        return;
-    m_unwritten.reserve(kept + kept);
+    m_file->open(path, append);
     banner("Start Log--");
 }
 
 CLogObject::~CLogObject()
 {
-    if (!m_file.isOpen())
-        return;
     banner("End Log--");
-    writeOut();
 }
 
-// What finds no room on the disk is lost; nothing gathers here.
 void CLogObject::writeBytes(const char* bytes, qint64 size)
 {
-    if (!m_file.isOpen())
-        return;
-    if (size >= kept) {
-        writeOut();
-        m_file.write(bytes, size);
-        return;
-    }
-    m_unwritten.append(bytes, static_cast<int>(size));
-    if (m_flush || m_unwritten.size() >= kept)
-        writeOut();
+    m_file->write(bytes, static_cast<std::size_t>(size));
+    if (m_flush)
+        m_file->flush();
 }
 
 void CLogObject::WriteLog(const QString& text, bool newLine)
@@ -56,27 +36,23 @@ void CLogObject::WriteLog(const QString& text, bool newLine)
 
 void CLogObject::flushLog()
 {
-    const QByteArray mark("flush to file \r\n");
-    writeBytes(mark.constData(), mark.size());
-    writeOut();
+    constexpr char mark[] = "flush to file \r\n";
+    m_file->write(mark, sizeof mark - 1);
+    m_file->flush();
 }
 
 void CLogObject::timerEvent(QTimerEvent* event)
 {
-    writeOut();
+    m_file->flush();
     QObject::timerEvent(event);
 }
 
 void CLogObject::banner(const char* title)
 {
-    LogBytes time;
-    appendTime(&time);
-    m_unwritten += QByteArray("\r\n") + title + QByteArray(time.constData(), time.size()) + "\r\n";
-}
-
-void CLogObject::writeOut()
-{
-    if (m_file.isOpen() && !m_unwritten.isEmpty())
-        m_file.write(m_unwritten);
-    m_unwritten.resize(0);
+    LogBytes text;
+    text.append("\r\n", 2);
+    text.append(title, static_cast<int>(qstrlen(title)));
+    appendTime(&text);
+    text.append("\r\n", 2);
+    m_file->write(text.constData(), static_cast<std::size_t>(text.size()));
 }

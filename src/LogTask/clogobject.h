@@ -3,13 +3,16 @@
 
 #include "wzrframework_export.h"
 
-#include <QByteArray>
-#include <QFile>
 #include <QObject>
 
+#include <memory>
+
+class LogFile;
+
 /// The open log file. Lives on the thread that created it, in the running log the log thread, and
-/// is used from there only. A file that cannot be opened, or a full disk, loses lines without a
-/// report; writing goes on when the disk takes text again.
+/// is used from there only. A file that cannot be opened loses all lines without a report, a full
+/// disk those that find no room: when there is room again, "N lines lost here" stands in their
+/// place. Only the owner of the file may read and write it.
 class WZRFRAMEWORK_EXPORT CLogObject : public QObject
 {
     Q_OBJECT
@@ -39,10 +42,8 @@ protected:
 
 private:
     void banner(const char* title);
-    void writeOut();
 
-    QFile m_file;
-    QByteArray m_unwritten; // waits for more, or for a flush
+    std::unique_ptr<LogFile> m_file;
     bool m_flush;
 };
 

@@ -88,6 +88,7 @@ const std::map<std::string, Action>& actions()
          [](const std::string&) {
              say(CLog::Instance()->WaitWritten(30000) ? "written" : "not written");
          }},
+        {"remove", [](const std::string& v) { QFile::remove(QString::fromStdString(v)); }},
         {"destroy", [](const std::string&) { DestroyLog(); }},
         {"kill", [](const std::string&) { std::raise(SIGKILL); }},
     };

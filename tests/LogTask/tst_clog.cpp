@@ -57,6 +57,8 @@ private Q_SLOTS:
     void keepsEveryLineWhenKilledWithFlushSet();
     void callersDoNotWaitForTheDisk();
     void leavesAHangingDiskBehind();
+    void survivesALimitOnFileSizes();
+    void goesOnAfterAFullDisk();
     void offersItsSignalsInOrder();
 
 private:
@@ -502,6 +504,55 @@ void tst_CLog::leavesAHangingDiskBehind()
     const Result result = run(actions({"log=a", "state", "destroy", "state"}));
     QCOMPARE(result.code, 0);
     QCOMPARE(result.out, QByteArray("on\non\noff\n"));
+}
+
+// The system's signal for such a limit ends a process that does nothing about it.
+void tst_CLog::survivesALimitOnFileSizes()
+{
+    const QString command = QStringLiteral("ulimit -f 8; exec \"$0\" \"$@\"");
+    const QStringList arguments =
+        actions({"many=5000", "flush", "written", "say=alive"}) + QStringList("say=ended");
+    const Result result =
+        ChildProcess::run("/bin/sh", QStringList{"-c", command, m_program->program()} + arguments);
+    QCOMPARE(result.code, 0);
+    QCOMPARE(result.out, QByteArray("on\nwritten\nalive\nended\n"));
+    QVERIFY(QFile(path()).size() <= 8 * 1024);
+}
+
+// A small file system of the test's own, which only this process and its children see.
+void tst_CLog::goesOnAfterAFullDisk()
+{
+    setSettings("TYPE=1\nDEBUG=false\n");
+    const QString folder = m_program->path("disk");
+    QVERIFY(QDir().mkpath(folder));
+    const QStringList own = {"-rm", "/bin/sh", "-c"};
+    const QString mount = "mount -t tmpfs -o size=64k none " + folder;
+    if (ChildProcess::run("unshare", own + QStringList(mount)).code != 0)
+        QSKIP("this machine lets its users mount nothing");
+    const QString filler = folder + "/filler";
+    const QString command = mount + " && head -c 49152 /dev/zero > " + filler +
+                            " && \"$0\" \"$@\"" + " && cat " + folder + "/log";
+    const QStringList arguments = {"initpath=" + folder + "/log",
+                                   "many=3000",
+                                   "flush",
+                                   "written",
+                                   "remove=" + filler,
+                                   "log=after",
+                                   "destroy"};
+    const Result result =
+        ChildProcess::run("unshare", own + QStringList{command, m_program->program()} + arguments);
+    QCOMPARE(result.code, 0);
+    const QByteArray text = withoutTimes(result.out);
+    // Every line is there whole, or counted: 3000 and the mark of the flush. One that is cut just
+    // before its line end looks whole, too.
+    const QRegularExpression notice("\r\n([0-9]+) lines lost here\r\nT after\r\n");
+    const QRegularExpressionMatch match = notice.match(QString::fromUtf8(text));
+    QVERIFY2(match.hasMatch(), text.right(200).constData());
+    const int whole = static_cast<int>(text.left(match.capturedStart(1)).count(" \r\n"));
+    QVERIFY2(whole > 100 && whole < 2000, QByteArray::number(whole).constData());
+    const int all = whole + match.captured(1).toInt();
+    QVERIFY2(all == 3001 || all == 3002, QByteArray::number(all).constData());
+    QVERIFY(text.endsWith(endBanner));
 }
 
 void tst_CLog::offersItsSignalsInOrder()
