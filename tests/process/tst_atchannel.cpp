@@ -4,27 +4,49 @@
 
 #include <QElapsedTimer>
 
+#include <cerrno>
+
 namespace {
 
-/// A port that takes one byte at a time, or nothing at all.
+/// A port that takes one byte at a time, or nothing at all, and fails on demand.
 class MeanPort : public CSerialPort
 {
 public:
-    bool open(const char* path) override { return m_port->open(path); }
+    bool open(const char* path) override
+    {
+        m_error = 0;
+        return m_port->open(path);
+    }
     void close() override { m_port->close(); }
-    int read(char* buffer, int length) override { return m_port->read(buffer, length); }
+    int read(char* buffer, int length) override
+    {
+        m_error = 0;
+        return readError != 0 ? failed(readError) : m_port->read(buffer, length);
+    }
     int write(const char* buffer, int length) override
     {
         if (takesNothing)
-            return -1;
+            return failed(writeError);
+        m_error = 0;
         return m_port->write(buffer, qMin(length, 1));
     }
     bool setTimeOut(int milliseconds) override { return m_port->setTimeOut(milliseconds); }
     bool setBaudRate(BAUDRATE rate) override { return m_port->setBaudRate(rate); }
 
+    int lastError() const override { return m_error != 0 ? m_error : m_port->lastError(); }
+
     bool takesNothing = false;
+    int writeError = EAGAIN; ///< of a port that takes nothing
+    int readError = 0;
 
 private:
+    int failed(int error)
+    {
+        m_error = error;
+        return -1;
+    }
+
+    int m_error = 0; // made up; otherwise the real one's
     std::unique_ptr<CSerialPort> m_port{CSerialPort::CreateObject()};
 };
 
@@ -52,7 +74,10 @@ private Q_SLOTS:
     void endsACommandWhenTheDeviceGoes();
     void noticesBetweenCommandsThatTheDeviceGoes();
     void writesInParts();
+    void closesALineThatTakesNothing_data();
     void closesALineThatTakesNothing();
+    void closesALineThatCannotBeRead();
+    void tellsWhoHasTheLine();
     void sendsNothingInsideACommand();
     void sendsNothingBeforeTheModemAnswers();
     void leavesAloneWhatIsNoTerminal_data();
@@ -256,17 +281,54 @@ void tst_atchannel::writesInParts()
     QCOMPARE(line.channel.send(Signal).lines, QList<QByteArray>{"+CSQ: 7,99"});
 }
 
+void tst_atchannel::closesALineThatTakesNothing_data()
+{
+    QTest::addColumn<int>("error");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("no room") << EAGAIN << "does not take what is written";
+    QTest::newRow("a failure") << EIO << "does not take what is written: Input/output error";
+}
+
 void tst_atchannel::closesALineThatTakesNothing()
 {
+    QFETCH(const int, error);
     auto port = std::make_unique<MeanPort>();
     MeanPort& mean = *port;
     OpenLine line(std::move(port));
     QVERIFY(line.open());
     mean.takesNothing = true;
+    mean.writeError = error;
     QCOMPARE(line.channel.send(Signal).error, 1);
-    QCOMPARE(line.closedReason(), QString("does not take what is written"));
+    QTEST(line.closedReason(), "reason");
     mean.takesNothing = false;
     QVERIFY(line.waitFor([&] { return line.opened.size() == 2; }));
+}
+
+void tst_atchannel::closesALineThatCannotBeRead()
+{
+    auto port = std::make_unique<MeanPort>();
+    MeanPort& mean = *port;
+    OpenLine line(std::move(port));
+    QVERIFY(line.open());
+    mean.readError = EIO;
+    QCOMPARE(line.closedReason(), QString("cannot be read: Input/output error"));
+    mean.readError = 0;
+    QVERIFY(line.waitFor([&] { return line.opened.size() == 2; }));
+}
+
+void tst_atchannel::tellsWhoHasTheLine()
+{
+    OpenLine line;
+    const std::unique_ptr<CSerialPort> other(CSerialPort::CreateObject());
+    QVERIFY(other->setExclusive(true));
+    QVERIFY(other->open(QFile::encodeName(line.channel.port()).constData()));
+    line.channel.start();
+    QCOMPARE(line.closedReason(), QString("cannot be opened: tst_atchannel (process %1) has it")
+                                      .arg(QCoreApplication::applicationPid()));
+    // It has not been disturbed, and nothing was said on its line.
+    QVERIFY(line.peer.commands().isEmpty());
+    other->close();
+    QVERIFY(line.waitFor([&] { return line.channel.isOpen(); }));
 }
 
 void tst_atchannel::sendsNothingInsideACommand()

@@ -69,6 +69,7 @@ private Q_SLOTS:
     void findsAModemThatIsPluggedInAgain();
     void worksWithoutAModem_data();
     void worksWithoutAModem();
+    void leavesTheLineToTheServiceThatHasIt();
     void reportsADroppedConnection();
     void reportsUnpluggingToTheDashboard();
     void passesTheModemsErrorsOn();
@@ -298,6 +299,32 @@ void tst_connectionmanagermodem::worksWithoutAModem()
     service->terminate();
     QCOMPARE(service->exitCode(), 0);
     QCOMPARE(service->output().count(Away), 1);
+}
+
+void tst_connectionmanagermodem::leavesTheLineToTheServiceThatHasIt()
+{
+    ConnectionManager manager;
+    const auto first = manager.startService();
+    QVERIFY(first->says(Ready));
+    const QString line = manager.socket("demo-modem");
+    const auto second =
+        manager.startService({"--id", "demo-device-2", "--port", line, "--retry", "1"});
+    const QByteArray reason = line.toUtf8() + " cannot be opened: deviceservice (process " +
+                              QByteArray::number(first->processId()) + ") has it";
+    QVERIFY(second->says(Away + reason));
+    // No answer went to the wrong one.
+    RawClient client(manager.socket("demo-device-1"));
+    for (int i = 0; i < 20; ++i)
+        QCOMPARE(ask(client, "EQUIPMENT_INFO"), 0);
+    RawClient other(manager.socket("demo-device-2"));
+    QCOMPARE(ask(other, "EQUIPMENT_INFO"), 1);
+
+    first->kill();
+    QVERIFY(second->says(Ready));
+    QCOMPARE(ask(other, "EQUIPMENT_INFO"), 0);
+    second->terminate();
+    QCOMPARE(second->exitCode(), 0);
+    QVERIFY(manager.logs().contains(line.toUtf8() + " cannot be opened: deviceservice"));
 }
 
 void tst_connectionmanagermodem::reportsADroppedConnection()

@@ -13,6 +13,7 @@
 #include <set>
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace {
@@ -150,6 +151,7 @@ private Q_SLOTS:
     void answersAtASerialPort();
     void forgetsTheHalfLineOfASideThatHasClosed();
     void discardsWhatNobodyReads();
+    void givesTheLineFreeOfAProgramThatCrashed();
     void keepsItsStateOverARestart();
     void letsHappenWhatIsEntered();
     void followsAScript();
@@ -213,6 +215,28 @@ void tst_modemsimulator::discardsWhatNobodyReads()
     QCOMPARE(host.ask("AT"), QByteArray("\r\nOK\r\n"));
     modem->enter("report HEARD");
     QCOMPARE(host.receive("D\r\n"), QByteArray("\r\nHEARD\r\n"));
+}
+
+void tst_modemsimulator::givesTheLineFreeOfAProgramThatCrashed()
+{
+    const QTemporaryDir folder;
+    const Process modem = start(folder);
+    const auto open = [&folder] {
+        return ::open(QFile::encodeName(link(folder)).constData(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    };
+    // The mark is not taken back, as by a program that is killed.
+    const int crashed = open();
+    QCOMPARE(::ioctl(crashed, TIOCEXCL), 0);
+    ::close(crashed);
+    // Root may open the line in any case, and sees the mark; others see that they may not.
+    const auto isFree = [&open] {
+        const int file = open();
+        int isMarked = 1;
+        const bool isUnmarked = ::ioctl(file, TIOCGEXCL, &isMarked) == 0 && isMarked == 0;
+        ::close(file);
+        return isUnmarked;
+    };
+    QVERIFY(QTest::qWaitFor(isFree, 30000));
 }
 
 void tst_modemsimulator::keepsItsStateOverARestart()

@@ -7,11 +7,9 @@
 #include <QFile>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <utility>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace {
 
@@ -27,16 +25,35 @@ constexpr int LinesPerAnswer = 5000;
 // Each asks for something that no other command asks for.
 constexpr const char* Probes[] = {"+CMEE", "+CSCS", "+CMGF"};
 
-// Why a node cannot be the line of a modem; empty when it can.
-QString refusal(const QString& path)
+QString errorText(int error)
 {
-    const int file =
-        ::open(QFile::encodeName(path).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
-    if (file < 0)
-        return QString::fromLocal8Bit(std::strerror(errno));
-    const bool isTerminal = ::isatty(file) == 1;
-    ::close(file);
-    return isTerminal ? QString() : QStringLiteral("it is no terminal");
+    return QString::fromLocal8Bit(std::strerror(error));
+}
+
+// The name of a process as its user knows it.
+QString nameOf(std::int64_t process)
+{
+    QFile file(QStringLiteral("/proc/%1/comm").arg(process));
+    const QString name =
+        file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()).trimmed() : QString();
+    return name.isEmpty() ? QStringLiteral("process %1").arg(process)
+                          : QStringLiteral("%1 (process %2)").arg(name).arg(process);
+}
+
+// Why the port is not the line of a modem; empty when it is. To be asked after open().
+QString refusal(const CSerialPort& port, bool isOpen)
+{
+    const int error = port.lastError();
+    if (error == EBUSY && port.holder() > 0)
+        return QStringLiteral("%1 has it").arg(nameOf(port.holder()));
+    if (error == EBUSY)
+        return QStringLiteral("another process has it");
+    // Opened all the same, but it has no settings of a line: it may be somebody's file.
+    if (isOpen && error == ENOTTY)
+        return QStringLiteral("it is no terminal");
+    if (error != 0)
+        return errorText(error);
+    return isOpen ? QString() : QStringLiteral("no reason is known");
 }
 
 } // namespace
@@ -58,6 +75,8 @@ AtChannel::AtChannel(std::unique_ptr<CSerialPort> port, const Options& options, 
 {
     m_port->setBaudRate(options.rate);
     m_port->setTimeOut(LineTimeOutMs);
+    // A second reader of the line would get a part of the answers.
+    m_port->setExclusive(true);
     m_pollTimer.setInterval(IdlePollMs);
     connect(&m_pollTimer, &QTimer::timeout, this, &AtChannel::poll);
     m_retryTimer.setSingleShot(true);
@@ -95,11 +114,11 @@ void AtChannel::open()
 
 QString AtChannel::openPort()
 {
-    QString reason = refusal(m_options.port);
-    if (!reason.isEmpty())
-        return reason;
-    const bool isOpened = m_port->open(QFile::encodeName(m_options.port).constData());
-    return isOpened ? QString() : QStringLiteral("see the log");
+    const bool isOpen = m_port->open(QFile::encodeName(m_options.port).constData());
+    const QString reason = refusal(*m_port, isOpen);
+    if (isOpen && !reason.isEmpty())
+        m_port->close();
+    return reason;
 }
 
 void AtChannel::close(const QString& reason)
@@ -180,7 +199,7 @@ AtReply AtChannel::exchange(const AtCommand& command, bool isProbe, int millisec
                    << "exchange" << AtText::nameOf(command.text) << "was not answered in"
                    << milliseconds << "ms";
     if (!m_isEnding && !m_toWrite.isEmpty())
-        close(QStringLiteral("does not take what is written"));
+        close(QStringLiteral("does not take what is written") + m_writeError);
     return exchange.reply;
 }
 
@@ -200,8 +219,12 @@ void AtChannel::poll()
     char buffer[4096];
     for (int i = 0; i < ReadsPerPoll && m_isPortOpen; ++i) {
         const int count = m_port->read(buffer, sizeof buffer);
-        if (count < 0)
+        if (count < 0 && transferError().isEmpty())
             return;
+        if (count < 0) {
+            close(QStringLiteral("cannot be read") + transferError());
+            return;
+        }
         if (count == 0) {
             close(QStringLiteral("has gone"));
             return;
@@ -214,11 +237,19 @@ void AtChannel::poll()
     }
 }
 
+// Why the last transfer failed, behind ": "; empty when the line had just nothing, or no room.
+QString AtChannel::transferError() const
+{
+    const int error = m_port->lastError();
+    return error == 0 || error == EAGAIN || error == EINTR ? QString() : ": " + errorText(error);
+}
+
 void AtChannel::writeWaiting()
 {
     if (m_toWrite.isEmpty())
         return;
     const int count = m_port->write(m_toWrite.constData(), static_cast<int>(m_toWrite.size()));
+    m_writeError = count < 0 ? transferError() : QString();
     if (count > 0)
         m_toWrite.remove(0, count);
 }

@@ -41,7 +41,8 @@ struct AtReply
 /// **The line.** The channel opens the port from start() on and again whenever it was lost, at
 /// fixed intervals. It counts as open, and opened() is emitted, once the modem answers. It is
 /// closed, with closed(), when the device goes, does not take what is written, or does not answer
-/// any more. A node that is no terminal is not touched: it might be somebody's file.
+/// any more. It is taken for this process alone, and closed() says who is in the way when another
+/// has it. A node that is no terminal is not written to: it might be somebody's file.
 ///
 /// **In step.** An answer that is late must not be taken for that of the next command. So after a
 /// command that was not answered in time, the channel asks for something that only it has asked
@@ -105,6 +106,7 @@ private:
     void retryLater();
     void close(const QString& reason);
     QString openPort();
+    QString transferError() const;
     bool synchronise();
     AtReply exchange(const AtCommand& command, bool isProbe, int milliseconds);
     void poll();
@@ -122,6 +124,7 @@ private:
     QTimer m_retryTimer; // runs while it is not
     AtLines m_lines;
     QByteArray m_toWrite;
+    QString m_writeError;           // why the last write failed
     Exchange* m_exchange = nullptr; // the command under way
     int m_nextProbe = 0;
     bool m_isPortOpen = false;

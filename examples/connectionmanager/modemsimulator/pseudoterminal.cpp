@@ -8,6 +8,7 @@
 
 #include <fcntl.h>
 #include <stdlib.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -33,6 +34,7 @@ bool PseudoTerminal::open(const QString& link, QString* error)
     m_watch = std::make_unique<LineWatch>(m_path);
     connect(m_watch.get(), &LineWatch::closed, this, [this] {
         forgetOutput();
+        giveFree();
         Q_EMIT hungUp();
     });
     m_readable = std::make_unique<QSocketNotifier>(m_master, QSocketNotifier::Read);
@@ -153,6 +155,14 @@ void PseudoTerminal::writeOutput()
         m_written = 0;
     }
     m_writable->setEnabled(!m_waiting.isEmpty());
+}
+
+// A real line forgets with its last user that it was taken exclusively. This one always has a
+// user, our own end, so that one which crashed would keep its successor out.
+void PseudoTerminal::giveFree()
+{
+    if (!m_watch->isOpen())
+        ::ioctl(m_slave, TIOCNXCL);
 }
 
 void PseudoTerminal::forgetOutput()

@@ -51,6 +51,7 @@ private:
     void readInput();
     void writeOutput();
     void forgetOutput();
+    void giveFree();
 
     int m_master = -1;
     int m_slave = -1; // kept open, so that the master does not fail while nobody else has it open
