@@ -1,76 +1,32 @@
 #include "records/recordcatalogue.h"
 
-#include "records/recordfields_p.h"
+#include "records/recordplan_p.h"
 
 using namespace records;
 
-RecordRegistration::RecordRegistration(RecordGroup& group, const RecordType& recordType,
-                                       void (*describeRecord)(FieldVisitor& visitor)) noexcept
-    : type(recordType)
-    , describe(describeRecord)
+static RecordFieldInfo describe(const Field& field)
 {
-    (group.last ? group.last->next : group.first) = this;
-    group.last = this;
+    const ValueType& type = field.type;
+    const ValueType& innermost = type.kind == RecordValueKind::List ? type.list->element : type;
+    const bool isRecord = innermost.kind == RecordValueKind::Record;
+    return {field.key,
+            field.meaning,
+            type.kind,
+            innermost.kind,
+            isRecord ? innermost.record->name : nullptr,
+            field.isSecret()};
 }
 
-namespace {
-
-/// Notes what each field is.
-class Describer final : public FieldVisitor
-{
-public:
-    explicit Describer(std::vector<RecordFieldInfo>& fields)
-        : m_fields(fields)
-    {
-    }
-
-private:
-    void add(const Field& field, RecordValueKind kind)
-    {
-        m_fields.push_back({field.key, field.meaning, kind, kind, nullptr, field.secret});
-    }
-    void number(const Field& field, int&) override { add(field, RecordValueKind::Number); }
-    void boolean(const Field& field, bool&) override { add(field, RecordValueKind::Boolean); }
-    void text(const Field& field, QString&) override { add(field, RecordValueKind::Text); }
-    void longNumber(const Field& field, long long&) override
-    {
-        add(field, RecordValueKind::LongNumber);
-    }
-    void unsignedNumber(const Field& field, unsigned long&) override
-    {
-        add(field, RecordValueKind::UnsignedNumber);
-    }
-    void textMap(const Field& field, TextMap&) override { add(field, RecordValueKind::TextMap); }
-    void record(const Field& field, const RecordType& type, void*) override
-    {
-        add(field, RecordValueKind::Record);
-        m_fields.back().record = type.name;
-    }
-    void list(const Field& field, const ListType& type, void*) override
-    {
-        add(field, RecordValueKind::List);
-        m_fields.back().elementKind = type.elementKind;
-        m_fields.back().record = type.record ? type.record->name : nullptr;
-    }
-
-    std::vector<RecordFieldInfo>& m_fields;
-};
-
-std::vector<RecordInfo> describeAllRecords()
+static std::vector<RecordInfo> describeAllRecords()
 {
     std::vector<RecordInfo> all;
-    for (const RecordGroup* group :
-         {&connectionRecords, &messageRecords, &phonebookRecords, &diagnosticRecords}) {
-        for (const RecordRegistration* entry = group->first; entry; entry = entry->next) {
-            all.push_back({entry->type.name, entry->type.meaning, group->header, {}});
-            Describer describer(all.back().fields);
-            entry->describe(describer);
-        }
+    for (const RecordType* type : allRecords()) {
+        all.push_back({type->name, type->meaning, type->header, {}});
+        std::transform(type->fields.begin(), type->fields.end(),
+                       std::back_inserter(all.back().fields), describe);
     }
     return all;
 }
-
-} // namespace
 
 const std::vector<RecordInfo>& recordCatalogue()
 {

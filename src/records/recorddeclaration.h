@@ -21,6 +21,9 @@ class CDataValue;
 /// - `qDebug() << record` prints `Name(key: value, ...)`; PINs, PUKs, lock codes and passwords are
 ///   never printed.
 ///
+/// The comments of a record and of its members are their descriptions in recordCatalogue(). One
+/// that ends in "; a secret" marks a value that must not be printed.
+///
 ///     BLPINInfo info;
 ///     info.nPinCnt = 3;
 ///     CDataValue data;

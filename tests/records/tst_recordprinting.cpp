@@ -61,10 +61,14 @@ void tst_recordprinting::printsNestedRecordsAndLists()
 void tst_recordprinting::printsHashesSortedByKey()
 {
     BLPbItem item;
-    item.contents = {{"number", "+49123"}, {"email", ""}, {"name", "Ada"}};
+    QString expected; // sorted
+    for (char key = 'p'; key >= 'a'; --key) {
+        item.contents.insert(QString(QLatin1Char(key)), QString());
+        expected.prepend(QStringLiteral("\"%1\": \"\", ").arg(QLatin1Char(key)));
+    }
+    item.contents.insert(QStringLiteral("z"), QStringLiteral("+49123"));
     QCOMPARE(printed(item),
-             QStringLiteral("BLPbItem(nStore: 0, nIndex: 0, contents: {\"email\": \"\", \"name\": "
-                            "\"Ada\", \"number\": \"+49123\"})"));
+             "BLPbItem(nStore: 0, nIndex: 0, contents: {" + expected + "\"z\": \"+49123\"})");
 }
 
 void tst_recordprinting::printsEveryKey_data()

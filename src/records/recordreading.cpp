@@ -1,0 +1,152 @@
+// A record is read from a packed tree without unpacking it.
+
+#include "DataValue/datavalue_p.h"
+#include "records/recordplan_p.h"
+
+#include <string>
+
+namespace records {
+
+namespace {
+
+using Tree = DataValueTree;
+
+/// Reads members and elements from the value that was found for them.
+///
+/// What a value is read as, and what is noted of a wrong one, is CDataValue's to say; a packed
+/// node of the right kind is read directly.
+class Reader
+{
+public:
+    explicit Reader(CDataValue& value)
+        : m_value(&value)
+        , m_node(Tree::packedNode(value))
+        , m_block(Tree::packedBlock(value))
+    {
+    }
+    /// A node of a packed tree; null stands for a member that is not there.
+    Reader(const PackedNode* node, PackedBlock* block)
+        : m_node(node)
+        , m_block(block)
+    {
+    }
+
+    void operator()(int& number) const
+    {
+        number = isA(INT_VALUE) ? m_node->signedNumber
+                                : asValue([](CDataValue& value) { return value.asInt(); });
+    }
+    void operator()(bool& flag) const
+    {
+        flag = isA(BOOLEAN_VALUE) ? m_node->flag
+                                  : asValue([](CDataValue& value) { return value.asBool(); });
+    }
+    void operator()(QString& text) const
+    {
+        text = isA(STRING_VALUE) ? QString::fromUtf8(m_node->text)
+                                 : asValue([](CDataValue& value) { return value.asQString(); });
+    }
+    void operator()(long long& number) const
+    {
+        number = asValue([](CDataValue& value) { return value.asLongLong(); });
+    }
+    void operator()(unsigned long& number) const
+    {
+        number = asValue([](CDataValue& value) { return value.asUnsignedLong(); });
+    }
+    void operator()(TextMap& texts) const
+    {
+        asValue([&texts](CDataValue& map) {
+            for (const std::string& bytes : map.mapGetKeys()) {
+                // The peers read keys byte by byte: one outside ASCII changes here, and its text
+                // is then not found under the changed key.
+                const QString key = QString::fromLatin1(bytes.c_str());
+                texts.insert(key, map.mapGet(key).asQString());
+            }
+        });
+    }
+    void operator()(const RecordType& type, void* record) const
+    {
+        noteMiss();
+        if (m_value && !m_node) {
+            for (const Field& field : type.fields)
+                walk(field.type, field.in(record), Reader(m_value->mapGet(field.key)));
+            return;
+        }
+        std::array<const PackedNode*, kMostFields> members;
+        findMembers(type, members.data());
+        const PackedNode* const* member = members.data();
+        for (const Field& field : type.fields)
+            walk(field.type, field.in(record), Reader(*member++, m_block));
+    }
+    void operator()(const ListType& type, void* list) const
+    {
+        noteMiss();
+        if (m_value && !m_node) {
+            for (unsigned int index = 0; index < m_value->arrayCount(); ++index)
+                walk(type.element, type.append(list), Reader(m_value->arrayGet(index)));
+            return;
+        }
+        const PackedNode* element = isA(ARRAY_VALUE) ? m_node + 1 : nullptr;
+        for (std::uint32_t left = element ? m_node->count : 0; left != 0; --left) {
+            walk(type.element, type.append(list), Reader(element, m_block));
+            element = element->behind();
+        }
+    }
+
+private:
+    bool isA(ENUM_VALUE_TYPE kind) const { return m_node && m_node->kind == kind; }
+
+    /// A member that is not there is a miss, also where nothing is read from it.
+    void noteMiss() const
+    {
+        if (!m_value && !m_node)
+            CDataValue::referToMemberNull();
+    }
+
+    /// Looks all fields up in one walk: both the members and the sorted fields are in key order.
+    void findMembers(const RecordType& type, const PackedNode** members) const
+    {
+        const bool isMap = isA(MAP_VALUE);
+        const PackedNode* key = isMap ? m_node + 1 : nullptr;
+        std::uint32_t left = isMap ? m_node->count : 0;
+        for (const std::uint8_t place : type.byKey) {
+            const std::string_view wanted = type.fields[place].keyText();
+            for (; left != 0 && key->view() < wanted; --left)
+                key = (key + 1)->behind();
+            members[place] = left != 0 && key->view() == wanted ? key + 1 : nullptr;
+        }
+    }
+
+    /// Calls `read` with the value itself, made for the purpose where it is a node.
+    template<class Read>
+    std::invoke_result_t<Read, CDataValue&> asValue(Read read) const
+    {
+        if (m_value)
+            return read(*m_value);
+        if (!m_node)
+            return read(CDataValue::referToMemberNull());
+        CDataValue value;
+        Tree::constructPacked(value, *m_block, *m_node);
+        return read(value);
+    }
+
+    CDataValue* m_value = nullptr;
+    const PackedNode* m_node;
+    PackedBlock* m_block;
+};
+
+} // namespace
+
+void readRecord(const RecordType& type, CDataValue& data, void* record)
+{
+    // A miss discards the content of the shared null value, and with it what is being read.
+    if (&data == &CDataValue::m_sNull || Tree::isBelow(data, CDataValue::m_sNull)) {
+        CDataValue written(data);
+        Reader{written}(type, record);
+        return;
+    }
+    Reader{data}(type, record);
+}
+
+} // namespace records
