@@ -228,6 +228,7 @@ void IPCClient::socket_readReady()
     do {
         logLine(kLogSource, "socket_readReady", "socket_readReady");
         connection.frame.append(readArrived(connection.socket.get(), &m_read));
+        releaseLarge(&m_read);
         if (g_bLog)
             logLine(kLogSource, "socket_readReady", connection.frame.bufferExcerpt());
         deliverAll();

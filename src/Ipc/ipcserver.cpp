@@ -17,7 +17,7 @@ namespace {
 
 constexpr char kLogSource[] = "Ipc/ipcserver";
 
-std::atomic<int> newConnectionCalls{0};
+std::atomic<int> g_newConnectionCalls{0};
 
 } // namespace
 
@@ -146,7 +146,7 @@ void IPCServer::flushUnflushed()
 void IPCServer::socket_new_connection()
 {
     const std::shared_ptr<IPCListener> listener = m_listener; // a slot may close
-    logLine(kLogSource, "socket_new_connection", "socket_new_connection:", ++newConnectionCalls);
+    logLine(kLogSource, "socket_new_connection", "socket_new_connection:", ++g_newConnectionCalls);
     if (m_onlyOneConnection && !m_clients.isEmpty())
         logLine(kLogSource, "socket_new_connection", "new connection coming but discard!!!!!!");
     else
@@ -199,6 +199,7 @@ void IPCServer::receive(IPCConnection& client)
     const QPointer<IPCServer> self(this);
     do {
         client.frame.append(readArrived(client.socket.get(), &m_read));
+        releaseLarge(&m_read);
         ++m_readDepth;
         if (!deliver(client))
             return;

@@ -12,7 +12,7 @@ namespace {
 
 // A consumed beginning of the text is removed when it is longer than this and than the rest, so
 // that each unit is moved a bounded number of times.
-constexpr qsizetype compactAbove = 32768;
+constexpr qsizetype kCompactAbove = 32768;
 
 // The first `marker`, which is not empty, at `from` or behind it; -1 when there is none.
 qsizetype indexOf(const QByteArray& bytes, const QByteArray& marker, qsizetype from)
@@ -230,10 +230,10 @@ void MessageFrame::cut(qsizetype upTo)
 void MessageFrame::compact()
 {
     const qsizetype rest = m_bytes.size() - m_start;
-    if (rest > 0 && (m_start <= compactAbove || m_start <= rest))
+    if (rest > 0 && (m_start <= kCompactAbove || m_start <= rest))
         return;
-    if (rest == 0 && m_bytes.capacity() > compactAbove)
-        m_bytes = QByteArray();
+    if (m_bytes.capacity() > kCompactAbove)
+        m_bytes = m_bytes.mid(m_start); // and gives the memory of a large message back
     else
         m_bytes.remove(0, m_start);
     for (qsizetype& head : m_heads)

@@ -63,7 +63,7 @@ private Q_SLOTS:
     }
 };
 
-class TestBusinessPluginBase : public QObject
+class tst_businesspluginbase : public QObject
 {
     Q_OBJECT
 
@@ -105,7 +105,7 @@ private:
     }
 };
 
-void TestBusinessPluginBase::listsEveryFormOfItsSignalsAndSlots()
+void tst_businesspluginbase::listsEveryFormOfItsSignalsAndSlots()
 {
     const QMetaObject& meta = BusinessPluginBase::staticMetaObject;
     QVERIFY(meta.indexOfSignal("sendUnsolicitedReportDirect(QString,CDataValue*,int)") >= 0);
@@ -114,7 +114,7 @@ void TestBusinessPluginBase::listsEveryFormOfItsSignalsAndSlots()
     QCOMPARE(meta.methodCount() - meta.methodOffset(), 3);
 }
 
-void TestBusinessPluginBase::theBaseHasNoName()
+void tst_businesspluginbase::theBaseHasNoName()
 {
     BusinessPluginBase base;
     QVERIFY(base.pluginName().isEmpty());
@@ -123,7 +123,7 @@ void TestBusinessPluginBase::theBaseHasNoName()
     QCOMPARE(asBase.pluginName(), QString("Pin"));
 }
 
-void TestBusinessPluginBase::answersARequestThroughItsSlot()
+void tst_businesspluginbase::answersARequestThroughItsSlot()
 {
     PinPlugin plugin;
     plugin.registerMessage("PIN_STATUS", "pinStatus", -7, &plugin);
@@ -136,7 +136,7 @@ void TestBusinessPluginBase::answersARequestThroughItsSlot()
     QCOMPARE(plugin.ran, QStringList("pinStatus"));
 }
 
-void TestBusinessPluginBase::logsARequestWithItsSlot()
+void tst_businesspluginbase::logsARequestWithItsSlot()
 {
     LogCapture log;
     PinPlugin plugin;
@@ -149,7 +149,7 @@ void TestBusinessPluginBase::logsARequestWithItsSlot()
     QCOMPARE(log.lines(), QStringList());
 }
 
-void TestBusinessPluginBase::handlesAReportThroughItsSlot()
+void tst_businesspluginbase::handlesAReportThroughItsSlot()
 {
     PinPlugin plugin;
     plugin.registererUnsolicitedMessage("RING", "onReport", 0, &plugin);
@@ -165,7 +165,7 @@ void TestBusinessPluginBase::handlesAReportThroughItsSlot()
              QStringList({"onReport +CRING: VOICE", "onReportByReference +CRING: VOICE"}));
 }
 
-void TestBusinessPluginBase::logsNothingForAReport()
+void tst_businesspluginbase::logsNothingForAReport()
 {
     LogCapture log;
     PinPlugin plugin;
@@ -174,7 +174,7 @@ void TestBusinessPluginBase::logsNothingForAReport()
     QCOMPARE(log.lines(), QStringList());
 }
 
-void TestBusinessPluginBase::anUnknownIdentifierGives42()
+void tst_businesspluginbase::anUnknownIdentifierGives42()
 {
     PinPlugin plugin;
     plugin.registerMessage("PIN_STATUS", "pinStatus", 0, &plugin);
@@ -188,7 +188,7 @@ void TestBusinessPluginBase::anUnknownIdentifierGives42()
     QCOMPARE(plugin.ran, QStringList());
 }
 
-void TestBusinessPluginBase::aSlotThatDoesNotFitGives42_data()
+void tst_businesspluginbase::aSlotThatDoesNotFitGives42_data()
 {
     QTest::addColumn<QByteArray>("slot");
     for (const char* slot : {"missing", "", "returnsNothing", "takesPointers", "onCancelMessage",
@@ -196,7 +196,7 @@ void TestBusinessPluginBase::aSlotThatDoesNotFitGives42_data()
         QTest::newRow(*slot ? slot : "(empty)") << QByteArray(slot);
 }
 
-void TestBusinessPluginBase::aSlotThatDoesNotFitGives42()
+void tst_businesspluginbase::aSlotThatDoesNotFitGives42()
 {
     QFETCH(QByteArray, slot);
     PinPlugin plugin;
@@ -208,14 +208,14 @@ void TestBusinessPluginBase::aSlotThatDoesNotFitGives42()
     QCOMPARE(plugin.ran, QStringList());
 }
 
-void TestBusinessPluginBase::privateSlotsCount()
+void tst_businesspluginbase::privateSlotsCount()
 {
     PinPlugin plugin;
     plugin.registerMessage("PIN_STATUS", "ofPrivateUse", 0, &plugin);
     QCOMPARE(handle(plugin, "PIN_STATUS"), 8);
 }
 
-void TestBusinessPluginBase::theSecondRegistrationReplacesTheFirst()
+void tst_businesspluginbase::theSecondRegistrationReplacesTheFirst()
 {
     PinPlugin plugin;
     plugin.registerMessage("PIN", "pinStatus", 1, &plugin);
@@ -227,7 +227,7 @@ void TestBusinessPluginBase::theSecondRegistrationReplacesTheFirst()
     QCOMPARE(plugin.ran, QStringList({"pinUnlock", "onReportByReference text"}));
 }
 
-void TestBusinessPluginBase::requestsAndReportsAreSeparate()
+void tst_businesspluginbase::requestsAndReportsAreSeparate()
 {
     PinPlugin plugin;
     plugin.registerMessage("PIN", "pinUnlock", 0, &plugin);
@@ -238,7 +238,7 @@ void TestBusinessPluginBase::requestsAndReportsAreSeparate()
     QCOMPARE(report(plugin, "PIN"), 42);
 }
 
-void TestBusinessPluginBase::resetsRequestsAndReportsSeparately()
+void tst_businesspluginbase::resetsRequestsAndReportsSeparately()
 {
     PinPlugin plugin;
     plugin.registerMessage("PIN", "pinUnlock", 0, &plugin);
@@ -254,7 +254,7 @@ void TestBusinessPluginBase::resetsRequestsAndReportsSeparately()
     QCOMPARE(handle(plugin, "PIN"), 0);
 }
 
-void TestBusinessPluginBase::anotherReceiverMayHandle()
+void tst_businesspluginbase::anotherReceiverMayHandle()
 {
     PinPlugin plugin;
     PinPlugin other;
@@ -264,7 +264,7 @@ void TestBusinessPluginBase::anotherReceiverMayHandle()
     QCOMPARE(other.ran, QStringList("pinUnlock"));
 }
 
-void TestBusinessPluginBase::aDestroyedReceiverGives42()
+void tst_businesspluginbase::aDestroyedReceiverGives42()
 {
     PinPlugin plugin;
     auto gone = std::make_unique<PinPlugin>();
@@ -276,7 +276,7 @@ void TestBusinessPluginBase::aDestroyedReceiverGives42()
     QCOMPARE(report(plugin, "RING"), 42);
 }
 
-void TestBusinessPluginBase::aHandlerMayResetAndRegister()
+void tst_businesspluginbase::aHandlerMayResetAndRegister()
 {
     PinPlugin plugin;
     plugin.registerMessage("PIN", "pinStatus", 0, &plugin);
@@ -293,7 +293,7 @@ void TestBusinessPluginBase::aHandlerMayResetAndRegister()
     QCOMPARE(report(plugin, "PIN"), 5);
 }
 
-void TestBusinessPluginBase::aHandlerMayHandleFurtherRequests()
+void tst_businesspluginbase::aHandlerMayHandleFurtherRequests()
 {
     PinPlugin plugin;
     plugin.registerMessage("PIN", "pinStatus", 0, &plugin);
@@ -305,7 +305,7 @@ void TestBusinessPluginBase::aHandlerMayHandleFurtherRequests()
     QCOMPARE(plugin.ran, QStringList({"pinStatus", "pinUnlock"}));
 }
 
-void TestBusinessPluginBase::cancelsOnlyWhatIsRegistered()
+void tst_businesspluginbase::cancelsOnlyWhatIsRegistered()
 {
     PinPlugin plugin;
     QVERIFY(!plugin.getCancelValue());
@@ -321,7 +321,7 @@ void TestBusinessPluginBase::cancelsOnlyWhatIsRegistered()
     QVERIFY(plugin.getCancelValue());
 }
 
-void TestBusinessPluginBase::theCancelFlagStaysUntilThePluginClearsIt()
+void tst_businesspluginbase::theCancelFlagStaysUntilThePluginClearsIt()
 {
     PinPlugin plugin;
     plugin.registerMessage("PIN", "pinUnlock", 0, &plugin);
@@ -346,7 +346,7 @@ public Q_SLOTS:
     void take(const QString& messageID, CDataValue* data) { seen << messageID + data->asQString(); }
 };
 
-void TestBusinessPluginBase::pushesReports()
+void tst_businesspluginbase::pushesReports()
 {
     PinPlugin plugin;
     ShortFormHost host;
@@ -363,7 +363,7 @@ void TestBusinessPluginBase::pushesReports()
     QCOMPARE(host.seen, QStringList({"SIGNAL!", "SIGNAL!"}));
 }
 
-void TestBusinessPluginBase::refusesNullAsIfMemoryWereShort()
+void tst_businesspluginbase::refusesNullAsIfMemoryWereShort()
 {
     PinPlugin plugin;
     CDataValue value;
@@ -386,5 +386,5 @@ void TestBusinessPluginBase::refusesNullAsIfMemoryWereShort()
     QVERIFY_EXCEPTION_THROWN(plugin.handleUnsolicitedReport(id, text, nullptr), std::bad_alloc);
 }
 
-QTEST_APPLESS_MAIN(TestBusinessPluginBase)
+QTEST_APPLESS_MAIN(tst_businesspluginbase)
 #include "tst_businesspluginbase.moc"

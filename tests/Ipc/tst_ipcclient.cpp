@@ -63,7 +63,7 @@ static CDataValue payload()
     return data;
 }
 
-class tst_IPCClient : public QObject
+class tst_ipcclient : public QObject
 {
     Q_OBJECT
 
@@ -93,7 +93,7 @@ private Q_SLOTS:
     void logsWhatItDoes();
 };
 
-void tst_IPCClient::listsTheSlotForms()
+void tst_ipcclient::listsTheSlotForms()
 {
     const QMetaObject& meta = IPCClient::staticMetaObject;
     for (const char* signature :
@@ -107,7 +107,7 @@ void tst_IPCClient::listsTheSlotForms()
         QVERIFY2(meta.indexOfSignal(signature) >= 0, signature);
 }
 
-void tst_IPCClient::connectsAndDisconnects()
+void tst_ipcclient::connectsAndDisconnects()
 {
     Server to;
     Recorded from(to.name);
@@ -121,7 +121,7 @@ void tst_IPCClient::connectsAndDisconnects()
     QCOMPARE(from.events, (QStringList{"connected", "error", "disconnected"}));
 }
 
-void tst_IPCClient::reportsAMissingServer()
+void tst_ipcclient::reportsAMissingServer()
 {
     const LogCapture log;
     Recorded from(randomServerName());
@@ -134,7 +134,7 @@ void tst_IPCClient::reportsAMissingServer()
     QTRY_COMPARE(from.events, (QStringList{"error", "error"}));
 }
 
-void tst_IPCClient::doesNothingWhenConnectedAlready()
+void tst_ipcclient::doesNothingWhenConnectedAlready()
 {
     const LogCapture log;
     Server to;
@@ -150,7 +150,7 @@ void tst_IPCClient::doesNothingWhenConnectedAlready()
     QCOMPARE(from.events, QStringList{"connected"});
 }
 
-void tst_IPCClient::makesItsSocketOnce()
+void tst_ipcclient::makesItsSocketOnce()
 {
     Server to;
     Recorded from(to.name);
@@ -165,7 +165,7 @@ void tst_IPCClient::makesItsSocketOnce()
     QTRY_COMPARE(to.received, QStringList{"x"});
 }
 
-void tst_IPCClient::connectsAgainWithTheSameSocket()
+void tst_ipcclient::connectsAgainWithTheSameSocket()
 {
     const QString name = randomServerName();
     Recorded from(name);
@@ -184,7 +184,7 @@ void tst_IPCClient::connectsAgainWithTheSameSocket()
     QCOMPARE(from.events.count("disconnected"), 3);
 }
 
-void tst_IPCClient::connectsAgainInsideTheDisconnection()
+void tst_ipcclient::connectsAgainInsideTheDisconnection()
 {
     Server first;
     Recorded from(first.name);
@@ -204,7 +204,7 @@ void tst_IPCClient::connectsAgainInsideTheDisconnection()
     QTRY_COMPARE(from.events.last(), QString("{\"n\":2}"));
 }
 
-void tst_IPCClient::reportsTheSecondDisconnectionNoMore()
+void tst_ipcclient::reportsTheSecondDisconnectionNoMore()
 {
     const LogCapture log;
     Server to;
@@ -219,7 +219,7 @@ void tst_IPCClient::reportsTheSecondDisconnectionNoMore()
     QCOMPARE(log.count("Ipc/ipcclient socket_disconnected socket_disconnected "), 1);
 }
 
-void tst_IPCClient::sendsAnEnvelope_data()
+void tst_ipcclient::sendsAnEnvelope_data()
 {
     QTest::addColumn<QByteArray>("sender");
     QTest::addColumn<bool>("withData");
@@ -235,7 +235,7 @@ void tst_IPCClient::sendsAnEnvelope_data()
                              "\"IPCMSG_USER_DATA\":[1,\"b\"]}\n";
 }
 
-void tst_IPCClient::sendsAnEnvelope()
+void tst_ipcclient::sendsAnEnvelope()
 {
     QFETCH(QByteArray, sender);
     QFETCH(bool, withData);
@@ -252,7 +252,7 @@ void tst_IPCClient::sendsAnEnvelope()
     QCOMPARE(from.events, QStringList{"connected"});
 }
 
-void tst_IPCClient::answersItselfWhenNotConnected_data()
+void tst_ipcclient::answersItselfWhenNotConnected_data()
 {
     QTest::addColumn<QByteArray>("sender");
     QTest::addColumn<bool>("withData");
@@ -265,7 +265,7 @@ void tst_IPCClient::answersItselfWhenNotConnected_data()
                              "\"IPCMSG_TYPE\":\"T\",\"IPCMSG_USER_DATA\":[1,\"b\"]}";
 }
 
-void tst_IPCClient::answersItselfWhenNotConnected()
+void tst_ipcclient::answersItselfWhenNotConnected()
 {
     QFETCH(QByteArray, sender);
     QFETCH(bool, withData);
@@ -283,7 +283,7 @@ void tst_IPCClient::answersItselfWhenNotConnected()
     QTRY_COMPARE(to.received, QStringList{"only this"});
 }
 
-void tst_IPCClient::answersItselfWhenTheServerHasVanished()
+void tst_ipcclient::answersItselfWhenTheServerHasVanished()
 {
     Server to;
     Recorded from(to.name);
@@ -296,7 +296,7 @@ void tst_IPCClient::answersItselfWhenTheServerHasVanished()
                                        "{\"IPCMSG_ERROR_CODE\":6,\"IPCMSG_TYPE\":\"T\"}"}));
 }
 
-void tst_IPCClient::returnsSevenWhenNotConnected()
+void tst_ipcclient::returnsSevenWhenNotConnected()
 {
     Recorded from(randomServerName());
     QCOMPARE(from.client.sendblock("x"), 7);
@@ -305,7 +305,7 @@ void tst_IPCClient::returnsSevenWhenNotConnected()
     QCOMPARE(from.events, QStringList());
 }
 
-void tst_IPCClient::returnsZeroWhenSent()
+void tst_ipcclient::returnsZeroWhenSent()
 {
     const LogCapture log;
     Server to;
@@ -318,7 +318,7 @@ void tst_IPCClient::returnsZeroWhenSent()
     QCOMPARE(log.count("Ipc/ipcclient sendblock sendblock __BEGIN__caf"), 1);
 }
 
-void tst_IPCClient::returnsSixWhenTheWriteFails()
+void tst_ipcclient::returnsSixWhenTheWriteFails()
 {
     Recorded from(randomServerName());
     // The flag says connected, the socket is not: nothing can be written.
@@ -332,7 +332,7 @@ void tst_IPCClient::returnsSixWhenTheWriteFails()
              (QStringList{"connected", "{\"IPCMSG_ERROR_CODE\":6,\"IPCMSG_TYPE\":\"T\"}"}));
 }
 
-void tst_IPCClient::deliversEnvelopesInOrder()
+void tst_ipcclient::deliversEnvelopesInOrder()
 {
     Server to;
     Recorded from(to.name);
@@ -343,7 +343,7 @@ void tst_IPCClient::deliversEnvelopesInOrder()
     QTRY_COMPARE(from.events.mid(1), (QStringList{"{\"n\":1}", "{\"n\":2}", "{\"n\":3}"}));
 }
 
-void tst_IPCClient::deliversAnyValueAndDropsWhatIsNone()
+void tst_ipcclient::deliversAnyValueAndDropsWhatIsNone()
 {
     Server to;
     Recorded from(to.name);
@@ -358,7 +358,7 @@ void tst_IPCClient::deliversAnyValueAndDropsWhatIsNone()
                  (QStringList{"5", "[1,2]", "\"text\"", "null", "{\"last\":true}"}));
 }
 
-void tst_IPCClient::deliversAFreshMapInsideTheCall()
+void tst_ipcclient::deliversAFreshMapInsideTheCall()
 {
     Server to;
     IPCClient client(to.name);
@@ -374,7 +374,7 @@ void tst_IPCClient::deliversAFreshMapInsideTheCall()
     QTRY_COMPARE(texts, (QStringList{"{\"a\":1,\"mark\":1}", "{\"b\":1,\"mark\":1}"}));
 }
 
-void tst_IPCClient::startsEachConnectionWithAnEmptyBuffer()
+void tst_ipcclient::startsEachConnectionWithAnEmptyBuffer()
 {
     const LogCapture log;
     const QString name = randomServerName();
@@ -395,7 +395,7 @@ void tst_IPCClient::startsEachConnectionWithAnEmptyBuffer()
     QTRY_COMPARE(from.events.last(), QString("{\"whole\":1}"));
 }
 
-void tst_IPCClient::usesChangedMarkers()
+void tst_ipcclient::usesChangedMarkers()
 {
     Server to;
     Recorded from(to.name);
@@ -412,7 +412,7 @@ void tst_IPCClient::usesChangedMarkers()
     QTRY_COMPARE(from.events.last(), QString("3"));
 }
 
-void tst_IPCClient::carriesAMillionCharacters()
+void tst_ipcclient::carriesAMillionCharacters()
 {
     Server to;
     Recorded from(to.name);
@@ -431,7 +431,7 @@ void tst_IPCClient::carriesAMillionCharacters()
     QVERIFY(from.events.last() == "\"" + text + "\"");
 }
 
-void tst_IPCClient::logsWhatItDoes()
+void tst_ipcclient::logsWhatItDoes()
 {
     const LogCapture log;
     Server to;
@@ -450,5 +450,5 @@ void tst_IPCClient::logsWhatItDoes()
     QCOMPARE(log.count("Ipc/ipcclient socket_readReady socket_readReady "), 1);
 }
 
-QTEST_GUILESS_MAIN(tst_IPCClient)
+QTEST_GUILESS_MAIN(tst_ipcclient)
 #include "tst_ipcclient.moc"

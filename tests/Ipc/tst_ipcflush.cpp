@@ -8,11 +8,12 @@
 
 #include <QPointer>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QtTest>
 
 #include <memory>
 
-class tst_IPCFlush : public QObject
+class tst_ipcflush : public QObject
 {
     Q_OBJECT
 
@@ -29,6 +30,8 @@ private Q_SLOTS:
     void letsTheFlushFindThatTheClientHasVanished();
     void sendsTheClientsMessagesOfOneRead();
     void keepsTheOrderBehindWhatTheSystemDoesNotTake();
+    void keepsTheOrderWhenThePeerReadsLate();
+    void clientKeepsTheOrderWhenThePeerReadsLate();
 
 private:
     void connectPeer();
@@ -37,26 +40,26 @@ private:
     std::unique_ptr<RawPeer> m_peer;
 };
 
-void tst_IPCFlush::init()
+void tst_ipcflush::init()
 {
     m_server = std::make_unique<IPCServer>();
     m_server->startListen(randomServerName());
     connectPeer();
 }
 
-void tst_IPCFlush::cleanup()
+void tst_ipcflush::cleanup()
 {
     m_peer.reset();
     m_server.reset();
 }
 
-void tst_IPCFlush::connectPeer()
+void tst_ipcflush::connectPeer()
 {
     m_peer = std::make_unique<RawPeer>(socketPath(*m_server));
     QTRY_VERIFY(m_server->hasClientConnected());
 }
 
-void tst_IPCFlush::writesEachReplyAtOnce()
+void tst_ipcflush::writesEachReplyAtOnce()
 {
     QList<QByteArray> seen;
     connect(m_server.get(), &IPCServer::sigMessageReceived, this, [&](const QString& text, int id) {
@@ -67,7 +70,7 @@ void tst_IPCFlush::writesEachReplyAtOnce()
     QTRY_COMPARE(seen, QList<QByteArray>({"__BEGIN__1__END__", "__BEGIN__2__END__"}));
 }
 
-void tst_IPCFlush::writesTheRepliesOfOneReadTogether()
+void tst_ipcflush::writesTheRepliesOfOneReadTogether()
 {
     m_server->setOneFlushPerRead(true);
     QList<QByteArray> seen;
@@ -80,7 +83,7 @@ void tst_IPCFlush::writesTheRepliesOfOneReadTogether()
     QCOMPARE(m_peer->receive(), QByteArray("__BEGIN__1__END____BEGIN__2__END____BEGIN__3__END__"));
 }
 
-void tst_IPCFlush::writesABroadcastWithTheReplies()
+void tst_ipcflush::writesABroadcastWithTheReplies()
 {
     m_server->setOneFlushPerRead(true);
     RawPeer other(socketPath(*m_server));
@@ -97,14 +100,14 @@ void tst_IPCFlush::writesABroadcastWithTheReplies()
     QCOMPARE(other.receive(), QByteArray("__BEGIN__all__END__"));
 }
 
-void tst_IPCFlush::writesAtOnceOutsideARead()
+void tst_ipcflush::writesAtOnceOutsideARead()
 {
     m_server->setOneFlushPerRead(true);
     m_server->sendResponse("unasked", 1);
     QCOMPARE(m_peer->receive(), QByteArray("__BEGIN__unasked__END__"));
 }
 
-void tst_IPCFlush::writesFromAnEventLoopInASlot()
+void tst_ipcflush::writesFromAnEventLoopInASlot()
 {
     m_server->setOneFlushPerRead(true);
     QByteArray received;
@@ -116,7 +119,7 @@ void tst_IPCFlush::writesFromAnEventLoopInASlot()
     QTRY_COMPARE(received, QByteArray("__BEGIN__1__END__"));
 }
 
-void tst_IPCFlush::letsASlotDeleteTheServerBeforeTheFlush()
+void tst_ipcflush::letsASlotDeleteTheServerBeforeTheFlush()
 {
     m_server->setOneFlushPerRead(true);
     connect(m_server.get(), &IPCServer::sigMessageReceived, this, [&](const QString& text, int id) {
@@ -128,7 +131,7 @@ void tst_IPCFlush::letsASlotDeleteTheServerBeforeTheFlush()
     QTRY_VERIFY(m_peer->isEnded());
 }
 
-void tst_IPCFlush::letsTheFlushFindThatTheClientHasVanished()
+void tst_ipcflush::letsTheFlushFindThatTheClientHasVanished()
 {
     m_server->setOneFlushPerRead(true);
     QSignalSpy gone(m_server.get(), &IPCServer::sigIPCServerDisconnected);
@@ -141,7 +144,7 @@ void tst_IPCFlush::letsTheFlushFindThatTheClientHasVanished()
     QVERIFY(!m_server->hasClientConnected());
 }
 
-void tst_IPCFlush::sendsTheClientsMessagesOfOneRead()
+void tst_ipcflush::sendsTheClientsMessagesOfOneRead()
 {
     IPCClient client(socketPath(*m_server));
     client.setOneFlushPerRead(true);
@@ -160,7 +163,7 @@ void tst_IPCFlush::sendsTheClientsMessagesOfOneRead()
     QTRY_COMPARE(atServer, QStringList({"first", "a", "b"}));
 }
 
-void tst_IPCFlush::keepsTheOrderBehindWhatTheSystemDoesNotTake()
+void tst_ipcflush::keepsTheOrderBehindWhatTheSystemDoesNotTake()
 {
     const QString large(3 * 1024 * 1024, QChar('x'));
     m_server->sendResponse(large, 1);
@@ -170,5 +173,37 @@ void tst_IPCFlush::keepsTheOrderBehindWhatTheSystemDoesNotTake()
     QCOMPARE(received, (framed(large) + framed("behind")).toUtf8());
 }
 
-QTEST_GUILESS_MAIN(tst_IPCFlush)
+// The system has room again when the second message is sent, but a part of the first still waits.
+void tst_ipcflush::keepsTheOrderWhenThePeerReadsLate()
+{
+    const QString large(3 * 1024 * 1024, QChar('x'));
+    m_server->sendResponse(large, 1);
+    QByteArray received = m_peer->receive(); // without the server's event loop
+    QVERIFY(!received.isEmpty() && received.size() < large.size());
+    m_server->sendResponse("behind", 1);
+    m_server->broadcastMsg("last");
+    QTRY_VERIFY((received += m_peer->receive()).endsWith("__BEGIN__last__END__"));
+    QVERIFY(received == (framed(large) + framed("behind") + framed("last")).toUtf8());
+}
+
+void tst_ipcflush::clientKeepsTheOrderWhenThePeerReadsLate()
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("socket");
+    const int listening = listenAt(path, 1);
+    IPCClient client(path);
+    client.connectToServer();
+    QVERIFY(client.isConnected());
+    RawPeer peer = RawPeer::accept(listening);
+    ::close(listening);
+    const QString large(3 * 1024 * 1024, QChar('x'));
+    QCOMPARE(client.sendblock(large), 0);
+    QByteArray received = peer.receive();
+    QVERIFY(!received.isEmpty() && received.size() < large.size());
+    QCOMPARE(client.sendblock("behind"), 0);
+    QTRY_VERIFY((received += peer.receive()).endsWith("__BEGIN__behind__END__"));
+    QVERIFY(received == (framed(large) + framed("behind")).toUtf8());
+}
+
+QTEST_GUILESS_MAIN(tst_ipcflush)
 #include "tst_ipcflush.moc"

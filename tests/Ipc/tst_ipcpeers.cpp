@@ -36,7 +36,7 @@ void compareEcho(IPCServer& server)
 
 } // namespace
 
-class tst_IPCPeers : public QObject
+class tst_ipcpeers : public QObject
 {
     Q_OBJECT
 
@@ -55,7 +55,7 @@ private Q_SLOTS:
     void aKilledServersNameIsTakenOver();
 };
 
-void tst_IPCPeers::serverOutlivesAClientKilledInMidFrame()
+void tst_ipcpeers::serverOutlivesAClientKilledInMidFrame()
 {
     IPCServer server;
     server.startListen(randomServerName());
@@ -72,7 +72,7 @@ void tst_IPCPeers::serverOutlivesAClientKilledInMidFrame()
     compareEcho(server);
 }
 
-void tst_IPCPeers::serverTakesAFloodOfFrames()
+void tst_ipcpeers::serverTakesAFloodOfFrames()
 {
     IPCServer server;
     server.startListen(randomServerName());
@@ -85,7 +85,7 @@ void tst_IPCPeers::serverTakesAFloodOfFrames()
     QCOMPARE(peer.exitCode(), 0);
 }
 
-void tst_IPCPeers::serverTakesAFloodWithoutMarkers()
+void tst_ipcpeers::serverTakesAFloodWithoutMarkers()
 {
     IPCServer server;
     server.startListen(randomServerName());
@@ -103,7 +103,7 @@ void tst_IPCPeers::serverTakesAFloodWithoutMarkers()
     QCOMPARE(received.size(), 1); // the ping
 }
 
-void tst_IPCPeers::serverDoesNotWaitForAClientThatDoesNotRead()
+void tst_ipcpeers::serverDoesNotWaitForAClientThatDoesNotRead()
 {
     IPCServer server;
     server.startListen(randomServerName());
@@ -117,7 +117,7 @@ void tst_IPCPeers::serverDoesNotWaitForAClientThatDoesNotRead()
     QVERIFY(server.hasClientConnected());
 }
 
-void tst_IPCPeers::serverTakesEveryByteValue()
+void tst_ipcpeers::serverTakesEveryByteValue()
 {
     IPCServer server;
     server.startListen(randomServerName());
@@ -133,7 +133,7 @@ void tst_IPCPeers::serverTakesEveryByteValue()
     compareEcho(server);
 }
 
-void tst_IPCPeers::serverTakesManyConnections()
+void tst_ipcpeers::serverTakesManyConnections()
 {
     IPCServer server;
     server.startListen(randomServerName());
@@ -148,7 +148,7 @@ void tst_IPCPeers::serverTakesManyConnections()
     compareEcho(server);
 }
 
-void tst_IPCPeers::clientOutlivesAServerThatVanishesInMidFrame()
+void tst_ipcpeers::clientOutlivesAServerThatVanishesInMidFrame()
 {
     // A listener without any rules: it sends half a frame and ends the connection.
     QLocalServer listener;
@@ -169,7 +169,7 @@ void tst_IPCPeers::clientOutlivesAServerThatVanishesInMidFrame()
     QCOMPARE(received.size(), 1); // the client's own
 }
 
-void tst_IPCPeers::clientDoesNotWaitForAServerThatDoesNotRead()
+void tst_ipcpeers::clientDoesNotWaitForAServerThatDoesNotRead()
 {
     QLocalServer listener;
     const QString name = randomServerName();
@@ -186,7 +186,7 @@ void tst_IPCPeers::clientDoesNotWaitForAServerThatDoesNotRead()
     QVERIFY(client.isConnected());
 }
 
-void tst_IPCPeers::clientTakesEveryByteValue()
+void tst_ipcpeers::clientTakesEveryByteValue()
 {
     QLocalServer listener;
     const QString name = randomServerName();
@@ -211,7 +211,7 @@ void tst_IPCPeers::clientTakesEveryByteValue()
     QVERIFY(client.isConnected());
 }
 
-void tst_IPCPeers::processesTalkBothWays()
+void tst_ipcpeers::processesTalkBothWays()
 {
     const QString name = randomServerName();
     ChildProcess peer(HELPER_IPCPEER, {"server", name});
@@ -233,7 +233,7 @@ void tst_IPCPeers::processesTalkBothWays()
     QTRY_VERIFY(!client.isConnected());
 }
 
-void tst_IPCPeers::clientProcessHearsTheBroadcast()
+void tst_ipcpeers::clientProcessHearsTheBroadcast()
 {
     auto server = std::make_unique<IPCServer>();
     QStringList received;
@@ -256,7 +256,7 @@ void tst_IPCPeers::clientProcessHearsTheBroadcast()
     QCOMPARE(second.exitCode(), 0);
 }
 
-void tst_IPCPeers::aKilledServersNameIsTakenOver()
+void tst_ipcpeers::aKilledServersNameIsTakenOver()
 {
     const QString name = randomServerName();
     IPCClient client(name);
@@ -278,5 +278,5 @@ void tst_IPCPeers::aKilledServersNameIsTakenOver()
     QTRY_COMPARE(received.size(), 1);
 }
 
-QTEST_GUILESS_MAIN(tst_IPCPeers)
+QTEST_GUILESS_MAIN(tst_ipcpeers)
 #include "tst_ipcpeers.moc"

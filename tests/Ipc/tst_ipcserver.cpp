@@ -36,7 +36,7 @@ struct Listening
     IPCServer server;
 };
 
-class tst_IPCServer : public QObject
+class tst_ipcserver : public QObject
 {
     Q_OBJECT
 
@@ -69,7 +69,7 @@ private Q_SLOTS:
     void cutsLongTextsInTheLog();
 };
 
-void tst_IPCServer::listsTheSignalFormsWithDefaults()
+void tst_ipcserver::listsTheSignalFormsWithDefaults()
 {
     const QMetaObject& meta = IPCServer::staticMetaObject;
     for (const char* signature : {"sigIPCServerConnected(int)", "sigIPCServerConnected()",
@@ -83,7 +83,7 @@ void tst_IPCServer::listsTheSignalFormsWithDefaults()
     }
 }
 
-void tst_IPCServer::numbersClientsInOrder()
+void tst_ipcserver::numbersClientsInOrder()
 {
     Listening to;
     QVERIFY(!to.server.hasClientConnected());
@@ -94,7 +94,7 @@ void tst_IPCServer::numbersClientsInOrder()
     QVERIFY(to.server.hasClientConnected());
 }
 
-void tst_IPCServer::restartsAtOneWhenAllHaveGone()
+void tst_ipcserver::restartsAtOneWhenAllHaveGone()
 {
     Listening to;
     {
@@ -109,7 +109,7 @@ void tst_IPCServer::restartsAtOneWhenAllHaveGone()
     QCOMPARE(to.events.last(), QString("+1"));
 }
 
-void tst_IPCServer::keepsCountingWhileAClientIsLeft()
+void tst_ipcserver::keepsCountingWhileAClientIsLeft()
 {
     Listening to;
     RawPeer first(to.path);
@@ -121,7 +121,7 @@ void tst_IPCServer::keepsCountingWhileAClientIsLeft()
     QTRY_COMPARE(to.events, (QStringList{"+1", "+2", "-1", "+3"}));
 }
 
-void tst_IPCServer::deliversMessagesWithTheClientsId()
+void tst_ipcserver::deliversMessagesWithTheClientsId()
 {
     Listening to;
     RawPeer first(to.path);
@@ -135,7 +135,7 @@ void tst_IPCServer::deliversMessagesWithTheClientsId()
     QTRY_COMPARE(to.events.mid(5), QStringList{QString("2:") + QChar(0xE9)});
 }
 
-void tst_IPCServer::deliversWhatWasSentBeforeTheConnectionWasAccepted()
+void tst_ipcserver::deliversWhatWasSentBeforeTheConnectionWasAccepted()
 {
     Listening to;
     RawPeer peer(to.path); // the system connects it although the server has not run yet
@@ -143,7 +143,7 @@ void tst_IPCServer::deliversWhatWasSentBeforeTheConnectionWasAccepted()
     QTRY_COMPARE(to.events, (QStringList{"+1", "1:early"}));
 }
 
-void tst_IPCServer::announcesAClientThatHasGoneBeforeItWasAccepted()
+void tst_ipcserver::announcesAClientThatHasGoneBeforeItWasAccepted()
 {
     Listening to;
     RawPeer peer(to.path);
@@ -153,7 +153,7 @@ void tst_IPCServer::announcesAClientThatHasGoneBeforeItWasAccepted()
     QVERIFY(!to.server.hasClientConnected());
 }
 
-void tst_IPCServer::startsEachConnectionWithAnEmptyBuffer()
+void tst_ipcserver::startsEachConnectionWithAnEmptyBuffer()
 {
     Listening to;
     RawPeer first(to.path);
@@ -166,7 +166,7 @@ void tst_IPCServer::startsEachConnectionWithAnEmptyBuffer()
     QTRY_COMPARE(to.events.mid(2), (QStringList{"+1", "1:whole__END__"}));
 }
 
-void tst_IPCServer::answersOneClient()
+void tst_ipcserver::answersOneClient()
 {
     Listening to;
     RawPeer first(to.path);
@@ -177,7 +177,7 @@ void tst_IPCServer::answersOneClient()
     QCOMPARE(first.receive(), QByteArray());
 }
 
-void tst_IPCServer::refusesAnUnknownClient()
+void tst_ipcserver::refusesAnUnknownClient()
 {
     const LogCapture log;
     Listening to;
@@ -187,7 +187,7 @@ void tst_IPCServer::refusesAnUnknownClient()
     QCOMPARE(to.server.sendResponse("text", -1), -1);
 }
 
-void tst_IPCServer::findsNoEntryForAClientThatHasGone()
+void tst_ipcserver::findsNoEntryForAClientThatHasGone()
 {
     Listening to;
     RawPeer peer(to.path);
@@ -197,7 +197,7 @@ void tst_IPCServer::findsNoEntryForAClientThatHasGone()
     QCOMPARE(to.server.sendResponse("late", 1), -1);
 }
 
-void tst_IPCServer::survivesAReplyToAClientThatVanishedUnnoticed()
+void tst_ipcserver::survivesAReplyToAClientThatVanishedUnnoticed()
 {
     Listening to;
     RawPeer peer(to.path);
@@ -208,7 +208,7 @@ void tst_IPCServer::survivesAReplyToAClientThatVanishedUnnoticed()
     QVERIFY(!to.server.hasClientConnected());
 }
 
-void tst_IPCServer::takesAnEntryWithoutSocket()
+void tst_ipcserver::takesAnEntryWithoutSocket()
 {
     Listening to;
     // The listener says that a connection came, but has none.
@@ -219,7 +219,7 @@ void tst_IPCServer::takesAnEntryWithoutSocket()
     QVERIFY(to.server.hasClientConnected());
 }
 
-void tst_IPCServer::broadcastsInAscendingOrder()
+void tst_ipcserver::broadcastsInAscendingOrder()
 {
     const LogCapture log;
     Listening to;
@@ -237,7 +237,7 @@ void tst_IPCServer::broadcastsInAscendingOrder()
     QCOMPARE(order, (QStringList{"1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11"}));
 }
 
-void tst_IPCServer::usesChangedMarkersForAllClients()
+void tst_ipcserver::usesChangedMarkersForAllClients()
 {
     Listening to;
     RawPeer peer(to.path);
@@ -254,7 +254,7 @@ void tst_IPCServer::usesChangedMarkersForAllClients()
     QTRY_COMPARE(to.events.last(), QString("2:e"));
 }
 
-void tst_IPCServer::leavesASecondConnectionPending()
+void tst_ipcserver::leavesASecondConnectionPending()
 {
     const LogCapture log;
     Listening to([](IPCServer& server) { server.setOnlyOneConnectionSupport(); });
@@ -274,7 +274,7 @@ void tst_IPCServer::leavesASecondConnectionPending()
     QVERIFY(!second.isEnded());
 }
 
-void tst_IPCServer::takesAPendingConnectionWithTheNextOne()
+void tst_ipcserver::takesAPendingConnectionWithTheNextOne()
 {
     const LogCapture log;
     Listening to([](IPCServer& server) { server.setOnlyOneConnectionSupport(); });
@@ -294,7 +294,7 @@ void tst_IPCServer::takesAPendingConnectionWithTheNextOne()
 }
 
 // A listener takes no notice of further connections while it keeps too many pending ones.
-void tst_IPCServer::staysReachableAfterManyPendingConnections()
+void tst_ipcserver::staysReachableAfterManyPendingConnections()
 {
     Listening to([](IPCServer& server) { server.setOnlyOneConnectionSupport(); });
     RawPeer first(to.path);
@@ -317,7 +317,7 @@ void tst_IPCServer::staysReachableAfterManyPendingConnections()
     }));
 }
 
-void tst_IPCServer::keepsClientsWhenClosed()
+void tst_ipcserver::keepsClientsWhenClosed()
 {
     Listening to;
     RawPeer peer(to.path);
@@ -336,7 +336,7 @@ void tst_IPCServer::keepsClientsWhenClosed()
     to.server.close();
 }
 
-void tst_IPCServer::endsPendingConnectionsWhenClosed()
+void tst_ipcserver::endsPendingConnectionsWhenClosed()
 {
     const LogCapture log;
     Listening to([](IPCServer& server) { server.setOnlyOneConnectionSupport(); });
@@ -349,7 +349,7 @@ void tst_IPCServer::endsPendingConnectionsWhenClosed()
     QVERIFY(!first.isEnded());
 }
 
-void tst_IPCServer::listensAgainAfterClose()
+void tst_ipcserver::listensAgainAfterClose()
 {
     Listening to;
     RawPeer first(to.path);
@@ -367,7 +367,7 @@ void tst_IPCServer::listensAgainAfterClose()
     QCOMPARE(first.receive(), QByteArray("__BEGIN__x__END__"));
 }
 
-void tst_IPCServer::replacesAStaleSocketFile()
+void tst_ipcserver::replacesAStaleSocketFile()
 {
     QTemporaryDir folder;
     const QString path = folder.filePath("socket");
@@ -383,7 +383,7 @@ void tst_IPCServer::replacesAStaleSocketFile()
     QVERIFY(!log.contains("Not able to start the Server"));
 }
 
-void tst_IPCServer::logsThatItCannotListen()
+void tst_ipcserver::logsThatItCannotListen()
 {
     const LogCapture log;
     IPCServer server;
@@ -394,7 +394,7 @@ void tst_IPCServer::logsThatItCannotListen()
     server.close();
 }
 
-void tst_IPCServer::logsTheStepsOfAConnection()
+void tst_ipcserver::logsTheStepsOfAConnection()
 {
     const LogCapture log;
     Listening to;
@@ -413,7 +413,7 @@ void tst_IPCServer::logsTheStepsOfAConnection()
                                  "Ipc/ipcserver socket_disconnected socket_disconnected 1 "}));
 }
 
-void tst_IPCServer::logsMessagesAndReplies()
+void tst_ipcserver::logsMessagesAndReplies()
 {
     const LogCapture log;
     Listening to;
@@ -431,7 +431,7 @@ void tst_IPCServer::logsMessagesAndReplies()
     QCOMPARE(log.count("Ipc/ipcserver sendResponse send response: __BEGIN__text__END__ "), 1);
 }
 
-void tst_IPCServer::cutsLongTextsInTheLog()
+void tst_ipcserver::cutsLongTextsInTheLog()
 {
     const LogCapture log;
     Listening to;
@@ -444,5 +444,5 @@ void tst_IPCServer::cutsLongTextsInTheLog()
     QVERIFY(lines.first().contains("100016 characters"));
 }
 
-QTEST_GUILESS_MAIN(tst_IPCServer)
+QTEST_GUILESS_MAIN(tst_ipcserver)
 #include "tst_ipcserver.moc"

@@ -7,6 +7,7 @@
 #include "support/rawpeer.h"
 
 #include <QPointer>
+#include <QSignalSpy>
 #include <QTimer>
 #include <QtTest>
 
@@ -128,7 +129,7 @@ void comeAndGo(const QString& path, const QPointer<IPCServer>& server, const boo
 
 } // namespace
 
-class tst_IPCSlots : public QObject
+class tst_ipcslots : public QObject
 {
     Q_OBJECT
 
@@ -141,8 +142,12 @@ private Q_SLOTS:
     void serverStopsDeliveringWhenItIsDeleted();
     void serverDeliversTheRestOfAReadWhenTheClientIsGone();
     void serverDeliversWhatCameWhileASlotRanAnEventLoop();
+    void serverKeepsTheSocketOfASlotThatOutlastsItsLinger();
     void clientSlotsMayDoAnything_data();
     void clientSlotsMayDoAnything();
+    void clientMayConnectAgainInsideTheErrorOfALoss();
+    void clientMayConnectAgainInsideTheErrorOfAnAttempt();
+    void clientMayConnectAgainFromAnEventLoopInTheError();
     void clientMayEndInsideItsOwnReply();
     void clientMayEndInsideASend();
     void clientMaySendWheneverAnErrorComes();
@@ -151,7 +156,7 @@ private Q_SLOTS:
     void peersInOneProcessMayEndEachOther();
 };
 
-void tst_IPCSlots::serverSlotsMayDoAnything_data()
+void tst_ipcslots::serverSlotsMayDoAnything_data()
 {
     QTest::addColumn<int>("signal");
     QTest::addColumn<int>("action");
@@ -163,7 +168,7 @@ void tst_IPCSlots::serverSlotsMayDoAnything_data()
     }
 }
 
-void tst_IPCSlots::serverSlotsMayDoAnything()
+void tst_ipcslots::serverSlotsMayDoAnything()
 {
     QFETCH(int, signal);
     QFETCH(int, action);
@@ -182,7 +187,7 @@ void tst_IPCSlots::serverSlotsMayDoAnything()
     delete server;
 }
 
-void tst_IPCSlots::serverMayEndInsideAReply()
+void tst_ipcslots::serverMayEndInsideAReply()
 {
     QPointer<IPCServer> server = new IPCServer;
     server->startListen(randomServerName());
@@ -195,7 +200,7 @@ void tst_IPCSlots::serverMayEndInsideAReply()
     QTRY_VERIFY(server.isNull());
 }
 
-void tst_IPCSlots::serverMayEndInsideABroadcast()
+void tst_ipcslots::serverMayEndInsideABroadcast()
 {
     QPointer<IPCServer> server = new IPCServer;
     server->startListen(randomServerName());
@@ -210,7 +215,7 @@ void tst_IPCSlots::serverMayEndInsideABroadcast()
     QTRY_VERIFY(second.isEnded());
 }
 
-void tst_IPCSlots::broadcastPassesOverClientsThatSlotsEnd()
+void tst_ipcslots::broadcastPassesOverClientsThatSlotsEnd()
 {
     IPCServer server;
     server.startListen(randomServerName());
@@ -234,7 +239,7 @@ void tst_IPCSlots::broadcastPassesOverClientsThatSlotsEnd()
     QCOMPARE(fourth.receive().count("outer"), 1);
 }
 
-void tst_IPCSlots::serverStopsDeliveringWhenItIsDeleted()
+void tst_ipcslots::serverStopsDeliveringWhenItIsDeleted()
 {
     QPointer<IPCServer> server = new IPCServer;
     server->startListen(randomServerName());
@@ -250,7 +255,7 @@ void tst_IPCSlots::serverStopsDeliveringWhenItIsDeleted()
     QTRY_VERIFY(peer.isEnded());
 }
 
-void tst_IPCSlots::serverDeliversTheRestOfAReadWhenTheClientIsGone()
+void tst_ipcslots::serverDeliversTheRestOfAReadWhenTheClientIsGone()
 {
     IPCServer server;
     server.startListen(randomServerName());
@@ -268,7 +273,7 @@ void tst_IPCSlots::serverDeliversTheRestOfAReadWhenTheClientIsGone()
     QCOMPARE(events, (QStringList{"1:1", "gone", "0", "1:2", "-1", "1:3", "-1"}));
 }
 
-void tst_IPCSlots::serverDeliversWhatCameWhileASlotRanAnEventLoop()
+void tst_ipcslots::serverDeliversWhatCameWhileASlotRanAnEventLoop()
 {
     IPCServer server;
     server.startListen(randomServerName());
@@ -287,7 +292,35 @@ void tst_IPCSlots::serverDeliversWhatCameWhileASlotRanAnEventLoop()
     QTRY_COMPARE(bodies, (QStringList{"first", "second"}));
 }
 
-void tst_IPCSlots::clientSlotsMayDoAnything_data()
+void tst_ipcslots::serverKeepsTheSocketOfASlotThatOutlastsItsLinger()
+{
+    IPCServer server;
+    server.startListen(randomServerName());
+    server.findChild<QObject*>("departedConnections")->setProperty("lingerMs", 10);
+    QList<int> gone;
+    connect(&server, &IPCServer::sigIPCServerDisconnected, &server, [&](int id) { gone << id; });
+    RawPeer first(socketPath(server));
+    QTRY_VERIFY(server.hasClientConnected());
+    const QPointer<QLocalSocket> firstSocket = server.findChild<QLocalSocket*>();
+    RawPeer second(socketPath(server));
+    QTRY_COMPARE(server.findChildren<QLocalSocket*>().size(), 2);
+    const QPointer<QLocalSocket> secondSocket = server.findChildren<QLocalSocket*>().last();
+    QVERIFY(firstSocket != secondSocket);
+    QStringList events;
+    connect(&server, &IPCServer::sigMessageReceived, &server, [&](const QString& body) {
+        events << body;
+        first.end();
+        QTRY_COMPARE(gone, QList<int>{1});
+        second.end();
+        QTRY_VERIFY(!secondSocket); // the time of both is over
+        events << (firstSocket ? "kept" : "deleted");
+    });
+    first.send("__BEGIN__1__END__");
+    QTRY_COMPARE(events, (QStringList{"1", "kept"}));
+    QTRY_VERIFY(!firstSocket);
+}
+
+void tst_ipcslots::clientSlotsMayDoAnything_data()
 {
     QTest::addColumn<QByteArray>("signal");
     QTest::addColumn<int>("action");
@@ -298,7 +331,7 @@ void tst_IPCSlots::clientSlotsMayDoAnything_data()
     }
 }
 
-void tst_IPCSlots::clientSlotsMayDoAnything()
+void tst_ipcslots::clientSlotsMayDoAnything()
 {
     QFETCH(QByteArray, signal);
     QFETCH(int, action);
@@ -336,7 +369,78 @@ void tst_IPCSlots::clientSlotsMayDoAnything()
     delete client;
 }
 
-void tst_IPCSlots::clientMayEndInsideItsOwnReply()
+void tst_ipcslots::clientMayConnectAgainInsideTheErrorOfALoss()
+{
+    const QString name = randomServerName();
+    auto server = std::make_unique<IPCServer>();
+    server->startListen(name);
+    IPCClient client(name);
+    std::unique_ptr<IPCServer> next;
+    QSignalSpy lost(&client, &IPCClient::sigIPCServerDisconnected);
+    QSignalSpy connected(&client, &IPCClient::sigIPCServerConnected);
+    // The error of a loss comes while the client still counts as connected.
+    connect(&client, &IPCClient::sigIPCSocketError, &client, [&] { client.connectToServer(); });
+    connect(&client, &IPCClient::sigIPCServerDisconnected, &client, [&] {
+        next = std::make_unique<IPCServer>();
+        next->startListen(name);
+        client.connectToServer();
+    });
+    client.connectToServer();
+    QTRY_VERIFY(server->hasClientConnected());
+    server.reset();
+    QTRY_VERIFY(next && next->hasClientConnected());
+    QSignalSpy received(next.get(), &IPCServer::sigMessageReceived);
+    QCOMPARE(client.sendblock("still there"), 0);
+    QTRY_COMPARE(received.size(), 1);
+    QCOMPARE(lost.size(), 1);
+    QCOMPARE(connected.size(), 2);
+}
+
+void tst_ipcslots::clientMayConnectAgainInsideTheErrorOfAnAttempt()
+{
+    const QString name = randomServerName();
+    IPCServer server;
+    QSignalSpy received(&server, &IPCServer::sigMessageReceived);
+    IPCClient client(name);
+    int errors = 0;
+    connect(&client, &IPCClient::sigIPCSocketError, &client, [&] {
+        ++errors;
+        server.startListen(name);
+        client.connectToServer();
+    });
+    client.connectToServer();
+    QTRY_VERIFY(client.isConnected());
+    QTRY_VERIFY(server.hasClientConnected());
+    QCOMPARE(client.sendblock("here"), 0);
+    QTRY_COMPARE(received.size(), 1);
+    QCOMPARE(errors, 1);
+}
+
+void tst_ipcslots::clientMayConnectAgainFromAnEventLoopInTheError()
+{
+    const QString name = randomServerName();
+    IPCServer server;
+    QSignalSpy received(&server, &IPCServer::sigMessageReceived);
+    IPCClient client(name);
+    int errors = 0;
+    connect(&client, &IPCClient::sigIPCSocketError, &client, [&] {
+        ++errors;
+        server.startListen(name);
+        QEventLoop loop;
+        QTimer::singleShot(0, &loop, [&] {
+            client.connectToServer();
+            loop.quit();
+        });
+        loop.exec();
+    });
+    client.connectToServer();
+    QTRY_VERIFY(client.isConnected());
+    QCOMPARE(client.sendblock("here"), 0);
+    QTRY_COMPARE(received.size(), 1);
+    QCOMPARE(errors, 1);
+}
+
+void tst_ipcslots::clientMayEndInsideItsOwnReply()
 {
     QPointer<IPCClient> client = new IPCClient(randomServerName());
     connect(client, &IPCClient::sigMessageReceived, client, [&] { delete client; });
@@ -344,7 +448,7 @@ void tst_IPCSlots::clientMayEndInsideItsOwnReply()
     QVERIFY(client.isNull());
 }
 
-void tst_IPCSlots::clientMayEndInsideASend()
+void tst_ipcslots::clientMayEndInsideASend()
 {
     auto server = std::make_unique<IPCServer>();
     const QString name = randomServerName();
@@ -358,7 +462,7 @@ void tst_IPCSlots::clientMayEndInsideASend()
     QVERIFY(client.isNull());
 }
 
-void tst_IPCSlots::clientMaySendWheneverAnErrorComes()
+void tst_ipcslots::clientMaySendWheneverAnErrorComes()
 {
     auto server = std::make_unique<IPCServer>();
     const QString name = randomServerName();
@@ -376,7 +480,7 @@ void tst_IPCSlots::clientMaySendWheneverAnErrorComes()
     QVERIFY(errors < 10);
 }
 
-void tst_IPCSlots::clientMayAskAgainWheneverAReplyComes()
+void tst_ipcslots::clientMayAskAgainWheneverAReplyComes()
 {
     IPCClient client(randomServerName());
     int replies = 0;
@@ -388,7 +492,7 @@ void tst_IPCSlots::clientMayAskAgainWheneverAReplyComes()
     QCOMPARE(replies, 100);
 }
 
-void tst_IPCSlots::clientDeliversWhatCameWhileASlotRanAnEventLoop()
+void tst_ipcslots::clientDeliversWhatCameWhileASlotRanAnEventLoop()
 {
     IPCServer server;
     const QString name = randomServerName();
@@ -410,7 +514,7 @@ void tst_IPCSlots::clientDeliversWhatCameWhileASlotRanAnEventLoop()
     QTRY_COMPARE(bodies, (QStringList{"1", "2"}));
 }
 
-void tst_IPCSlots::peersInOneProcessMayEndEachOther()
+void tst_ipcslots::peersInOneProcessMayEndEachOther()
 {
     auto server = std::make_unique<IPCServer>();
     const QString name = randomServerName();
@@ -438,5 +542,5 @@ void tst_IPCSlots::peersInOneProcessMayEndEachOther()
     QTRY_VERIFY(!client->isConnected());
 }
 
-QTEST_GUILESS_MAIN(tst_IPCSlots)
+QTEST_GUILESS_MAIN(tst_ipcslots)
 #include "tst_ipcslots.moc"

@@ -33,7 +33,7 @@ QString outcomeAfter(MessageFrame& frame, const QByteArray& bytes)
 
 } // namespace
 
-class tst_MessageFrame : public QObject
+class tst_messageframe : public QObject
 {
     Q_OBJECT
 
@@ -70,7 +70,7 @@ private Q_SLOTS:
     void staysFastOnLongInput();
 };
 
-void tst_MessageFrame::deliversBodiesAsTextOrBytes()
+void tst_messageframe::deliversBodiesAsTextOrBytes()
 {
     MessageFrame frame;
     frame.append("__BEGIN__\xC3\xA9\xFF__END____BEGIN__\xEF\xBB\xBF\xFF__END__");
@@ -83,7 +83,7 @@ void tst_MessageFrame::deliversBodiesAsTextOrBytes()
     QCOMPARE(frame.next(bytes), MessageFrame::Done);
 }
 
-void tst_MessageFrame::namesTheLengthOfALongBuffer()
+void tst_messageframe::namesTheLengthOfALongBuffer()
 {
     const QByteArray euro = "\xE2\x82\xAC";
     MessageFrame frame;
@@ -99,7 +99,7 @@ void tst_MessageFrame::namesTheLengthOfALongBuffer()
     QCOMPARE(frame.buffer().size(), 16387);
 }
 
-void tst_MessageFrame::neverFindsHalfACharacter()
+void tst_messageframe::neverFindsHalfACharacter()
 {
     MessageFrame frame(QString(QChar(0xD83D)), "b");
     frame.append("\xF0\x9F\x98\x80?\xEF\xBF\xBD"
@@ -111,7 +111,7 @@ void tst_MessageFrame::neverFindsHalfACharacter()
     QCOMPARE(frame.next(body), MessageFrame::NoEnd);
 }
 
-void tst_MessageFrame::wrapsAMessageBetweenTheMarkers()
+void tst_messageframe::wrapsAMessageBetweenTheMarkers()
 {
     QCOMPARE(MessageFrame::wrap("__BEGIN__", "{}\n", "__END__"),
              QByteArray("__BEGIN__{}\n__END__"));
@@ -119,7 +119,7 @@ void tst_MessageFrame::wrapsAMessageBetweenTheMarkers()
     QCOMPARE(MessageFrame::defaultEnd(), QString("__END__"));
 }
 
-void tst_MessageFrame::cutsOneRead_data()
+void tst_messageframe::cutsOneRead_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<QStringList>("bodies");
@@ -153,7 +153,7 @@ void tst_MessageFrame::cutsOneRead_data()
                                 << "__begin__a__end__";
 }
 
-void tst_MessageFrame::cutsOneRead()
+void tst_messageframe::cutsOneRead()
 {
     QFETCH(QByteArray, bytes);
     QFETCH(QStringList, bodies);
@@ -164,7 +164,7 @@ void tst_MessageFrame::cutsOneRead()
     QCOMPARE(frame.buffer(), kept);
 }
 
-void tst_MessageFrame::deliversAFrameSplitAtAnyByteOnce_data()
+void tst_messageframe::deliversAFrameSplitAtAnyByteOnce_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<QStringList>("bodies");
@@ -180,7 +180,7 @@ void tst_MessageFrame::deliversAFrameSplitAtAnyByteOnce_data()
                                   << QStringList{"", ""};
 }
 
-void tst_MessageFrame::deliversAFrameSplitAtAnyByteOnce()
+void tst_messageframe::deliversAFrameSplitAtAnyByteOnce()
 {
     QFETCH(QByteArray, bytes);
     QFETCH(QStringList, bodies);
@@ -197,7 +197,7 @@ void tst_MessageFrame::deliversAFrameSplitAtAnyByteOnce()
     }
 }
 
-void tst_MessageFrame::deliversAFrameOfThreeReadsAfterTheThird()
+void tst_messageframe::deliversAFrameOfThreeReadsAfterTheThird()
 {
     MessageFrame frame;
     QCOMPARE(read(frame, "__BEG"), QStringList());
@@ -206,7 +206,7 @@ void tst_MessageFrame::deliversAFrameOfThreeReadsAfterTheThird()
     QCOMPARE(read(frame, ""), QStringList());
 }
 
-void tst_MessageFrame::deliversAFrameOfSingleByteReads()
+void tst_messageframe::deliversAFrameOfSingleByteReads()
 {
     const QByteArray bytes("??__BEGIN__\xE2\x82\xAC__END____BEGIN__b__END__");
     MessageFrame frame;
@@ -216,7 +216,7 @@ void tst_MessageFrame::deliversAFrameOfSingleByteReads()
     QCOMPARE(bodies, (QStringList{QString(QChar(0x20AC)), "b"}));
 }
 
-void tst_MessageFrame::saysWhyItStopped()
+void tst_messageframe::saysWhyItStopped()
 {
     MessageFrame frame;
     QCOMPARE(outcomeAfter(frame, "x"), QString("no head"));
@@ -227,7 +227,7 @@ void tst_MessageFrame::saysWhyItStopped()
     QCOMPARE(outcomeAfter(frame, "__BEGIN__a__END____END__"), QString("no head"));
 }
 
-void tst_MessageFrame::passesOverAHeadBeforeThePlaceOfTheHeadBeforeIt()
+void tst_messageframe::passesOverAHeadBeforeThePlaceOfTheHeadBeforeIt()
 {
     MessageFrame frame;
     // The first head stands at 3; the second, once the first frame is gone, at 0.
@@ -245,7 +245,7 @@ void tst_MessageFrame::passesOverAHeadBeforeThePlaceOfTheHeadBeforeIt()
     QCOMPARE(frame.buffer(), QString("__BEGIN__c__END__"));
 }
 
-void tst_MessageFrame::findsAMarkerCutByARead()
+void tst_messageframe::findsAMarkerCutByARead()
 {
     MessageFrame frame;
     QCOMPARE(read(frame, "a_"), QStringList());
@@ -255,7 +255,7 @@ void tst_MessageFrame::findsAMarkerCutByARead()
     QCOMPARE(frame.buffer(), QString("c_"));
 }
 
-void tst_MessageFrame::dropsWhatFollowsAZeroByteInTheSameRead()
+void tst_messageframe::dropsWhatFollowsAZeroByteInTheSameRead()
 {
     MessageFrame frame;
     QCOMPARE(read(frame, QByteArray("__BEGIN__a\0lost__END__", 22)), QStringList());
@@ -265,7 +265,7 @@ void tst_MessageFrame::dropsWhatFollowsAZeroByteInTheSameRead()
     QCOMPARE(frame.buffer(), QString());
 }
 
-void tst_MessageFrame::damagesACharacterCutByAZeroByteOnly()
+void tst_messageframe::damagesACharacterCutByAZeroByteOnly()
 {
     MessageFrame frame;
     read(frame, QByteArray("a\xE2\x82\0z", 5));
@@ -282,7 +282,7 @@ void tst_MessageFrame::damagesACharacterCutByAZeroByteOnly()
     QVERIFY(frame.buffer().startsWith(QChar(0xFFFD)));
 }
 
-void tst_MessageFrame::keepsCharactersCutByReads_data()
+void tst_messageframe::keepsCharactersCutByReads_data()
 {
     QTest::addColumn<QByteArray>("character");
     QTest::addColumn<uint>("code");
@@ -297,7 +297,7 @@ void tst_MessageFrame::keepsCharactersCutByReads_data()
     QTest::newRow("U+10FFFF") << QByteArray("\xF4\x8F\xBF\xBF") << 0x10FFFFu;
 }
 
-void tst_MessageFrame::keepsCharactersCutByReads()
+void tst_messageframe::keepsCharactersCutByReads()
 {
     QFETCH(QByteArray, character);
     QFETCH(uint, code);
@@ -318,7 +318,7 @@ void tst_MessageFrame::keepsCharactersCutByReads()
     QCOMPARE(frame.buffer(), text);
 }
 
-void tst_MessageFrame::keepsAMillionCharactersInReadsOf4096Bytes()
+void tst_messageframe::keepsAMillionCharactersInReadsOf4096Bytes()
 {
     QString text;
     text.reserve(1000000);
@@ -333,7 +333,7 @@ void tst_MessageFrame::keepsAMillionCharactersInReadsOf4096Bytes()
     QVERIFY(bodies.first() == text);
 }
 
-void tst_MessageFrame::replacesInvalidBytes_data()
+void tst_messageframe::replacesInvalidBytes_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::newRow("lone following byte") << QByteArray("\x80");
@@ -349,7 +349,7 @@ void tst_MessageFrame::replacesInvalidBytes_data()
 }
 
 // Such bytes are at once what they are: nothing that could follow makes a character of them.
-void tst_MessageFrame::replacesInvalidBytes()
+void tst_messageframe::replacesInvalidBytes()
 {
     QFETCH(QByteArray, bytes);
     MessageFrame frame;
@@ -359,7 +359,7 @@ void tst_MessageFrame::replacesInvalidBytes()
     QCOMPARE(read(frame, "__BEGIN__a__END__"), QStringList{"a"});
 }
 
-void tst_MessageFrame::keepsTheByteOrderMarkOfARead()
+void tst_messageframe::keepsTheByteOrderMarkOfARead()
 {
     MessageFrame frame;
     read(frame, "__BEGIN__");
@@ -367,7 +367,7 @@ void tst_MessageFrame::keepsTheByteOrderMarkOfARead()
              QStringList{QString(2, QChar(0xFEFF)) + "!"});
 }
 
-void tst_MessageFrame::usesChangedMarkers()
+void tst_messageframe::usesChangedMarkers()
 {
     MessageFrame frame;
     frame.setMarkers("<", ">>");
@@ -379,7 +379,7 @@ void tst_MessageFrame::usesChangedMarkers()
     QCOMPARE(read(frame, (euro + "x" + euro + euro).toUtf8()), QStringList{"x"});
 }
 
-void tst_MessageFrame::searchesKeptTextForChangedMarkers()
+void tst_messageframe::searchesKeptTextForChangedMarkers()
 {
     MessageFrame frame;
     QCOMPARE(read(frame, "<a>__BEGIN__"), QStringList());
@@ -390,7 +390,7 @@ void tst_MessageFrame::searchesKeptTextForChangedMarkers()
     QCOMPARE(read(frame, "b__END__"), QStringList{"b"});
 }
 
-void tst_MessageFrame::usesMarkersChangedBetweenTwoBodies()
+void tst_messageframe::usesMarkersChangedBetweenTwoBodies()
 {
     MessageFrame frame;
     frame.append("__BEGIN__a__END__<b>__BEGIN__c__END__");
@@ -403,7 +403,7 @@ void tst_MessageFrame::usesMarkersChangedBetweenTwoBodies()
     QCOMPARE(frame.buffer(), QString("__BEGIN__c__END__"));
 }
 
-void tst_MessageFrame::neverFindsAnEmptyEnd()
+void tst_messageframe::neverFindsAnEmptyEnd()
 {
     MessageFrame frame;
     frame.setMarkers("<", "");
@@ -415,7 +415,7 @@ void tst_MessageFrame::neverFindsAnEmptyEnd()
     QCOMPARE(read(frame, ">"), QStringList{"a<bc"});
 }
 
-void tst_MessageFrame::takesAnEmptyHeadForTheStart()
+void tst_messageframe::takesAnEmptyHeadForTheStart()
 {
     MessageFrame frame;
     frame.setMarkers("", ";");
@@ -426,7 +426,7 @@ void tst_MessageFrame::takesAnEmptyHeadForTheStart()
 
 // The end is found where the head is, so that all that follows is taken: equal markers are no use,
 // but do no harm.
-void tst_MessageFrame::deliversNothingBetweenEqualMarkers()
+void tst_messageframe::deliversNothingBetweenEqualMarkers()
 {
     MessageFrame frame;
     frame.setMarkers("|", "|");
@@ -434,7 +434,7 @@ void tst_MessageFrame::deliversNothingBetweenEqualMarkers()
     QCOMPARE(frame.buffer(), QString());
 }
 
-void tst_MessageFrame::forgetsEverythingWhenCleared()
+void tst_messageframe::forgetsEverythingWhenCleared()
 {
     MessageFrame frame;
     read(frame, "__BEGIN__a\xE2\x82");
@@ -445,7 +445,7 @@ void tst_MessageFrame::forgetsEverythingWhenCleared()
     QCOMPARE(read(frame, "__BEGIN__b"), QStringList{"b"}); // behind the lone end
 }
 
-void tst_MessageFrame::staysFastOnLongInput_data()
+void tst_messageframe::staysFastOnLongInput_data()
 {
     QTest::addColumn<QByteArray>("unit");
     QTest::addColumn<int>("readSize");
@@ -460,7 +460,7 @@ void tst_MessageFrame::staysFastOnLongInput_data()
 }
 
 // With costs that grow with the square of the input, each of these would run for hours.
-void tst_MessageFrame::staysFastOnLongInput()
+void tst_messageframe::staysFastOnLongInput()
 {
     QFETCH(QByteArray, unit);
     QFETCH(int, readSize);
@@ -478,5 +478,5 @@ void tst_MessageFrame::staysFastOnLongInput()
     QCOMPARE(delivered, bodies);
 }
 
-QTEST_APPLESS_MAIN(tst_MessageFrame)
+QTEST_APPLESS_MAIN(tst_messageframe)
 #include "tst_messageframe.moc"

@@ -122,7 +122,7 @@ std::vector<Read> cutAnywhere(const QString& text, Generator& random)
 
 } // namespace
 
-class tst_MessageFrameRandom : public QObject
+class tst_messageframerandom : public QObject
 {
     Q_OBJECT
 
@@ -133,7 +133,7 @@ private:
     void run(Generator& random);
 };
 
-void tst_MessageFrameRandom::agreesWithThePlainRules()
+void tst_messageframerandom::agreesWithThePlainRules()
 {
     bool given = false;
     unsigned seed = qEnvironmentVariableIntValue("WZR_TEST_SEED", &given);
@@ -145,7 +145,7 @@ void tst_MessageFrameRandom::agreesWithThePlainRules()
         run(random);
 }
 
-void tst_MessageFrameRandom::run(Generator& random)
+void tst_messageframerandom::run(Generator& random)
 {
     Markers markers = random.markers();
     PlainReceiver plain{markers.head, markers.end, QString()};
@@ -185,5 +185,5 @@ void tst_MessageFrameRandom::run(Generator& random)
     }
 }
 
-QTEST_APPLESS_MAIN(tst_MessageFrameRandom)
+QTEST_APPLESS_MAIN(tst_messageframerandom)
 #include "tst_messageframerandom.moc"

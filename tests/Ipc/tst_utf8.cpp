@@ -29,7 +29,7 @@ QString decoded(const QByteArray& bytes)
 
 } // namespace
 
-class tst_Utf8 : public QObject
+class tst_utf8 : public QObject
 {
     Q_OBJECT
 
@@ -76,5 +76,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_Utf8)
+QTEST_APPLESS_MAIN(tst_utf8)
 #include "tst_utf8.moc"

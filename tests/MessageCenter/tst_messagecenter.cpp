@@ -67,7 +67,7 @@ private:
     QStringList* m_diary;
 };
 
-class TestMessageCenter : public QObject
+class tst_messagecenter : public QObject
 {
     Q_OBJECT
 
@@ -126,7 +126,7 @@ private:
     QStringList m_diary;
 };
 
-void TestMessageCenter::listsEveryFormOfItsSignalsAndSlots()
+void tst_messagecenter::listsEveryFormOfItsSignalsAndSlots()
 {
     const QMetaObject& meta = MessageCenter::staticMetaObject;
     for (const char* signal : {"sigDeviceMessageSend(const char*,const CDataValue*,const char*)",
@@ -136,7 +136,7 @@ void TestMessageCenter::listsEveryFormOfItsSignalsAndSlots()
     QCOMPARE(meta.methodCount() - meta.methodOffset(), 3);
 }
 
-void TestMessageCenter::isOneCenterUntilItIsReleased()
+void tst_messagecenter::isOneCenterUntilItIsReleased()
 {
     Module module("a", &m_diary);
     const QPointer<MessageCenter> first = center();
@@ -149,14 +149,14 @@ void TestMessageCenter::isOneCenterUntilItIsReleased()
     QCOMPARE(m_diary, QStringList());
 }
 
-void TestMessageCenter::releaseWithoutACenterDoesNothing()
+void tst_messagecenter::releaseWithoutACenterDoesNothing()
 {
     MessageCenter::release();
     MessageCenter::release();
     QVERIFY(center());
 }
 
-void TestMessageCenter::postWithoutReceiversIsRefusedAndLogged()
+void tst_messagecenter::postWithoutReceiversIsRefusedAndLogged()
 {
     LogCapture log;
     const CDataValue value(1);
@@ -164,7 +164,7 @@ void TestMessageCenter::postWithoutReceiversIsRefusedAndLogged()
     QCOMPARE(log.count("MessageCenter/messagecenter postModuleMessage No message id found!! "), 1);
 }
 
-void TestMessageCenter::callsReceiversInTheOrderOfRegistration()
+void tst_messagecenter::callsReceiversInTheOrderOfRegistration()
 {
     LogCapture log;
     Module a("a", &m_diary);
@@ -180,7 +180,7 @@ void TestMessageCenter::callsReceiversInTheOrderOfRegistration()
     QCOMPARE(log.lines(), QStringList());
 }
 
-void TestMessageCenter::callsTwiceWhoRegisteredTwice()
+void tst_messagecenter::callsTwiceWhoRegisteredTwice()
 {
     Module a("a", &m_diary);
     Module b("b", &m_diary);
@@ -191,7 +191,7 @@ void TestMessageCenter::callsTwiceWhoRegisteredTwice()
     QCOMPARE(m_diary, QStringList({"a.onMessage", "b.onMessage", "a.onMessage"}));
 }
 
-void TestMessageCenter::unregisteringRemovesOneRegistrationOnly()
+void tst_messagecenter::unregisteringRemovesOneRegistrationOnly()
 {
     Module a("a", &m_diary);
     Module b("b", &m_diary);
@@ -212,7 +212,7 @@ void TestMessageCenter::unregisteringRemovesOneRegistrationOnly()
     QCOMPARE(m_diary, QStringList({"a.onOther"}));
 }
 
-void TestMessageCenter::keepsTheIdentifierOfAnEmptyList()
+void tst_messagecenter::keepsTheIdentifierOfAnEmptyList()
 {
     LogCapture log;
     Module a("a", &m_diary);
@@ -223,7 +223,7 @@ void TestMessageCenter::keepsTheIdentifierOfAnEmptyList()
     QCOMPARE(log.lines(), QStringList());
 }
 
-void TestMessageCenter::unregisteringTheUnknownDoesNothing()
+void tst_messagecenter::unregisteringTheUnknownDoesNothing()
 {
     Module a("a", &m_diary);
     Module b("b", &m_diary);
@@ -237,7 +237,7 @@ void TestMessageCenter::unregisteringTheUnknownDoesNothing()
     QCOMPARE(m_diary, QStringList({"a.onMessage"}));
 }
 
-void TestMessageCenter::comparesIdentifiersExactly()
+void tst_messagecenter::comparesIdentifiersExactly()
 {
     Module a("a", &m_diary);
     center()->registerModuleMessage("NEWS", "onMessage", &a);
@@ -248,7 +248,7 @@ void TestMessageCenter::comparesIdentifiersExactly()
     QCOMPARE(m_diary, QStringList({"a.onOther"}));
 }
 
-void TestMessageCenter::passesThePostersOwnValue()
+void tst_messagecenter::passesThePostersOwnValue()
 {
     Module a("a", &m_diary);
     Module b("b", &m_diary);
@@ -261,7 +261,7 @@ void TestMessageCenter::passesThePostersOwnValue()
     QCOMPARE(value.parseToQString(FAST_STYLE), QString("{\"changedBy\":\"a\"}\n"));
 }
 
-void TestMessageCenter::passesANullValue()
+void tst_messagecenter::passesANullValue()
 {
     Module a("a", &m_diary);
     CDataValue value;
@@ -271,7 +271,7 @@ void TestMessageCenter::passesANullValue()
     QVERIFY(!a.lastValue);
 }
 
-void TestMessageCenter::passesOverSlotsThatDoNotFit()
+void tst_messagecenter::passesOverSlotsThatDoNotFit()
 {
     Module a("a", &m_diary);
     center()->registerModuleMessage("NEWS", "missing", &a);
@@ -284,7 +284,7 @@ void TestMessageCenter::passesOverSlotsThatDoNotFit()
     QCOMPARE(m_diary, QStringList({"a.provideNumber", "a.onMessage"}));
 }
 
-void TestMessageCenter::servicesAnswerWithTheirValue()
+void tst_messagecenter::servicesAnswerWithTheirValue()
 {
     Module a("a", &m_diary);
     QCOMPARE(center()->registerModuleServiceMessage("SERVICE", "provide", &a), 0);
@@ -294,7 +294,7 @@ void TestMessageCenter::servicesAnswerWithTheirValue()
     QCOMPARE(result.asQString(), QString("a was asked"));
 }
 
-void TestMessageCenter::serviceWithoutAProviderIsNullAndLogged()
+void tst_messagecenter::serviceWithoutAProviderIsNullAndLogged()
 {
     LogCapture log;
     const CDataValue request("question");
@@ -304,7 +304,7 @@ void TestMessageCenter::serviceWithoutAProviderIsNullAndLogged()
              1);
 }
 
-void TestMessageCenter::aSecondProviderReplacesTheFirst()
+void tst_messagecenter::aSecondProviderReplacesTheFirst()
 {
     Module a("a", &m_diary);
     Module b("b", &m_diary);
@@ -315,7 +315,7 @@ void TestMessageCenter::aSecondProviderReplacesTheFirst()
     QCOMPARE(m_diary, QStringList({"b.provide"}));
 }
 
-void TestMessageCenter::anUnregisteredServiceIsUnknown()
+void tst_messagecenter::anUnregisteredServiceIsUnknown()
 {
     LogCapture log;
     Module a("a", &m_diary);
@@ -326,7 +326,7 @@ void TestMessageCenter::anUnregisteredServiceIsUnknown()
     QCOMPARE(log.count("No message id found!!"), 1);
 }
 
-void TestMessageCenter::aServiceThatReturnsNoValueIsNotCalled()
+void tst_messagecenter::aServiceThatReturnsNoValueIsNotCalled()
 {
     LogCapture log;
     Module a("a", &m_diary);
@@ -338,7 +338,7 @@ void TestMessageCenter::aServiceThatReturnsNoValueIsNotCalled()
     QCOMPARE(log.lines(), QStringList());
 }
 
-void TestMessageCenter::deviceMessagesReachTheirReceiversWhole()
+void tst_messagecenter::deviceMessagesReachTheirReceiversWhole()
 {
     Module a("a", &m_diary);
     Module b("b", &m_diary);
@@ -353,7 +353,7 @@ void TestMessageCenter::deviceMessagesReachTheirReceiversWhole()
     QCOMPARE(b.lastValue, &envelope);
 }
 
-void TestMessageCenter::anUnknownEnvelopeIsLogged_data()
+void tst_messagecenter::anUnknownEnvelopeIsLogged_data()
 {
     QTest::addColumn<QString>("text");
     QTest::newRow("unknown identifier") << "{\"IPCMSG_TYPE\":\"OTHER\"}";
@@ -365,7 +365,7 @@ void TestMessageCenter::anUnknownEnvelopeIsLogged_data()
     QTest::newRow("nothing") << QString();
 }
 
-void TestMessageCenter::anUnknownEnvelopeIsLogged()
+void tst_messagecenter::anUnknownEnvelopeIsLogged()
 {
     QFETCH(QString, text);
     LogCapture log;
@@ -378,7 +378,7 @@ void TestMessageCenter::anUnknownEnvelopeIsLogged()
     QCOMPARE(log.count("MessageCenter/messagecenter messageReceived No message id found!! "), 1);
 }
 
-void TestMessageCenter::identifiersOfEnvelopesAreLatin1()
+void tst_messagecenter::identifiersOfEnvelopesAreLatin1()
 {
     Module a("a", &m_diary);
     center()->registerDeviceMessage("caf\xE9", "onMessage", &a);
@@ -391,7 +391,7 @@ void TestMessageCenter::identifiersOfEnvelopesAreLatin1()
     QCOMPARE(m_diary.size(), 1);
 }
 
-void TestMessageCenter::identifiersOfEnvelopesBeginBehindAByteOrderMark()
+void tst_messagecenter::identifiersOfEnvelopesBeginBehindAByteOrderMark()
 {
     Module a("a", &m_diary);
     center()->registerDeviceMessage("REPORT", "onMessage", &a);
@@ -401,7 +401,7 @@ void TestMessageCenter::identifiersOfEnvelopesBeginBehindAByteOrderMark()
     QCOMPARE(m_diary, QStringList({"a.onMessage"}));
 }
 
-void TestMessageCenter::theRegistriesAreSeparate()
+void tst_messagecenter::theRegistriesAreSeparate()
 {
     Module a("a", &m_diary);
     center()->registerModuleMessage("NEWS", "onMessage", &a);
@@ -415,7 +415,7 @@ void TestMessageCenter::theRegistriesAreSeparate()
     QCOMPARE(m_diary, QStringList({"a.onOther", "a.provide", "a.onMessage"}));
 }
 
-void TestMessageCenter::resettingModulesKeepsDevices()
+void tst_messagecenter::resettingModulesKeepsDevices()
 {
     Module a("a", &m_diary);
     center()->registerModuleMessage("NEWS", "onMessage", &a);
@@ -430,7 +430,7 @@ void TestMessageCenter::resettingModulesKeepsDevices()
     QCOMPARE(m_diary, QStringList({"a.onOther"}));
 }
 
-void TestMessageCenter::resettingDevicesKeepsModules()
+void tst_messagecenter::resettingDevicesKeepsModules()
 {
     Module a("a", &m_diary);
     center()->registerModuleMessage("NEWS", "onMessage", &a);
@@ -446,7 +446,7 @@ void TestMessageCenter::resettingDevicesKeepsModules()
              QString("a was asked"));
 }
 
-void TestMessageCenter::announcesDeviceMessages()
+void tst_messagecenter::announcesDeviceMessages()
 {
     const CDataValue payload("payload");
     QStringList seen;
@@ -481,7 +481,7 @@ public Q_SLOTS:
     }
 };
 
-void TestMessageCenter::announcesDeviceMessagesInTheShortForm()
+void tst_messagecenter::announcesDeviceMessagesInTheShortForm()
 {
     ShortFormListener listener;
     QVERIFY(connect(center(), SIGNAL(sigDeviceMessageSend(const char*, const CDataValue*)),
@@ -491,7 +491,7 @@ void TestMessageCenter::announcesDeviceMessagesInTheShortForm()
     QCOMPARE(listener.seen, QStringList({"GET_SIGNAL", "payload"}));
 }
 
-void TestMessageCenter::slotsMayPostAgain()
+void tst_messagecenter::slotsMayPostAgain()
 {
     Module a("a", &m_diary);
     Module b("b", &m_diary);
@@ -513,7 +513,7 @@ void TestMessageCenter::slotsMayPostAgain()
                                    "b.onMessage", "b.onMessage"}));
 }
 
-void TestMessageCenter::whoRegistersDuringAPostIsCalledFromTheNextOn()
+void tst_messagecenter::whoRegistersDuringAPostIsCalledFromTheNextOn()
 {
     Module a("a", &m_diary);
     Module b("b", &m_diary);
@@ -529,7 +529,7 @@ void TestMessageCenter::whoRegistersDuringAPostIsCalledFromTheNextOn()
     QCOMPARE(m_diary.size(), 102);
 }
 
-void TestMessageCenter::whoIsUnregisteredDuringAPostIsNotCalledAnyMore()
+void tst_messagecenter::whoIsUnregisteredDuringAPostIsNotCalledAnyMore()
 {
     Module a("a", &m_diary);
     Module b("b", &m_diary);
@@ -544,7 +544,7 @@ void TestMessageCenter::whoIsUnregisteredDuringAPostIsNotCalledAnyMore()
     QCOMPARE(m_diary, QStringList({"a.onMessage", "c.onMessage"}));
 }
 
-void TestMessageCenter::aResetDuringAPostEndsIt()
+void tst_messagecenter::aResetDuringAPostEndsIt()
 {
     Module a("a", &m_diary);
     Module b("b", &m_diary);
@@ -556,7 +556,7 @@ void TestMessageCenter::aResetDuringAPostEndsIt()
     QCOMPARE(center()->postModuleMessage("NEWS", nullptr), -1);
 }
 
-void TestMessageCenter::theCenterMayBeReleasedDuringAPost()
+void tst_messagecenter::theCenterMayBeReleasedDuringAPost()
 {
     Module a("a", &m_diary);
     Module b("b", &m_diary);
@@ -577,7 +577,7 @@ void TestMessageCenter::theCenterMayBeReleasedDuringAPost()
     QCOMPARE(m_diary, QStringList({"a.onMessage", "a.onMessage", "a.provide"}));
 }
 
-void TestMessageCenter::aProviderMayBeReplacedWhileItWorks()
+void tst_messagecenter::aProviderMayBeReplacedWhileItWorks()
 {
     Module a("a", &m_diary);
     Module b("b", &m_diary);
@@ -589,7 +589,7 @@ void TestMessageCenter::aProviderMayBeReplacedWhileItWorks()
     QCOMPARE(second.asQString(), QString("b was asked"));
 }
 
-void TestMessageCenter::aReceiverMayBeDestroyedDuringAPost()
+void tst_messagecenter::aReceiverMayBeDestroyedDuringAPost()
 {
     Module a("a", &m_diary);
     auto b = std::make_unique<Module>("b", &m_diary);
@@ -601,7 +601,7 @@ void TestMessageCenter::aReceiverMayBeDestroyedDuringAPost()
     QCOMPARE(m_diary, QStringList({"a.onMessage", "c.onMessage"}));
 }
 
-void TestMessageCenter::passesOverReceiversThatWentWithoutUnregistering()
+void tst_messagecenter::passesOverReceiversThatWentWithoutUnregistering()
 {
     Module a("a", &m_diary);
     {
@@ -621,7 +621,7 @@ void TestMessageCenter::passesOverReceiversThatWentWithoutUnregistering()
     QCOMPARE(m_diary, QStringList({"a.onMessage"}));
 }
 
-void TestMessageCenter::aNewReceiverAtAnOldAddressIsItsOwn()
+void tst_messagecenter::aNewReceiverAtAnOldAddressIsItsOwn()
 {
     alignas(Module) unsigned char place[sizeof(Module)];
     auto* first = new (place) Module("first", &m_diary);
@@ -639,7 +639,7 @@ void TestMessageCenter::aNewReceiverAtAnOldAddressIsItsOwn()
     second->~Module();
 }
 
-void TestMessageCenter::refusesNullAsIfMemoryWereShort_data()
+void tst_messagecenter::refusesNullAsIfMemoryWereShort_data()
 {
     using Registration = int (MessageCenter::*)(const char*, const char*, const QObject*);
     QTest::addColumn<Operation>("operation");
@@ -663,7 +663,7 @@ void TestMessageCenter::refusesNullAsIfMemoryWereShort_data()
         << Operation([](QObject*) { center()->postDeviceMessage(nullptr, nullptr, nullptr); });
 }
 
-void TestMessageCenter::refusesNullAsIfMemoryWereShort()
+void tst_messagecenter::refusesNullAsIfMemoryWereShort()
 {
     QFETCH(Operation, operation);
     Module a("a", &m_diary);
@@ -671,7 +671,7 @@ void TestMessageCenter::refusesNullAsIfMemoryWereShort()
     QCOMPARE(center()->postModuleMessage("NEWS", nullptr), -1);
 }
 
-void TestMessageCenter::toleratesNullElsewhere()
+void tst_messagecenter::toleratesNullElsewhere()
 {
     Module a("a", &m_diary);
     center()->registerModuleMessage("NEWS", "onMessage", &a);
@@ -684,5 +684,5 @@ void TestMessageCenter::toleratesNullElsewhere()
     QCOMPARE(m_diary, QStringList({"a.onMessage"}));
 }
 
-QTEST_GUILESS_MAIN(TestMessageCenter)
+QTEST_GUILESS_MAIN(tst_messagecenter)
 #include "tst_messagecenter.moc"

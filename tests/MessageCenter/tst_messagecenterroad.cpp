@@ -75,7 +75,7 @@ public Q_SLOTS:
     void onEnvelope(CDataValue* envelope) { received << envelope->parseToQString(FAST_STYLE); }
 };
 
-class TestMessageCenterRoad : public QObject
+class tst_messagecenterroad : public QObject
 {
     Q_OBJECT
 
@@ -96,7 +96,7 @@ private:
     std::unique_ptr<Module> m_module;
 };
 
-void TestMessageCenterRoad::init()
+void tst_messagecenterroad::init()
 {
     QVERIFY(m_folder.isValid());
     m_name = m_folder.filePath("device");
@@ -106,13 +106,13 @@ void TestMessageCenterRoad::init()
         center->registerDeviceMessage(identifier, "onEnvelope", m_module.get());
 }
 
-void TestMessageCenterRoad::cleanup()
+void tst_messagecenterroad::cleanup()
 {
     MessageCenter::release();
 }
 
 /// By the names of the signatures, as processes do it that load their parts.
-void TestMessageCenterRoad::connectClient(IPCClient& client)
+void tst_messagecenterroad::connectClient(IPCClient& client)
 {
     MessageCenter* center = MessageCenter::defaultCenter();
     QVERIFY(connect(center,
@@ -125,7 +125,7 @@ void TestMessageCenterRoad::connectClient(IPCClient& client)
     QTRY_COMPARE(connected.size(), 1);
 }
 
-void TestMessageCenterRoad::aRequestComesBackAnswered()
+void tst_messagecenterroad::aRequestComesBackAnswered()
 {
     Service service(m_name);
     IPCClient client(m_name);
@@ -138,7 +138,7 @@ void TestMessageCenterRoad::aRequestComesBackAnswered()
                              "\"IPCMSG_USER_DATA\":21}\n"));
 }
 
-void TestMessageCenterRoad::aRequestWithoutAHandlerComesBackWith42()
+void tst_messagecenterroad::aRequestWithoutAHandlerComesBackWith42()
 {
     Service service(m_name);
     IPCClient client(m_name);
@@ -149,7 +149,7 @@ void TestMessageCenterRoad::aRequestWithoutAHandlerComesBackWith42()
                              "\"IPCMSG_TYPE\":\"OTHER\"}\n"));
 }
 
-void TestMessageCenterRoad::aReportReachesTheModules()
+void tst_messagecenterroad::aReportReachesTheModules()
 {
     Service service(m_name);
     IPCClient client(m_name);
@@ -163,7 +163,7 @@ void TestMessageCenterRoad::aReportReachesTheModules()
                          "\"IPCMSG_TYPE\":\"SIGNAL\"}\n"));
 }
 
-void TestMessageCenterRoad::aRequestWithoutAServiceIsAnsweredInsideTheCall()
+void tst_messagecenterroad::aRequestWithoutAServiceIsAnsweredInsideTheCall()
 {
     IPCClient client(m_name);
     {
@@ -178,5 +178,5 @@ void TestMessageCenterRoad::aRequestWithoutAServiceIsAnsweredInsideTheCall()
                          "\"IPCMSG_TYPE\":\"DOUBLE\",\"IPCMSG_USER_DATA\":21}\n"));
 }
 
-QTEST_GUILESS_MAIN(TestMessageCenterRoad)
+QTEST_GUILESS_MAIN(tst_messagecenterroad)
 #include "tst_messagecenterroad.moc"

@@ -72,7 +72,7 @@ void passTime(int milliseconds)
 
 } // namespace
 
-class TestApplicationContorllerClient : public QObject
+class tst_applicationcontorllerclient : public QObject
 {
     Q_OBJECT
 
@@ -111,14 +111,14 @@ private:
     QTemporaryDir m_folder;
 };
 
-void TestApplicationContorllerClient::initTestCase()
+void tst_applicationcontorllerclient::initTestCase()
 {
     // The controller's name is fixed; its socket file stands in the folder for temporary files.
     QVERIFY(m_folder.isValid());
     qputenv("TMPDIR", QFile::encodeName(m_folder.path()));
 }
 
-void TestApplicationContorllerClient::listsEveryFormOfItsSignalsAndSlots()
+void tst_applicationcontorllerclient::listsEveryFormOfItsSignalsAndSlots()
 {
     const QMetaObject& meta = ApplicationContorllerClient::staticMetaObject;
     for (const char* signal :
@@ -134,7 +134,7 @@ void TestApplicationContorllerClient::listsEveryFormOfItsSignalsAndSlots()
     QCOMPARE(meta.methodCount() - meta.methodOffset(), 12);
 }
 
-void TestApplicationContorllerClient::introducesItselfOnceConnected()
+void tst_applicationcontorllerclient::introducesItselfOnceConnected()
 {
     FakeController controller;
     Recorder recorder(QString::fromUtf8("dash\xC3\xBC"));
@@ -145,7 +145,7 @@ void TestApplicationContorllerClient::introducesItselfOnceConnected()
                                            "\",\"IPCMSG_USER_DATA\":\"dash\xC3\xBC\"}\n")));
 }
 
-void TestApplicationContorllerClient::introducesItselfAgainUntilItIsAccepted()
+void tst_applicationcontorllerclient::introducesItselfAgainUntilItIsAccepted()
 {
     FakeController controller;
     controller.introductionErrors = {5, -1};
@@ -163,7 +163,7 @@ void TestApplicationContorllerClient::introducesItselfAgainUntilItIsAccepted()
     QCOMPARE(controller.introducedAt.size(), 3);
 }
 
-void TestApplicationContorllerClient::pollsWithoutASignalUntilTheControllerRuns()
+void tst_applicationcontorllerclient::pollsWithoutASignalUntilTheControllerRuns()
 {
     LogCapture log;
     Recorder recorder;
@@ -182,7 +182,7 @@ void TestApplicationContorllerClient::pollsWithoutASignalUntilTheControllerRuns(
     QCOMPARE(recorder.lines, QStringList("status 2"));
 }
 
-void TestApplicationContorllerClient::keepsOnePollHoweverOftenItIsAsked()
+void tst_applicationcontorllerclient::keepsOnePollHoweverOftenItIsAsked()
 {
     LogCapture log;
     Recorder recorder;
@@ -197,7 +197,7 @@ void TestApplicationContorllerClient::keepsOnePollHoweverOftenItIsAsked()
     QCOMPARE(attempts(), 6);
 }
 
-void TestApplicationContorllerClient::doesNothingWhenConnected()
+void tst_applicationcontorllerclient::doesNothingWhenConnected()
 {
     LogCapture log;
     FakeController controller;
@@ -215,7 +215,7 @@ void TestApplicationContorllerClient::doesNothingWhenConnected()
     QCOMPARE(controller.connections, 1);
 }
 
-void TestApplicationContorllerClient::repeatsAnIntroductionThatCannotBeSent()
+void tst_applicationcontorllerclient::repeatsAnIntroductionThatCannotBeSent()
 {
     Recorder recorder;
     for (int i = 0; i < 3; ++i)
@@ -233,7 +233,7 @@ void TestApplicationContorllerClient::repeatsAnIntroductionThatCannotBeSent()
     QCOMPARE(controller.introducedAt.size(), 1);
 }
 
-void TestApplicationContorllerClient::asksForADeviceID()
+void tst_applicationcontorllerclient::asksForADeviceID()
 {
     FakeController controller;
     controller.replies["WZR_MESSAGE_APPLICATION_GET_DEV_ID"] =
@@ -248,7 +248,7 @@ void TestApplicationContorllerClient::asksForADeviceID()
                      "\"IPCMSG_USER_DATA\":{\"ID\":-3,\"Name\":\"modem\"}}\n"));
 }
 
-void TestApplicationContorllerClient::asksForSeveralDeviceIDs()
+void tst_applicationcontorllerclient::asksForSeveralDeviceIDs()
 {
     FakeController controller;
     controller.replies["WZR_MESSAGE_APPLICATION_GET_MULT_DEV_ID"] =
@@ -267,7 +267,7 @@ void TestApplicationContorllerClient::asksForSeveralDeviceIDs()
                          "\"IPCMSG_USER_DATA\":[]}\n"));
 }
 
-void TestApplicationContorllerClient::sendsAnyMessage()
+void tst_applicationcontorllerclient::sendsAnyMessage()
 {
     FakeController controller;
     Recorder recorder;
@@ -281,7 +281,7 @@ void TestApplicationContorllerClient::sendsAnyMessage()
                               "{\"IPCMSG_TYPE\":\"HIDE\"}\n"}));
 }
 
-void TestApplicationContorllerClient::requestsFailAtOnceWithoutAConnection()
+void tst_applicationcontorllerclient::requestsFailAtOnceWithoutAConnection()
 {
     Recorder recorder;
     const auto askAll = [&] {
@@ -297,7 +297,7 @@ void TestApplicationContorllerClient::requestsFailAtOnceWithoutAConnection()
     QCOMPARE(askAll(), refused);
 }
 
-void TestApplicationContorllerClient::actsOnEnvelopes_data()
+void tst_applicationcontorllerclient::actsOnEnvelopes_data()
 {
     QTest::addColumn<QString>("envelope");
     QTest::addColumn<QStringList>("expected");
@@ -361,7 +361,7 @@ void TestApplicationContorllerClient::actsOnEnvelopes_data()
     QTest::newRow("null") << "null" << QStringList();
 }
 
-void TestApplicationContorllerClient::actsOnEnvelopes()
+void tst_applicationcontorllerclient::actsOnEnvelopes()
 {
     QFETCH(QString, envelope);
     QFETCH(QStringList, expected);
@@ -370,14 +370,14 @@ void TestApplicationContorllerClient::actsOnEnvelopes()
     QCOMPARE(recorder.lines, expected);
 }
 
-void TestApplicationContorllerClient::ignoresANullEnvelope()
+void tst_applicationcontorllerclient::ignoresANullEnvelope()
 {
     Recorder recorder;
     recorder.client->handleAppControllerMessageReceived(nullptr);
     QCOMPARE(recorder.lines, QStringList());
 }
 
-void TestApplicationContorllerClient::passesMessagesThrough()
+void tst_applicationcontorllerclient::passesMessagesThrough()
 {
     Recorder recorder;
     CDataValue value("text");
@@ -385,7 +385,7 @@ void TestApplicationContorllerClient::passesMessagesThrough()
     QCOMPARE(recorder.lines, QStringList("incoming text"));
 }
 
-void TestApplicationContorllerClient::tellsOfUnplugAndQuit()
+void tst_applicationcontorllerclient::tellsOfUnplugAndQuit()
 {
     FakeController controller;
     Recorder recorder;
@@ -397,7 +397,7 @@ void TestApplicationContorllerClient::tellsOfUnplugAndQuit()
     QTRY_COMPARE(recorder.lines, QStringList({"status 2", "unplugged", "quit"}));
 }
 
-void TestApplicationContorllerClient::reportsTheLossAndDoesNotReconnect()
+void tst_applicationcontorllerclient::reportsTheLossAndDoesNotReconnect()
 {
     auto controller = std::make_unique<FakeController>();
     Recorder recorder;
@@ -412,7 +412,7 @@ void TestApplicationContorllerClient::reportsTheLossAndDoesNotReconnect()
     QCOMPARE(recorder.lines, QStringList({"status 2", "status 3"}));
 }
 
-void TestApplicationContorllerClient::aLossEndsPendingIntroductions()
+void tst_applicationcontorllerclient::aLossEndsPendingIntroductions()
 {
     auto controller = std::make_unique<FakeController>();
     controller->introductionErrors = {5};
@@ -425,7 +425,7 @@ void TestApplicationContorllerClient::aLossEndsPendingIntroductions()
     QCOMPARE(recorder.lines, QStringList({"status 0", "status 3"}));
 }
 
-void TestApplicationContorllerClient::aLossEndsPendingPolls()
+void tst_applicationcontorllerclient::aLossEndsPendingPolls()
 {
     Recorder recorder;
     recorder.client->connectToServer(); // polls in 2000 ms
@@ -436,7 +436,7 @@ void TestApplicationContorllerClient::aLossEndsPendingPolls()
     QCOMPARE(controller.connections, 0);
 }
 
-void TestApplicationContorllerClient::connectsAgainWhenAsked()
+void tst_applicationcontorllerclient::connectsAgainWhenAsked()
 {
     auto controller = std::make_unique<FakeController>();
     Recorder recorder;
@@ -455,7 +455,7 @@ void TestApplicationContorllerClient::connectsAgainWhenAsked()
     QCOMPARE(next.introducedAt.size(), 1);
 }
 
-void TestApplicationContorllerClient::logsWhatItDoes()
+void tst_applicationcontorllerclient::logsWhatItDoes()
 {
     LogCapture log;
     Recorder recorder;
@@ -507,7 +507,7 @@ void TestApplicationContorllerClient::logsWhatItDoes()
     QVERIFY(log.contains("... 100000 characters"));
 }
 
-void TestApplicationContorllerClient::itsSlotsMayDeleteIt()
+void tst_applicationcontorllerclient::itsSlotsMayDeleteIt()
 {
     {
         Recorder recorder;
@@ -541,7 +541,7 @@ void TestApplicationContorllerClient::itsSlotsMayDeleteIt()
     }
 }
 
-void TestApplicationContorllerClient::endsSilently()
+void tst_applicationcontorllerclient::endsSilently()
 {
     FakeController controller;
     Recorder recorder;
@@ -552,5 +552,5 @@ void TestApplicationContorllerClient::endsSilently()
     QCOMPARE(recorder.lines, QStringList("status 2"));
 }
 
-QTEST_GUILESS_MAIN(TestApplicationContorllerClient)
+QTEST_GUILESS_MAIN(tst_applicationcontorllerclient)
 #include "tst_applicationcontorllerclient.moc"

@@ -139,7 +139,7 @@ public Q_SLOTS:
     void dropCall(Answer*) { call.reset(); }
 };
 
-class TestSlotCall : public QObject
+class tst_slotcall : public QObject
 {
     Q_OBJECT
 
@@ -159,7 +159,7 @@ private:
     static Outcome bySlotCall(Receiver& receiver, SlotCall& call, bool wantsResult);
 };
 
-Outcome TestSlotCall::byName(Receiver& receiver, const QByteArray& slot, bool wantsResult)
+Outcome tst_slotcall::byName(Receiver& receiver, const QByteArray& slot, bool wantsResult)
 {
     Answer answer;
     Answer* argument = &answer;
@@ -172,7 +172,7 @@ Outcome TestSlotCall::byName(Receiver& receiver, const QByteArray& slot, bool wa
     return {done, receiver.trace, result};
 }
 
-Outcome TestSlotCall::bySlotCall(Receiver& receiver, SlotCall& call, bool wantsResult)
+Outcome tst_slotcall::bySlotCall(Receiver& receiver, SlotCall& call, bool wantsResult)
 {
     Answer answer;
     Answer* argument = &answer;
@@ -184,7 +184,7 @@ Outcome TestSlotCall::bySlotCall(Receiver& receiver, SlotCall& call, bool wantsR
     return {done, receiver.trace, result};
 }
 
-void TestSlotCall::findsWhatInvokeMethodFinds_data()
+void tst_slotcall::findsWhatInvokeMethodFinds_data()
 {
     QTest::addColumn<QStringList>("expectedTrace");
     QTest::addColumn<int>("expectedResult");
@@ -217,7 +217,7 @@ void TestSlotCall::findsWhatInvokeMethodFinds_data()
     QTest::newRow("") << QStringList() << 42;
 }
 
-void TestSlotCall::findsWhatInvokeMethodFinds()
+void tst_slotcall::findsWhatInvokeMethodFinds()
 {
     QFETCH(QStringList, expectedTrace);
     QFETCH(int, expectedResult);
@@ -235,7 +235,7 @@ void TestSlotCall::findsWhatInvokeMethodFinds()
     QCOMPARE(bySlotCall(receiver, call, false), withoutResult);
 }
 
-void TestSlotCall::callsTheOverloadOfItsArgumentTypes()
+void tst_slotcall::callsTheOverloadOfItsArgumentTypes()
 {
     Receiver receiver;
     SlotCall call("overloaded", &receiver);
@@ -263,7 +263,7 @@ public Q_SLOTS:
     }
 };
 
-void TestSlotCall::passesReferencesAndValues()
+void tst_slotcall::passesReferencesAndValues()
 {
     PairReceiver receiver;
     Answer one{3};
@@ -284,7 +284,7 @@ void TestSlotCall::passesReferencesAndValues()
     QCOMPARE(one.number, 4);
 }
 
-void TestSlotCall::looksAgainWhenTheReceiverIsFurtherConstructed()
+void tst_slotcall::looksAgainWhenTheReceiverIsFurtherConstructed()
 {
     LateReceiver receiver;
     QVERIFY(!receiver.foundEarly);
@@ -294,7 +294,7 @@ void TestSlotCall::looksAgainWhenTheReceiverIsFurtherConstructed()
     QCOMPARE(receiver.greetings, QStringList({"early", "late"}));
 }
 
-void TestSlotCall::passesOverADestroyedReceiver()
+void tst_slotcall::passesOverADestroyedReceiver()
 {
     auto receiver = std::make_unique<Receiver>();
     SlotCall call("ofBase", receiver.get());
@@ -306,7 +306,7 @@ void TestSlotCall::passesOverADestroyedReceiver()
     QVERIFY(!call.receiver());
 }
 
-void TestSlotCall::doesNothingOnceCancelled()
+void tst_slotcall::doesNothingOnceCancelled()
 {
     Receiver receiver;
     SlotCall call("ofBase", &receiver);
@@ -315,7 +315,7 @@ void TestSlotCall::doesNothingOnceCancelled()
     QCOMPARE(bySlotCall(receiver, call, true), nothing);
 }
 
-void TestSlotCall::survivesItsOwnEndDuringTheCall()
+void tst_slotcall::survivesItsOwnEndDuringTheCall()
 {
     Destroyer receiver;
     receiver.call = std::make_unique<SlotCall>("dropCall", &receiver);
@@ -324,11 +324,11 @@ void TestSlotCall::survivesItsOwnEndDuringTheCall()
     QVERIFY(!receiver.call);
 }
 
-void TestSlotCall::refusesNullAsIfMemoryWereShort()
+void tst_slotcall::refusesNullAsIfMemoryWereShort()
 {
     QVERIFY_EXCEPTION_THROWN(requireNotNull(nullptr), std::bad_alloc);
     requireNotNull(this);
 }
 
-QTEST_APPLESS_MAIN(TestSlotCall)
+QTEST_APPLESS_MAIN(tst_slotcall)
 #include "tst_slotcall.moc"

@@ -56,6 +56,12 @@ public:
     RawPeer(const RawPeer&) = delete;
     RawPeer& operator=(const RawPeer&) = delete;
 
+    /// The server's end of a connection that waits at a descriptor of listenAt().
+    static RawPeer accept(int listening)
+    {
+        return RawPeer(accept4(listening, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+    }
+
     /// Leaves the file of a socket that nobody listens on, as a server that crashed does.
     static bool leaveSocketFile(const QString& path)
     {
@@ -102,6 +108,11 @@ public:
     }
 
 private:
+    explicit RawPeer(int fd)
+        : m_fd(fd)
+    {
+    }
+
     int m_fd = -1;
 };
 
