@@ -1,8 +1,8 @@
 // The device service at a line that fails, and at a modem that is taken away.
 
 #include "connectionmanager.h"
-#include "modempeer.h"
 #include "rawclient.h"
+#include "support/modempeer.h"
 #include "support/testfile.h"
 
 namespace {

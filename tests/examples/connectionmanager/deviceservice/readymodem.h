@@ -1,5 +1,5 @@
-#ifndef TESTS_PROCESS_READYMODEM_H
-#define TESTS_PROCESS_READYMODEM_H
+#ifndef TESTS_EXAMPLES_READYMODEM_H
+#define TESTS_EXAMPLES_READYMODEM_H
 
 #include "common/envelope.h"
 #include "deviceservice/atmodem.h"

@@ -1,5 +1,5 @@
-#ifndef TESTS_PROCESS_MODEMLINE_H
-#define TESTS_PROCESS_MODEMLINE_H
+#ifndef TESTS_EXAMPLES_MODEMLINE_H
+#define TESTS_EXAMPLES_MODEMLINE_H
 
 #include "modemsimulator/modemengine.h"
 

@@ -1,8 +1,8 @@
-#ifndef TESTS_PROCESS_OPENLINE_H
-#define TESTS_PROCESS_OPENLINE_H
+#ifndef TESTS_EXAMPLES_OPENLINE_H
+#define TESTS_EXAMPLES_OPENLINE_H
 
 #include "deviceservice/atchannel.h"
-#include "modempeer.h"
+#include "support/modempeer.h"
 
 #include <QSignalSpy>
 #include <QTemporaryDir>

@@ -1,5 +1,5 @@
-#ifndef TESTS_PROCESS_MODEMPEER_H
-#define TESTS_PROCESS_MODEMPEER_H
+#ifndef TESTS_SUPPORT_MODEMPEER_H
+#define TESTS_SUPPORT_MODEMPEER_H
 
 #include <QFile>
 #include <QList>
