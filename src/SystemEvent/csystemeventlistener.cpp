@@ -8,9 +8,8 @@
 namespace {
 
 constexpr char kLogSource[] = "SystemEvent/csystemeventlistener";
-
-constexpr int endLimit = 1000;     // ms
-constexpr int repeatInterval = 50; // ms until a loop that had not begun yet is asked again
+constexpr int kEndLimitMs = 1000;
+constexpr int kRepeatMs = 50; // until a loop that had not begun yet is asked again
 
 } // namespace
 
@@ -41,12 +40,17 @@ void CSystemEventListener::destroy()
 
 bool CSystemEventListener::endThread()
 {
-    const QDeadlineTimer deadline(endLimit);
+    // A thread cannot wait for its own end; it goes on as soon as the caller returns to its loop.
+    if (QThread::currentThread() == this) {
+        stopLoop();
+        quit();
+        return false;
+    }
+    const QDeadlineTimer deadline(kEndLimitMs);
     do {
         stopLoop();
         quit();
-        if (wait(
-                static_cast<unsigned long>(qMin<qint64>(repeatInterval, deadline.remainingTime()))))
+        if (wait(static_cast<unsigned long>(qMin<qint64>(kRepeatMs, deadline.remainingTime()))))
             return true;
     } while (!deadline.hasExpired());
     return isFinished() || !isRunning();

@@ -20,8 +20,8 @@ public:
     static CSystemEventListener* instance();
 
     /// Stops the thread, waits at most 1000 ms for its end and deletes the listener, if there is
-    /// one. A thread that has not ended by then, because the system does not answer, is left behind
-    /// with its listener, which is no longer the instance.
+    /// one. A thread that has not ended by then, because the system does not answer or because it
+    /// is the caller, is left behind with its listener, which is no longer the instance.
     static void destroy();
 
     /// Emits userSwitch(value) when `userSwitch` is true, else powerEvent(value).
@@ -37,7 +37,9 @@ public:
     /// not used.
     virtual void startListen(bool unused) = 0;
 
-    /// Stops the thread and waits at most 1000 ms for its end. It can be started again.
+    /// Stops the thread and waits at most 1000 ms for its end. It can be started again. Called in
+    /// the listener's own thread, as by a slot that is connected directly, it only asks the loop to
+    /// end, which it does once the slot has returned.
     virtual void stopListen() = 0;
 
     /// The instance, null without one.
@@ -46,7 +48,8 @@ public:
 Q_SIGNALS:
     /// The user's session became active (true: login, switch back) or inactive (false: logout,
     /// switch away). Each change is signalled once; changes in quick succession may be merged, the
-    /// last signal matches the session's state.
+    /// last signal matches the session's state. The state at the start is no change. No session is
+    /// a state too, inactive: a process outside of any hears of its user's first login.
     void userSwitch(bool active);
 
     /// The system has woken (true) or will sleep (false). On Linux, sleep waits for the receivers:
@@ -68,7 +71,8 @@ protected:
     /// called before the loop runs, and again.
     virtual void stopLoop() = 0;
 
-    /// Stops the loop and waits at most 1000 ms; whether the thread has ended.
+    /// Stops the loop and waits at most 1000 ms; whether the thread has ended. In the thread itself
+    /// it does not wait, and the result is false.
     bool endThread();
 };
 

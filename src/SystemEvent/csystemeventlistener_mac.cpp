@@ -96,18 +96,20 @@ void CSystemEventListener_mac::stopLoop()
         CFRunLoopStop(g_runLoop);
 }
 
-// A registration that fails gives a null port, which is not checked: the loop runs all the same,
-// for the user's events.
+// A registration that fails leaves the port null, which the system's functions would follow. The
+// loop runs all the same, for the user's events.
 void CSystemEventListener_mac::run()
 {
     setRunLoop(CFRunLoopGetCurrent());
     IONotificationPortRef port = nullptr;
     io_object_t notifier = 0;
     g_rootPort = IORegisterForSystemPower(nullptr, &port, PowerMsgCallBack, &notifier);
-    CFRunLoopAddSource(CFRunLoopGetCurrent(), IONotificationPortGetRunLoopSource(port),
-                       kCFRunLoopDefaultMode);
+    if (port)
+        CFRunLoopAddSource(CFRunLoopGetCurrent(), IONotificationPortGetRunLoopSource(port),
+                           kCFRunLoopDefaultMode);
     installUserSwitchHandler();
     CFRunLoopRun();
     setRunLoop(nullptr);
-    IONotificationPortDestroy(port);
+    if (port)
+        IONotificationPortDestroy(port);
 }

@@ -1,10 +1,13 @@
 #include "SystemEvent/logindwatch_p.h"
 
 #include "LogTask/clog.h"
+#include "LogTask/logline_p.h"
 #include "SystemEvent/csystemeventlistener.h"
 
 #include <QCoreApplication>
 #include <QDBusArgument>
+#include <QDBusError>
+#include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
@@ -16,16 +19,16 @@
 namespace {
 
 constexpr char kLogSource[] = "SystemEvent/csystemeventlistener_linux";
-const auto service = QStringLiteral("org.freedesktop.login1");
-const auto managerPath = QStringLiteral("/org/freedesktop/login1");
-const auto managerInterface = QStringLiteral("org.freedesktop.login1.Manager");
-const auto propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
-const char sessionInterface[] = "org.freedesktop.login1.Session";
+const auto kService = QStringLiteral("org.freedesktop.login1");
+const auto kManagerPath = QStringLiteral("/org/freedesktop/login1");
+const auto kManagerInterface = QStringLiteral("org.freedesktop.login1.Manager");
+const auto kPropertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
+constexpr char kSessionInterface[] = "org.freedesktop.login1.Session";
 
-constexpr int checkUpInterval = 1000; // ms, for a bus or a session that is not there yet
-constexpr int pollInterval = 20;      // ms, while sleep is delayed
-constexpr int otherThreads = 500;     // ms left to receivers in threads that are not known
-constexpr int longestDelay = 2000;    // ms; logind itself waits 5 s by default
+constexpr int kCheckUpMs = 1000;      // for a bus or a session that is not there yet
+constexpr int kPollMs = 20;           // while sleep is delayed
+constexpr int kOtherThreadsMs = 500;  // left to receivers in threads that are not known
+constexpr int kLongestDelayMs = 2000; // logind itself waits 5 s by default
 
 // The system bus of the moment, over a connection of our own: the shared one would stay broken once
 // the bus was restarted.
@@ -34,15 +37,43 @@ QString uniqueName()
     return QLatin1String("wzrframework-") + QUuid::createUuid().toString();
 }
 
+// The bus is only connected to slots whose argument types it knows. A process that uses no D-Bus
+// has made none known.
+void registerSlotTypes()
+{
+    qDBusRegisterMetaType<QDBusObjectPath>();
+}
+
+// Whether logind has answered, be it with an error. What else comes as an error says that nobody
+// did, and nothing about sessions.
+bool isAnswer(const QDBusMessage& reply)
+{
+    switch (QDBusError(reply).type()) {
+    case QDBusError::NoReply:
+    case QDBusError::Timeout:
+    case QDBusError::TimedOut:
+    case QDBusError::Disconnected:
+    case QDBusError::NoServer:
+    case QDBusError::NoMemory:
+    case QDBusError::LimitsExceeded:
+    case QDBusError::ServiceUnknown:
+    case QDBusError::AccessDenied:
+        return false;
+    default:
+        return true;
+    }
+}
+
 } // namespace
 
 LogindWatch::LogindWatch(CSystemEventListener& listener)
     : m_listener(listener)
     , m_busName(uniqueName())
 {
-    m_checkUp.setInterval(checkUpInterval);
+    registerSlotTypes();
+    m_checkUp.setInterval(kCheckUpMs);
     connect(&m_checkUp, &QTimer::timeout, this, &LogindWatch::checkUp);
-    m_release.setInterval(pollInterval);
+    m_release.setInterval(kPollMs);
     connect(&m_release, &QTimer::timeout, this, &LogindWatch::releaseIfReceived);
 }
 
@@ -76,27 +107,35 @@ void LogindWatch::connectToBus()
         return;
     }
     m_bus = bus;
-    m_owner = std::make_unique<QDBusServiceWatcher>(service, *m_bus);
+    m_owner = std::make_unique<QDBusServiceWatcher>(kService, *m_bus);
     connect(m_owner.get(), &QDBusServiceWatcher::serviceOwnerChanged, this,
             [this](const QString&, const QString&, const QString& owner) {
                 logindWent();
                 if (!owner.isEmpty())
                     logindCame();
             });
-    m_bus->connect(service, managerPath, managerInterface, QStringLiteral("PrepareForSleep"), this,
-                   SLOT(prepareForSleep(bool)));
-    m_bus->connect(service, managerPath, managerInterface, QStringLiteral("SessionNew"), this,
-                   SLOT(sessionAdded(QString, QDBusObjectPath)));
-    m_bus->connect(service, managerPath, managerInterface, QStringLiteral("SessionRemoved"), this,
-                   SLOT(sessionRemoved(QString, QDBusObjectPath)));
+    hear(kManagerPath, kManagerInterface, "PrepareForSleep", SLOT(prepareForSleep(bool)));
+    hear(kManagerPath, kManagerInterface, "SessionNew",
+         SLOT(sessionAdded(QString, QDBusObjectPath)));
+    hear(kManagerPath, kManagerInterface, "SessionRemoved",
+         SLOT(sessionRemoved(QString, QDBusObjectPath)));
     QDBusMessage ask = QDBusMessage::createMethodCall(
         QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
         QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameHasOwner"));
-    ask << service;
+    ask << kService;
     call(ask, [this](const QDBusMessage& reply) {
         if (reply.arguments().value(0).toBool() && !m_era)
             logindCame();
     });
+}
+
+void LogindWatch::hear(const QString& path, const QString& interface, const char* signal,
+                       const char* slot)
+{
+    const QString name = QLatin1String(signal);
+    if (!m_bus->connect(kService, path, interface, name, this, slot))
+        logLine(kLogSource, "hear", interface, name, "cannot be heard",
+                m_bus->lastError().message());
 }
 
 void LogindWatch::dropBus()
@@ -113,7 +152,7 @@ void LogindWatch::logindCame()
     takeInhibitor();
     findOwnSession();
     // A signal may have been missed while nobody was there to send it.
-    getProperty(managerPath, "org.freedesktop.login1.Manager", "PreparingForSleep",
+    getProperty(kManagerPath, "org.freedesktop.login1.Manager", "PreparingForSleep",
                 [this](const QDBusMessage& reply) {
                     if (reply.type() == QDBusMessage::ReplyMessage)
                         prepareForSleep(
@@ -179,7 +218,7 @@ void LogindWatch::releaseWhenReceived()
 void LogindWatch::releaseIfReceived()
 {
     const qint64 waited = m_sinceSleep.elapsed();
-    if (waited < otherThreads || (*m_notEntered > 0 && waited < longestDelay))
+    if (waited < kOtherThreadsMs || (*m_notEntered > 0 && waited < kLongestDelayMs))
         return;
     m_release.stop();
     m_inhibitor = QDBusUnixFileDescriptor();
@@ -218,7 +257,7 @@ void LogindWatch::findDisplaySession()
     callManager("GetUser", {static_cast<uint>(getuid())}, [this](const QDBusMessage& user) {
         const QString path = user.arguments().value(0).value<QDBusObjectPath>().path();
         if (user.type() != QDBusMessage::ReplyMessage) {
-            m_searching = false;
+            useNoSession(user); // The user is not logged in.
             return;
         }
         getProperty(
@@ -232,7 +271,10 @@ void LogindWatch::findDisplaySession()
                     argument >> id >> session;
                     argument.endStructure();
                 }
-                useSession(id.isEmpty() ? QString() : session.path());
+                if (id.isEmpty())
+                    useNoSession(reply);
+                else
+                    useSession(session.path());
             });
     });
 }
@@ -240,19 +282,28 @@ void LogindWatch::findDisplaySession()
 void LogindWatch::useSession(const QString& path)
 {
     m_searching = false;
-    if (path.isEmpty() || path == QLatin1String("/") || path == m_session)
+    if (path == m_session)
         return;
     leaveSession();
     m_session = path;
-    m_bus->connect(service, path, propertiesInterface, QStringLiteral("PropertiesChanged"), this,
-                   SLOT(sessionChanged(QString, QVariantMap, QStringList)));
+    hear(path, kPropertiesInterface, "PropertiesChanged",
+         SLOT(sessionChanged(QString, QVariantMap, QStringList)));
     askActive();
+}
+
+// Searched and found none: that is a state, inactive, so that the login after it is a change. A
+// session that is being watched stays.
+void LogindWatch::useNoSession(const QDBusMessage& lastReply)
+{
+    m_searching = false;
+    if (m_session.isEmpty() && isAnswer(lastReply))
+        setActive(false);
 }
 
 void LogindWatch::leaveSession()
 {
     if (m_bus && !m_session.isEmpty()) {
-        m_bus->disconnect(service, m_session, propertiesInterface,
+        m_bus->disconnect(kService, m_session, kPropertiesInterface,
                           QStringLiteral("PropertiesChanged"), this,
                           SLOT(sessionChanged(QString, QVariantMap, QStringList)));
     }
@@ -281,7 +332,7 @@ void LogindWatch::sessionChanged(const QString& interface, const QVariantMap& ch
                                  const QStringList& invalidated)
 {
     const auto name = QStringLiteral("Active");
-    if (interface != QLatin1String(sessionInterface))
+    if (interface != QLatin1String(kSessionInterface))
         return;
     if (changed.contains(name))
         setActive(changed.value(name).toBool());
@@ -292,10 +343,12 @@ void LogindWatch::sessionChanged(const QString& interface, const QVariantMap& ch
 void LogindWatch::askActive()
 {
     const QString session = m_session;
-    getProperty(session, sessionInterface, "Active", [this, session](const QDBusMessage& reply) {
+    getProperty(session, kSessionInterface, "Active", [this, session](const QDBusMessage& reply) {
         if (reply.type() != QDBusMessage::ReplyMessage) {
-            if (session == m_session)
+            if (session == m_session) {
                 leaveSession(); // It does not exist; another may, a little later.
+                useNoSession(reply);
+            }
         } else if (session == m_session) {
             setActive(reply.arguments().value(0).value<QDBusVariant>().variant().toBool());
         }
@@ -318,7 +371,7 @@ void LogindWatch::setActive(bool active)
 void LogindWatch::callManager(const char* method, const QVariantList& arguments,
                               const Handler& handle)
 {
-    QDBusMessage message = QDBusMessage::createMethodCall(service, managerPath, managerInterface,
+    QDBusMessage message = QDBusMessage::createMethodCall(kService, kManagerPath, kManagerInterface,
                                                           QLatin1String(method));
     message.setArguments(arguments);
     call(message, handle);
@@ -328,7 +381,7 @@ void LogindWatch::getProperty(const QString& path, const char* interface, const 
                               const Handler& handle)
 {
     QDBusMessage message =
-        QDBusMessage::createMethodCall(service, path, propertiesInterface, QStringLiteral("Get"));
+        QDBusMessage::createMethodCall(kService, path, kPropertiesInterface, QStringLiteral("Get"));
     message << QString(QLatin1String(interface)) << QString(QLatin1String(name));
     call(message, handle);
 }

@@ -46,6 +46,7 @@ private:
 
     void checkUp();
     void connectToBus();
+    void hear(const QString& path, const QString& interface, const char* signal, const char* slot);
     void dropBus();
     void logindCame();
     void logindWent();
@@ -58,6 +59,7 @@ private:
     void findSessionById(const QString& id);
     void findDisplaySession();
     void useSession(const QString& path);
+    void useNoSession(const QDBusMessage& lastReply);
     void leaveSession();
     void askActive();
     void setActive(bool active);

@@ -1,12 +1,11 @@
 #ifndef TESTS_SYSTEMEVENT_LISTENERFIXTURE_H
 #define TESTS_SYSTEMEVENT_LISTENERFIXTURE_H
 
-#include "SystemEvent/csystemeventlistener.h"
 #include "logindmock.h"
+#include "support/childprocess.h"
 
-#include <QCoreApplication>
 #include <QList>
-#include <QObject>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
@@ -15,28 +14,48 @@
 
 using Signals = QList<bool>;
 
-/// The Linux listener on a mock of logind, and what it has signalled in this thread.
+/// The Linux listener in a program of its own (listenerprocess), on a mock of logind in another.
+/// What this process knows of D-Bus does not help the program.
 class ListenerFixture
 {
 protected:
     void start();
+    /// Ends everything; the program must have ended well, without a warning of Qt, and with nothing
+    /// that it could not hear.
     void stop();
 
-    void listen();
+    /// Begins to listen.
+    void listen(const char* command = "start");
     /// Listens until the session "own", which is active, is being watched.
     void useOwnSession();
     /// Listens, outside of any session, until the user's display session "first" is being watched.
     void useDisplaySession();
+    /// Until all that logind has sent before has been heard; forgets the signals.
+    void catchUp();
     bool heldInhibitor() { return m_mock->inhibitors() == QStringList("sleep delay"); }
 
+    /// What the program's main thread has received since the last catchUp().
+    Signals power() const { return signalsNamed("power "); }
+    Signals user() const { return signalsNamed("user "); }
+    /// The lines of the program's log so far.
+    QList<QByteArray> log();
+    /// Tells the listener to stop; whether its thread has ended, and after how long.
+    struct Stop
+    {
+        bool ended;
+        int milliseconds;
+    };
+    Stop stopListening();
+
     std::unique_ptr<LogindMock> m_mock;
-    Signals m_power;
-    Signals m_user;
+    std::unique_ptr<ChildProcess> m_program;
 
 private:
     void watch(const QString& id);
+    Signals signalsNamed(const char* name) const;
 
-    QObject m_context;
+    QTemporaryDir m_folder;
+    decltype(QByteArray().size()) m_forgotten = 0;
 };
 
 inline void ListenerFixture::start()
@@ -46,26 +65,32 @@ inline void ListenerFixture::start()
         m_mock = std::make_unique<LogindMock>();
     m_mock->startBus();
     m_mock->startLogind();
-    m_power.clear();
-    m_user.clear();
 }
 
 inline void ListenerFixture::stop()
 {
-    CSystemEventListener::destroy();
-    QCoreApplication::sendPostedEvents();
+    int code = 0;
+    QByteArray output;
+    if (m_program) {
+        m_program->enter("log");
+        m_program->enter("quit");
+        code = m_program->exitCode();
+        output = m_program->output();
+        m_program.reset();
+    }
     m_mock->stopLogind();
     m_mock->stopBus();
+    QCOMPARE(code, 0);
+    QVERIFY2(!output.contains("warning") && !output.contains("cannot be heard"),
+             output.constData());
 }
 
-inline void ListenerFixture::listen()
+inline void ListenerFixture::listen(const char* command)
 {
-    CSystemEventListener* const listener = CSystemEventListener::instance();
-    QObject::connect(listener, &CSystemEventListener::powerEvent, &m_context,
-                     [this](bool value) { m_power << value; });
-    QObject::connect(listener, &CSystemEventListener::userSwitch, &m_context,
-                     [this](bool value) { m_user << value; });
-    listener->startListen(true);
+    m_forgotten = 0;
+    m_program =
+        std::make_unique<ChildProcess>(HELPER_LISTENERPROCESS, QStringList(), m_folder.path());
+    m_program->enter(command);
 }
 
 inline void ListenerFixture::useOwnSession()
@@ -85,18 +110,51 @@ inline void ListenerFixture::useDisplaySession()
 inline void ListenerFixture::watch(const QString& id)
 {
     listen();
-    QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
     // The first state heard of gives no signal; it may be either one.
     QTRY_VERIFY_WITH_TIMEOUT(
-        (m_mock->setActive(id, false), m_mock->setActive(id, true), m_user.endsWith(true)), 30000);
-    // Later than all signals that are still on their way.
+        (m_mock->setActive(id, false), m_mock->setActive(id, true), user().endsWith(true)), 30000);
+    catchUp();
+}
+
+inline void ListenerFixture::catchUp()
+{
+    QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
+    const Signals before = power();
     m_mock->prepareForSleep(true);
     m_mock->prepareForSleep(false);
-    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false, true}), 30000);
-    QCOMPARE(m_user.last(), true);
+    QTRY_COMPARE_WITH_TIMEOUT(power(), before + Signals({false, true}), 30000);
     QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
-    m_power.clear();
-    m_user.clear();
+    m_forgotten = m_program->output().size();
+}
+
+inline Signals ListenerFixture::signalsNamed(const char* name) const
+{
+    Signals values;
+    const QList<QByteArray> lines = m_program->output().mid(m_forgotten).split('\n');
+    for (const QByteArray& line : lines) {
+        if (line.startsWith(name))
+            values << line.endsWith('1');
+    }
+    return values;
+}
+
+inline QList<QByteArray> ListenerFixture::log()
+{
+    QList<QByteArray> lines;
+    m_program->enter("log");
+    for (;;) {
+        const QByteArray line = m_program->lineWith("log ");
+        if (line.isNull() || line == "log end")
+            return lines;
+        lines << line.mid(4);
+    }
+}
+
+inline ListenerFixture::Stop ListenerFixture::stopListening()
+{
+    m_program->enter("stop");
+    const QByteArray answer = m_program->lineWith("stopped ");
+    return {answer.startsWith("stopped "), answer.mid(answer.lastIndexOf(' ')).toInt()};
 }
 
 #endif

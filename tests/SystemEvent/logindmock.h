@@ -104,12 +104,18 @@ public:
             30000);
         if (!there)
             qFatal("The mock of logind did not start");
-        // The template's own knows every session.
+        // The template's own know every session, fail on a user's number, or are missing.
         check(call("/org/freedesktop/login1", mock, "AddMethod",
                    {manager, "GetSession", "s", "o",
                     "ret = \"/org/freedesktop/login1/session/\" + args[0]\n"
                     "if ret not in objects: raise dbus.exceptions.DBusException("
                     "\"No session\", name=\"org.freedesktop.login1.NoSuchSession\")"}));
+        check(call("/org/freedesktop/login1", mock, "AddMethod",
+                   {manager, "GetUser", "u", "o",
+                    "ret = \"/org/freedesktop/login1/user/%d\" % args[0]\n"
+                    "if ret not in objects: raise dbus.exceptions.DBusException("
+                    "\"Not logged in\", name=\"org.freedesktop.login1.NoSuchUser\")"}));
+        setNoOwnSession();
     }
     void stopLogind()
     {
@@ -152,29 +158,34 @@ public:
     {
         emitSignal("SessionRemoved", "so", {id, QVariant::fromValue(sessionPath(id))});
     }
-    /// Ends a session, object and all. This process belongs to none then.
+    /// Ends a session, object and all. No process belongs to one then.
     void removeSession(const QString& id)
     {
         check(call("/org/freedesktop/login1", mock, "RemoveObject", {sessionPath(id).path()}));
-        check(call("/org/freedesktop/login1", mock, "AddMethod",
-                   {manager, "GetSessionByPID", "u", "o",
-                    "raise dbus.exceptions.DBusException("
-                    "\"No session\", name=\"org.freedesktop.login1.NoSessionForPID\")"}));
+        setNoOwnSession();
         endSession(id);
     }
-    /// The answer to whom this process belongs to; without it, it belongs to no session.
+    /// The session to which every process belongs; at first none belongs to any.
     void setOwnSession(const QString& id)
     {
         check(call(
             "/org/freedesktop/login1", mock, "AddMethod",
             {manager, "GetSessionByPID", "u", "o", "ret = \"" + sessionPath(id).path() + "\""}));
     }
+    void setNoOwnSession()
+    {
+        check(call("/org/freedesktop/login1", mock, "AddMethod",
+                   {manager, "GetSessionByPID", "u", "o",
+                    "raise dbus.exceptions.DBusException("
+                    "\"No session\", name=\"org.freedesktop.login1.NoSessionForPID\")"}));
+    }
+    /// A user who is logged in, without a session that is displayed.
+    void addUser(uint user)
+    {
+        check(call("/org/freedesktop/login1", mock, "AddUser", {user, "user", true}));
+    }
     void setDisplaySession(uint user, const QString& id)
     {
-        // The template's own fails on the number.
-        check(call(
-            "/org/freedesktop/login1", mock, "AddMethod",
-            {manager, "GetUser", "u", "o", "ret = \"/org/freedesktop/login1/user/%d\" % args[0]"}));
         const SessionReference display{id, sessionPath(id)};
         check(call("/org/freedesktop/login1/user/" + QString::number(user),
                    "org.freedesktop.DBus.Properties", "Set",
@@ -182,6 +193,17 @@ public:
                     QVariant::fromValue(QDBusVariant(QVariant::fromValue(display)))}));
     }
     void prepareForSleep(bool sleeps) { emitSignal("PrepareForSleep", "b", {sleeps}); }
+
+    /// From the next Inhibit() on, sleep is announced before the answer.
+    void sleepBeforeInhibitorIsGiven()
+    {
+        check(call("/org/freedesktop/login1", mock, "AddMethod",
+                   {manager, "Inhibit", "ssss", "h",
+                    "self.EmitSignal(\"org.freedesktop.login1.Manager\", \"PrepareForSleep\", "
+                    "\"b\", [True])\n"
+                    "import dbusmock.templates.logind as template\n"
+                    "ret = template.Inhibit(self, *args)"}));
+    }
 
     /// What the listeners hold: "what mode" of each inhibitor.
     QStringList inhibitors()

@@ -9,6 +9,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <atomic>
+
 namespace {
 
 // A listener whose thread ends when the test says so.
@@ -39,9 +41,37 @@ private:
     QSemaphore m_requests;
 };
 
+// A listener that stops itself in its own thread.
+class SelfStoppingListener : public CSystemEventListener
+{
+public:
+    void startListen(bool) override { start(); }
+    void stopListen() override { hasEnded = endThread(); }
+    int requests = 0;
+    bool hasEnded = true;
+
+protected:
+    void run() override
+    {
+        stopListen();
+        exec();
+    }
+    void stopLoop() override { ++requests; }
+};
+
+QtMessageHandler g_before = nullptr;
+std::atomic<int> g_warnings{0};
+
+void countWarning(QtMsgType type, const QMessageLogContext& context, const QString& text)
+{
+    if (type == QtWarningMsg)
+        ++g_warnings;
+    g_before(type, context, text);
+}
+
 } // namespace
 
-class tst_CSystemEventListener : public QObject
+class tst_csystemeventlistener : public QObject
 {
     Q_OBJECT
 
@@ -55,9 +85,10 @@ private Q_SLOTS:
     void destroyLeavesAThreadThatDoesNotEnd();
     void stopWaitsASecondAtMost();
     void stopIsAskedForAgain();
+    void stopFromItsOwnThreadOnlyAsks();
 };
 
-void tst_CSystemEventListener::thereIsOneInstance()
+void tst_csystemeventlistener::thereIsOneInstance()
 {
     QVERIFY(!CSystemEventListener::m_pIns);
     CSystemEventListener* const listener = CSystemEventListener::instance();
@@ -70,7 +101,7 @@ void tst_CSystemEventListener::thereIsOneInstance()
     QVERIFY(!CSystemEventListener::m_pIns);
 }
 
-void tst_CSystemEventListener::hasTheSignalsInOrder()
+void tst_csystemeventlistener::hasTheSignalsInOrder()
 {
     const QMetaObject& meta = CSystemEventListener::staticMetaObject;
     QStringList methods;
@@ -82,7 +113,7 @@ void tst_CSystemEventListener::hasTheSignalsInOrder()
                                    "sessionClose()"}));
 }
 
-void tst_CSystemEventListener::emitsWhatItIsTold()
+void tst_csystemeventlistener::emitsWhatItIsTold()
 {
     CSystemEventListener* const listener = CSystemEventListener::instance();
     QStringList emitted;
@@ -108,13 +139,13 @@ void tst_CSystemEventListener::emitsWhatItIsTold()
                                    "sessionClose"}));
 }
 
-void tst_CSystemEventListener::destroyWithoutAnInstance()
+void tst_csystemeventlistener::destroyWithoutAnInstance()
 {
     CSystemEventListener::destroy();
     QVERIFY(!CSystemEventListener::m_pIns);
 }
 
-void tst_CSystemEventListener::destroyEndsAndDeletesTheListener()
+void tst_csystemeventlistener::destroyEndsAndDeletesTheListener()
 {
     const QPointer<CSystemEventListener> listener = new LateListener;
     CSystemEventListener::m_pIns = listener;
@@ -123,7 +154,7 @@ void tst_CSystemEventListener::destroyEndsAndDeletesTheListener()
     QVERIFY(listener.isNull());
 }
 
-void tst_CSystemEventListener::destroyLeavesAThreadThatDoesNotEnd()
+void tst_csystemeventlistener::destroyLeavesAThreadThatDoesNotEnd()
 {
     const LogCapture log;
     StubbornListener listener;
@@ -141,7 +172,7 @@ void tst_CSystemEventListener::destroyLeavesAThreadThatDoesNotEnd()
     QVERIFY(listener.wait(30000));
 }
 
-void tst_CSystemEventListener::stopWaitsASecondAtMost()
+void tst_csystemeventlistener::stopWaitsASecondAtMost()
 {
     StubbornListener listener;
     listener.startListen(true);
@@ -157,7 +188,7 @@ void tst_CSystemEventListener::stopWaitsASecondAtMost()
     QVERIFY(timer.elapsed() < 900);
 }
 
-void tst_CSystemEventListener::stopIsAskedForAgain()
+void tst_csystemeventlistener::stopIsAskedForAgain()
 {
     LateListener listener;
     listener.startListen(true);
@@ -165,5 +196,19 @@ void tst_CSystemEventListener::stopIsAskedForAgain()
     QVERIFY(listener.isFinished());
 }
 
-QTEST_GUILESS_MAIN(tst_CSystemEventListener)
+void tst_csystemeventlistener::stopFromItsOwnThreadOnlyAsks()
+{
+    g_warnings = 0;
+    g_before = qInstallMessageHandler(countWarning);
+    SelfStoppingListener listener;
+    listener.startListen(true);
+    const bool hasEnded = listener.wait(30000);
+    qInstallMessageHandler(g_before);
+    QVERIFY(hasEnded);
+    QVERIFY(!listener.hasEnded);
+    QCOMPARE(listener.requests, 1);
+    QCOMPARE(g_warnings.load(), 0);
+}
+
+QTEST_GUILESS_MAIN(tst_csystemeventlistener)
 #include "tst_csystemeventlistener.moc"

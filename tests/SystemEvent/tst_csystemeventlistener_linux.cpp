@@ -1,15 +1,9 @@
 #include "listenerfixture.h"
 
-#include "support/logcapture.h"
-
 #include <QElapsedTimer>
-#include <QSemaphore>
 #include <QTest>
-#include <QThread>
 
-#include <atomic>
-
-class tst_CSystemEventListener_linux : public QObject, private ListenerFixture
+class tst_csystemeventlistener_linux : public QObject, private ListenerFixture
 {
     Q_OBJECT
 
@@ -19,8 +13,7 @@ private Q_SLOTS:
     void sleepAndWakingBecomeSignals();
     void inhibitorIsHeldUntilSleepAndTakenAfterIt();
     void inhibitorStaysWhenWakingComesAtOnce();
-    void sleepWaitsForTheMainThread();
-    void sleepDoesNotWaitForever();
+    void sleepWaitsForTheMainThreadButNotForever();
     void sleepWaitsForOtherThreads();
     void repeatedNotificationsAreOneSignal();
     void noBusMeansNoEvents();
@@ -31,46 +24,48 @@ private Q_SLOTS:
     void silentLogindDoesNotHoldUpTheStop();
     void silentBusDoesNotHoldUpTheStop();
     void startsAgainAfterItsStop();
+    void stopFromItsOwnThreadOnlyAsks();
+    void inhibitorThatComesAsleepIsNotKept();
 };
 
-void tst_CSystemEventListener_linux::sleepAndWakingBecomeSignals()
+void tst_csystemeventlistener_linux::sleepAndWakingBecomeSignals()
 {
-    LogCapture log;
     listen();
     QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
     m_mock->prepareForSleep(true);
-    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false}), 30000);
+    QTRY_COMPARE_WITH_TIMEOUT(power(), Signals({false}), 30000);
     m_mock->prepareForSleep(false);
-    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false, true}), 30000);
-    QCOMPARE(m_user, Signals());
-    const QString name = QStringLiteral("SystemEvent/csystemeventlistener_linux PowerMsgCallBack ");
-    QCOMPARE(log.lines().size(), 2);
-    QVERIFY(log.lines()[0].endsWith(name + "SystemWillSleep"));
-    QVERIFY(log.lines()[1].endsWith(name + "SystemHasPoweredOn"));
+    QTRY_COMPARE_WITH_TIMEOUT(power(), Signals({false, true}), 30000);
+    QCOMPARE(user(), Signals());
+    const QByteArray name = "SystemEvent/csystemeventlistener_linux PowerMsgCallBack ";
+    const QList<QByteArray> lines = log();
+    QCOMPARE(lines.size(), 2);
+    QVERIFY(lines[0].endsWith(name + "SystemWillSleep"));
+    QVERIFY(lines[1].endsWith(name + "SystemHasPoweredOn"));
 }
 
-void tst_CSystemEventListener_linux::inhibitorIsHeldUntilSleepAndTakenAfterIt()
+void tst_csystemeventlistener_linux::inhibitorIsHeldUntilSleepAndTakenAfterIt()
 {
     listen();
     QTRY_COMPARE_WITH_TIMEOUT(m_mock->inhibitors(), QStringList("sleep delay"), 30000);
     for (int night = 0; night < 2; ++night) {
         m_mock->prepareForSleep(true);
         QTRY_COMPARE_WITH_TIMEOUT(m_mock->inhibitors(), QStringList(), 30000);
-        QCOMPARE(m_power.last(), false);
+        QCOMPARE(power().last(), false);
         m_mock->prepareForSleep(false);
         QTRY_COMPARE_WITH_TIMEOUT(m_mock->inhibitors(), QStringList("sleep delay"), 30000);
     }
-    CSystemEventListener::instance()->stopListen();
+    QVERIFY(stopListening().ended);
     QTRY_COMPARE_WITH_TIMEOUT(m_mock->inhibitors(), QStringList(), 30000);
 }
 
-void tst_CSystemEventListener_linux::inhibitorStaysWhenWakingComesAtOnce()
+void tst_csystemeventlistener_linux::inhibitorStaysWhenWakingComesAtOnce()
 {
     listen();
     QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
     m_mock->prepareForSleep(true);
     m_mock->prepareForSleep(false);
-    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false, true}), 30000);
+    QTRY_COMPARE_WITH_TIMEOUT(power(), Signals({false, true}), 30000);
     QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
     // Longer than the release would have been put off.
     QElapsedTimer timer;
@@ -81,64 +76,39 @@ void tst_CSystemEventListener_linux::inhibitorStaysWhenWakingComesAtOnce()
     }
 }
 
-void tst_CSystemEventListener_linux::sleepWaitsForTheMainThread()
+void tst_csystemeventlistener_linux::sleepWaitsForTheMainThreadButNotForever()
 {
     listen();
     QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
-    m_mock->prepareForSleep(true);
-    // This thread, the receivers', handles no events here: asking the mock waits for its answer.
+    m_program->enter("block");
+    QVERIFY(m_program->says("blocked"));
     QElapsedTimer timer;
     timer.start();
-    while (timer.elapsed() < 1000)
-        QVERIFY(heldInhibitor());
-    QCOMPARE(m_power, Signals());
+    m_mock->prepareForSleep(true);
     QTRY_COMPARE_WITH_TIMEOUT(m_mock->inhibitors(), QStringList(), 30000);
-    QCOMPARE(m_power, Signals({false}));
-}
-
-void tst_CSystemEventListener_linux::sleepDoesNotWaitForever()
-{
-    listen();
-    QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
-    m_mock->prepareForSleep(true);
-    QElapsedTimer timer;
-    timer.start();
-    while (heldInhibitor())
-        QVERIFY(timer.elapsed() < 20000);
+    // The main thread was waited for, longer than those which are not known.
     QVERIFY(timer.elapsed() > 1500);
-    QCOMPARE(m_power, Signals());
+    QCOMPARE(power(), Signals());
+    m_program->enter("go on");
+    QTRY_COMPARE_WITH_TIMEOUT(power(), Signals({false}), 30000);
 }
 
-void tst_CSystemEventListener_linux::sleepWaitsForOtherThreads()
+void tst_csystemeventlistener_linux::sleepWaitsForOtherThreads()
 {
     listen();
     QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
-    QThread thread;
-    QObject receiver;
-    receiver.moveToThread(&thread);
-    std::atomic<bool> entered{false};
-    QSemaphore finish;
-    connect(CSystemEventListener::instance(), &CSystemEventListener::powerEvent, &receiver, [&] {
-        entered = true;
-        finish.acquire();
-    });
-    thread.start();
+    m_program->enter("occupy");
+    QVERIFY(m_program->says("to be occupied"));
     QElapsedTimer timer;
     timer.start();
     m_mock->prepareForSleep(true);
-    while (heldInhibitor() && timer.elapsed() < 30000)
-        QCoreApplication::processEvents();
-    const bool enteredInTime = entered;
-    const qint64 waited = timer.elapsed();
-    finish.release();
-    thread.quit();
-    QVERIFY(thread.wait(30000));
-    QVERIFY(enteredInTime);
-    QVERIFY(waited >= 500); // left to threads that the listener does not know
-    QVERIFY(waited < 30000);
+    QTRY_COMPARE_WITH_TIMEOUT(m_mock->inhibitors(), QStringList(), 30000);
+    QVERIFY(timer.elapsed() >= 500); // left to threads that the listener does not know
+    QVERIFY(m_program->output().contains("\noccupied\n"));
+    m_program->enter("release");
 }
 
-void tst_CSystemEventListener_linux::repeatedNotificationsAreOneSignal()
+void tst_csystemeventlistener_linux::repeatedNotificationsAreOneSignal()
 {
     useOwnSession();
     m_mock->setActive(QStringLiteral("own"), true);
@@ -150,36 +120,32 @@ void tst_CSystemEventListener_linux::repeatedNotificationsAreOneSignal()
     m_mock->prepareForSleep(false);
     m_mock->prepareForSleep(false);
     m_mock->setActive(QStringLiteral("own"), true);
-    QTRY_COMPARE_WITH_TIMEOUT(m_user, Signals({false, true}), 30000);
-    QCOMPARE(m_power, Signals({false, true}));
+    QTRY_COMPARE_WITH_TIMEOUT(user(), Signals({false, true}), 30000);
+    QCOMPARE(power(), Signals({false, true}));
 }
 
-void tst_CSystemEventListener_linux::noBusMeansNoEvents()
+void tst_csystemeventlistener_linux::noBusMeansNoEvents()
 {
     m_mock->stopLogind();
     m_mock->stopBus();
     listen();
-    CSystemEventListener* const listener = CSystemEventListener::instance();
-    QVERIFY(listener->isRunning());
-    QElapsedTimer timer;
-    timer.start();
-    listener->stopListen();
-    QVERIFY(listener->isFinished());
-    QVERIFY(timer.elapsed() < 10000);
-    QCOMPARE(m_power, Signals());
+    const Stop stop = stopListening();
+    QVERIFY(stop.ended);
+    QVERIFY(stop.milliseconds < 10000);
+    QCOMPARE(power(), Signals());
 }
 
-void tst_CSystemEventListener_linux::noLogindMeansNoEventsUntilItComes()
+void tst_csystemeventlistener_linux::noLogindMeansNoEventsUntilItComes()
 {
     m_mock->stopLogind();
     listen();
     m_mock->startLogind();
     QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
     m_mock->prepareForSleep(true);
-    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false}), 30000);
+    QTRY_COMPARE_WITH_TIMEOUT(power(), Signals({false}), 30000);
 }
 
-void tst_CSystemEventListener_linux::eventsResumeAfterLogindRestarts()
+void tst_csystemeventlistener_linux::eventsResumeAfterLogindRestarts()
 {
     useOwnSession();
     m_mock->stopLogind();
@@ -187,15 +153,15 @@ void tst_CSystemEventListener_linux::eventsResumeAfterLogindRestarts()
     // Meanwhile another user has taken over.
     m_mock->addSession(QStringLiteral("own"), false);
     m_mock->setOwnSession(QStringLiteral("own"));
-    QTRY_COMPARE_WITH_TIMEOUT(m_user, Signals({false}), 30000);
+    QTRY_COMPARE_WITH_TIMEOUT(user(), Signals({false}), 30000);
     QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
     m_mock->prepareForSleep(true);
     m_mock->setActive(QStringLiteral("own"), true);
-    QTRY_COMPARE_WITH_TIMEOUT(m_user, Signals({false, true}), 30000);
-    QCOMPARE(m_power, Signals({false}));
+    QTRY_COMPARE_WITH_TIMEOUT(user(), Signals({false, true}), 30000);
+    QCOMPARE(power(), Signals({false}));
 }
 
-void tst_CSystemEventListener_linux::eventsResumeAfterTheBusRestarts()
+void tst_csystemeventlistener_linux::eventsResumeAfterTheBusRestarts()
 {
     useOwnSession();
     m_mock->stopBus();
@@ -204,57 +170,79 @@ void tst_CSystemEventListener_linux::eventsResumeAfterTheBusRestarts()
     m_mock->startLogind();
     QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
     m_mock->prepareForSleep(true);
-    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false}), 30000);
+    QTRY_COMPARE_WITH_TIMEOUT(power(), Signals({false}), 30000);
     QTRY_COMPARE_WITH_TIMEOUT(m_mock->inhibitors(), QStringList(), 30000);
 }
 
-void tst_CSystemEventListener_linux::wakingMissedByARestartIsTold()
+void tst_csystemeventlistener_linux::wakingMissedByARestartIsTold()
 {
     listen();
     QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
     m_mock->prepareForSleep(true);
-    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false}), 30000);
+    QTRY_COMPARE_WITH_TIMEOUT(power(), Signals({false}), 30000);
     m_mock->stopLogind();
     m_mock->startLogind();
-    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false, true}), 30000);
+    QTRY_COMPARE_WITH_TIMEOUT(power(), Signals({false, true}), 30000);
     QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
 }
 
-void tst_CSystemEventListener_linux::silentLogindDoesNotHoldUpTheStop()
+void tst_csystemeventlistener_linux::silentLogindDoesNotHoldUpTheStop()
 {
     m_mock->signalLogind(SIGSTOP);
     listen();
-    CSystemEventListener* const listener = CSystemEventListener::instance();
-    listener->stopListen();
-    QVERIFY(listener->isFinished());
-    listener->startListen(true);
+    QVERIFY(stopListening().ended);
+    m_program->enter("start");
     m_mock->signalLogind(SIGCONT);
     QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
 }
 
-void tst_CSystemEventListener_linux::silentBusDoesNotHoldUpTheStop()
+void tst_csystemeventlistener_linux::silentBusDoesNotHoldUpTheStop()
 {
     m_mock->signalBus(SIGSTOP);
     listen();
-    QElapsedTimer timer;
-    timer.start();
-    CSystemEventListener::instance()->stopListen();
-    QVERIFY(timer.elapsed() < 10000);
+    QVERIFY(stopListening().milliseconds < 10000);
     m_mock->signalBus(SIGCONT);
-    QVERIFY(CSystemEventListener::instance()->wait(30000));
+    QTRY_VERIFY_WITH_TIMEOUT(stopListening().ended, 30000);
 }
 
-void tst_CSystemEventListener_linux::startsAgainAfterItsStop()
+void tst_csystemeventlistener_linux::startsAgainAfterItsStop()
 {
     useOwnSession();
-    CSystemEventListener* const listener = CSystemEventListener::instance();
-    listener->stopListen();
-    QVERIFY(listener->isFinished());
-    listener->startListen(false);
+    QVERIFY(stopListening().ended);
+    m_program->enter("start");
     QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
     m_mock->prepareForSleep(true);
-    QTRY_COMPARE_WITH_TIMEOUT(m_power, Signals({false}), 30000);
+    QTRY_COMPARE_WITH_TIMEOUT(power(), Signals({false}), 30000);
 }
 
-QTEST_GUILESS_MAIN(tst_CSystemEventListener_linux)
+void tst_csystemeventlistener_linux::stopFromItsOwnThreadOnlyAsks()
+{
+    listen();
+    QTRY_VERIFY_WITH_TIMEOUT(heldInhibitor(), 30000);
+    m_program->enter("stop at sleep");
+    QVERIFY(m_program->says("will stop"));
+    m_mock->prepareForSleep(true);
+    const QByteArray answer = m_program->lineWith("stopped ");
+    QVERIFY(answer.startsWith("not stopped "));
+    QVERIFY(answer.mid(answer.lastIndexOf(' ')).toInt() < 500);
+    // The thread ends by itself, with all that it holds.
+    QTRY_COMPARE_WITH_TIMEOUT(m_mock->inhibitors(), QStringList(), 30000);
+    QVERIFY(stopListening().ended);
+}
+
+// An inhibitor that is kept goes when sleep has been delayed for long enough, here after 2 seconds,
+// as the main thread receives nothing.
+void tst_csystemeventlistener_linux::inhibitorThatComesAsleepIsNotKept()
+{
+    m_mock->sleepBeforeInhibitorIsGiven();
+    listen("start and block");
+    QVERIFY(m_program->says("heard power 0"));
+    QElapsedTimer timer;
+    timer.start();
+    QTRY_COMPARE_WITH_TIMEOUT(m_mock->inhibitors(), QStringList(), 30000);
+    QVERIFY(timer.elapsed() < 1500);
+    m_program->enter("go on");
+}
+
+QTEST_GUILESS_MAIN(tst_csystemeventlistener_linux)
 #include "tst_csystemeventlistener_linux.moc"

@@ -1,4 +1,5 @@
-// Runs the macOS source against stand-ins of the system's functions, which record their calls.
+// Runs the macOS source against stand-ins of the system's functions, which record their calls and,
+// like the real ones, follow a port or a source without asking whether it is null.
 
 #include "SystemEvent/csystemeventlistener_mac.h"
 #include "SystemEvent/csystemeventlistener_p.h"
@@ -19,7 +20,20 @@
 #include <IOKit/IOMessage.h>
 #include <IOKit/pwr_mgt/IOPMLib.h>
 
+struct StandInRunLoopSource
+{
+    int number;
+};
+
+struct StandInNotificationPort
+{
+    int number;
+    StandInRunLoopSource source;
+};
+
 namespace {
+
+StandInNotificationPort port{32, {48}};
 
 // Shared by the test's thread and the listener's.
 QMutex mutex;
@@ -68,7 +82,7 @@ void CFRunLoopAddSource(CFRunLoopRef runLoop, CFRunLoopSourceRef source, CFRunLo
 {
     record(QStringLiteral("CFRunLoopAddSource %1 %2 %3")
                .arg(quintptr(runLoop))
-               .arg(quintptr(source))
+               .arg(source->number)
                .arg(QLatin1String(mode)));
 }
 
@@ -86,11 +100,11 @@ void CFRunLoopStop(CFRunLoopRef runLoop)
         stopped.release();
 }
 
-io_connect_t IORegisterForSystemPower(void* refcon, IONotificationPortRef* port,
+io_connect_t IORegisterForSystemPower(void* refcon, IONotificationPortRef* notificationPort,
                                       IOServiceInterestCallback callback, io_object_t* notifier)
 {
     record(QStringLiteral("IORegisterForSystemPower %1").arg(quintptr(refcon)));
-    *port = rootPort != 0 ? handle<IONotificationPortRef>(0x20) : nullptr;
+    *notificationPort = rootPort != 0 ? &port : nullptr;
     *notifier = 5;
     powerCallback = callback;
     return rootPort;
@@ -102,15 +116,15 @@ IOReturn IOAllowPowerChange(io_connect_t kernelPort, intptr_t notificationID)
     return 0;
 }
 
-CFRunLoopSourceRef IONotificationPortGetRunLoopSource(IONotificationPortRef port)
+CFRunLoopSourceRef IONotificationPortGetRunLoopSource(IONotificationPortRef ofPort)
 {
-    record(QStringLiteral("IONotificationPortGetRunLoopSource %1").arg(quintptr(port)));
-    return handle<CFRunLoopSourceRef>(0x30);
+    record(QStringLiteral("IONotificationPortGetRunLoopSource %1").arg(ofPort->number));
+    return &ofPort->source;
 }
 
-void IONotificationPortDestroy(IONotificationPortRef port)
+void IONotificationPortDestroy(IONotificationPortRef destroyed)
 {
-    record(QStringLiteral("IONotificationPortDestroy %1").arg(quintptr(port)));
+    record(QStringLiteral("IONotificationPortDestroy %1").arg(destroyed->number));
 }
 
 EventTargetRef GetApplicationEventTarget()
@@ -137,7 +151,7 @@ std::uint32_t GetEventKind(EventRef event)
     return event->kind;
 }
 
-class tst_CSystemEventListener_mac : public QObject
+class tst_csystemeventlistener_mac : public QObject
 {
     Q_OBJECT
 
@@ -160,7 +174,7 @@ private:
     CSystemEventListener* m_listener = nullptr;
 };
 
-void tst_CSystemEventListener_mac::init()
+void tst_csystemeventlistener_mac::init()
 {
     forgetCalls();
     rootPort = 77;
@@ -173,12 +187,12 @@ void tst_CSystemEventListener_mac::init()
     QVERIFY(running.tryAcquire(1, 30000));
 }
 
-void tst_CSystemEventListener_mac::cleanup()
+void tst_csystemeventlistener_mac::cleanup()
 {
     CSystemEventListener::destroy();
 }
 
-void tst_CSystemEventListener_mac::callsTheSystemInOrder()
+void tst_csystemeventlistener_mac::callsTheSystemInOrder()
 {
     m_listener->stopListen();
     QVERIFY(m_listener->isFinished());
@@ -190,7 +204,7 @@ void tst_CSystemEventListener_mac::callsTheSystemInOrder()
                           "CFRunLoopRun", "CFRunLoopStop 16", "IONotificationPortDestroy 32"}));
 }
 
-void tst_CSystemEventListener_mac::answersPowerMessages_data()
+void tst_csystemeventlistener_mac::answersPowerMessages_data()
 {
     QTest::addColumn<uint>("message");
     QTest::addColumn<QString>("answer");
@@ -205,7 +219,7 @@ void tst_CSystemEventListener_mac::answersPowerMessages_data()
     QTest::newRow("will power on") << 0xE0000320 << "" << -1 << "";
 }
 
-void tst_CSystemEventListener_mac::answersPowerMessages()
+void tst_csystemeventlistener_mac::answersPowerMessages()
 {
     QFETCH(uint, message);
     QFETCH(QString, answer);
@@ -231,7 +245,7 @@ void tst_CSystemEventListener_mac::answersPowerMessages()
     QVERIFY(line.isEmpty() || log.contains(line));
 }
 
-void tst_CSystemEventListener_mac::tellsUserSwitches_data()
+void tst_csystemeventlistener_mac::tellsUserSwitches_data()
 {
     QTest::addColumn<uint>("kind");
     QTest::addColumn<bool>("active");
@@ -243,7 +257,7 @@ void tst_CSystemEventListener_mac::tellsUserSwitches_data()
     QTest::newRow("another") << 1U << true << name + "login";
 }
 
-void tst_CSystemEventListener_mac::tellsUserSwitches()
+void tst_csystemeventlistener_mac::tellsUserSwitches()
 {
     QFETCH(uint, kind);
     QFETCH(QString, line);
@@ -259,7 +273,7 @@ void tst_CSystemEventListener_mac::tellsUserSwitches()
     QVERIFY(log.contains(line));
 }
 
-void tst_CSystemEventListener_mac::notificationsAfterTheInstanceAreAnswered()
+void tst_csystemeventlistener_mac::notificationsAfterTheInstanceAreAnswered()
 {
     CSystemEventListener::destroy();
     forgetCalls();
@@ -269,19 +283,26 @@ void tst_CSystemEventListener_mac::notificationsAfterTheInstanceAreAnswered()
     QCOMPARE(int(eventHandler(nullptr, &event, nullptr)), 0);
 }
 
-void tst_CSystemEventListener_mac::failedRegistrationStillListens()
+void tst_csystemeventlistener_mac::failedRegistrationStillListens()
 {
     m_listener->stopListen();
     rootPort = 0;
+    forgetCalls();
     m_listener->startListen(true);
     QVERIFY(running.tryAcquire(1, 30000));
     QSignalSpy user(m_listener, &CSystemEventListener::userSwitch);
     StandInEvent event{10};
     eventHandler(nullptr, &event, nullptr);
     QCOMPARE(user.size(), 1);
+    m_listener->stopListen();
+    QVERIFY(m_listener->isFinished());
+    QCOMPARE(recorded(), QStringList({"IORegisterForSystemPower 0",
+                                      "InstallEventHandler 64 data 0 result 0 6d616373:11 "
+                                      "6d616373:10",
+                                      "CFRunLoopRun", "CFRunLoopStop 16"}));
 }
 
-void tst_CSystemEventListener_mac::startsAgainAfterItsStop()
+void tst_csystemeventlistener_mac::startsAgainAfterItsStop()
 {
     m_listener->stopListen();
     forgetCalls();
@@ -290,7 +311,7 @@ void tst_CSystemEventListener_mac::startsAgainAfterItsStop()
     QCOMPARE(recorded().last(), QStringLiteral("CFRunLoopRun"));
 }
 
-void tst_CSystemEventListener_mac::stopAfterTheEndTouchesNoRunLoop()
+void tst_csystemeventlistener_mac::stopAfterTheEndTouchesNoRunLoop()
 {
     m_listener->stopListen();
     forgetCalls();
@@ -298,7 +319,7 @@ void tst_CSystemEventListener_mac::stopAfterTheEndTouchesNoRunLoop()
     QCOMPARE(recorded(), QStringList());
 }
 
-void tst_CSystemEventListener_mac::stopIsBoundedWhenTheLoopStays()
+void tst_csystemeventlistener_mac::stopIsBoundedWhenTheLoopStays()
 {
     ignoresStop = true;
     QElapsedTimer timer;
@@ -310,12 +331,12 @@ void tst_CSystemEventListener_mac::stopIsBoundedWhenTheLoopStays()
     ignoresStop = false;
 }
 
-void tst_CSystemEventListener_mac::destroyStopsTheLoop()
+void tst_csystemeventlistener_mac::destroyStopsTheLoop()
 {
     CSystemEventListener::destroy();
     QVERIFY(!CSystemEventListener::m_pIns);
     QCOMPARE(recorded().last(), QStringLiteral("IONotificationPortDestroy 32"));
 }
 
-QTEST_GUILESS_MAIN(tst_CSystemEventListener_mac)
+QTEST_GUILESS_MAIN(tst_csystemeventlistener_mac)
 #include "tst_csystemeventlistener_mac.moc"

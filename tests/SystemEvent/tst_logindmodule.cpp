@@ -18,7 +18,7 @@ bool isLoaded(const char* library)
 
 } // namespace
 
-class tst_logindModule : public QObject
+class tst_logindmodule : public QObject
 {
     Q_OBJECT
 
@@ -42,6 +42,6 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_logindModule)
+QTEST_GUILESS_MAIN(tst_logindmodule)
 
 #include "tst_logindmodule.moc"
