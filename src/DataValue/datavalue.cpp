@@ -1,8 +1,8 @@
 #include "DataValue/datavalue.h"
 
 #include "DataValue/datavalue_p.h"
-#include "DataValue/utf8text_p.h"
 #include "LogTask/logline_p.h"
+#include "text/utf8_p.h"
 
 #include <QLocale>
 
@@ -69,8 +69,8 @@ CDataValue::CDataValue(const char* begin, const char* end)
 CDataValue::CDataValue(const QString& text)
 {
     char usual[256]; // most texts fit here
-    if (Utf8Text::room(text) <= sizeof usual) {
-        const char* const end = Utf8Text::write(text, usual);
+    if (Utf8::room(text) <= sizeof usual) {
+        const char* const end = Utf8::write(text, usual);
         DataValueTree::constructText(
             *this, std::string_view(usual, static_cast<std::size_t>(end - usual)));
         return;

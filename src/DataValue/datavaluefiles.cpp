@@ -5,9 +5,9 @@
 #include "DataValue/jsonbridge_p.h"
 #include "DataValue/jsontext_p.h"
 #include "DataValue/xml/cxmlconvert.h"
-#include "DataValue/xml/xmlcheck_p.h"
 #include "LogTask/logline_p.h"
 #include "assertion_p.h"
+#include "text/utf8_p.h"
 
 #include <QFile>
 
@@ -70,9 +70,9 @@ bool parseContent(std::string_view content, CDataValue& value)
     std::string_view text = content.substr(0, content.find('\0'));
     if (text.substr(0, kMark.size()) == kMark)
         text.remove_prefix(kMark.size());
-    if (XmlCheck::isUtf8(text))
+    if (Utf8::isValid(text))
         return JsonText::parse(text, value);
-    return JsonText::parse(QString::fromStdString(std::string(text)).toStdString(), value);
+    return JsonText::parse(Utf8::decode(text).toStdString(), value);
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 
 #include "DataValue/datavalue_p.h"
 #include "DataValue/jsontext_p.h"
-#include "DataValue/utf8text_p.h"
+#include "text/utf8_p.h"
 
 // The reader scans strings 16 bytes at a time where it may.
 #ifdef __SSE2__
@@ -197,8 +197,8 @@ bool JsonFastReader::read(std::string_view utf8, CDataValue& value)
 bool JsonFastReader::read(const QString& utf16, CDataValue& value)
 {
     PackedBuilder builder;
-    char* const text = builder.textRoom(Utf8Text::room(utf16) + kPadding);
-    char* const end = Utf8Text::write(utf16, text);
+    char* const text = builder.textRoom(Utf8::room(utf16) + kPadding);
+    char* const end = Utf8::write(utf16, text);
     std::memset(end, 0, kPadding);
     return readInPlace(builder, text, static_cast<std::size_t>(end - text), value);
 }

@@ -1,6 +1,6 @@
 #include "DataValue/textbuffer_p.h"
 
-#include "DataValue/utf8text_p.h"
+#include "text/utf8_p.h"
 
 #include <algorithm>
 #include <cstring>
@@ -67,7 +67,7 @@ void TextBuffer::appendUtf8(std::string_view text)
 {
     room(text.size()); // no text has more units than bytes
     while (!text.empty()) {
-        const std::size_t ascii = Utf8Text::widenAscii(text, m_end);
+        const std::size_t ascii = Utf8::widenAscii(text, m_end);
         m_end += ascii;
         text.remove_prefix(ascii);
         const std::size_t other = nonAsciiBytes(text);
@@ -81,7 +81,7 @@ void TextBuffer::appendQuoted(std::string_view text)
     room(text.size() + 2);
     *m_end++ = '"';
     for (;;) {
-        const std::size_t plain = Utf8Text::widenPlain(text, m_end);
+        const std::size_t plain = Utf8::widenPlain(text, m_end);
         m_end += plain;
         text.remove_prefix(plain);
         if (text.empty())
@@ -117,14 +117,11 @@ void TextBuffer::appendEscaped(unsigned char byte)
 
 void TextBuffer::appendNonAscii(std::string_view run)
 {
-    if (ushort* const end = Utf8Text::widenOther(run, m_end)) {
+    if (ushort* const end = Utf8::widenOther(run, m_end)) {
         m_end = end;
         return;
     }
-    // What stands for bytes that are no character is Qt's decision. Not at the start of a text,
-    // where a byte-order mark would be dropped.
-    const QString whole =
-        QString::fromUtf8('x' + QByteArray(run.data(), static_cast<int>(run.size())));
-    std::memcpy(m_end, whole.utf16() + 1, static_cast<std::size_t>(whole.size() - 1) * 2);
-    m_end += whole.size() - 1;
+    const QString whole = Utf8::decode(run);
+    std::memcpy(m_end, whole.utf16(), static_cast<std::size_t>(whole.size()) * sizeof(ushort));
+    m_end += whole.size();
 }

@@ -1,7 +1,7 @@
 #include "Ipc/messageframe_p.h"
 
-#include "Ipc/utf8_p.h"
 #include "LogTask/logline_p.h"
+#include "text/utf8_p.h"
 
 #include <algorithm>
 #include <cstring>
@@ -14,20 +14,33 @@ namespace {
 // that each unit is moved a bounded number of times.
 constexpr qsizetype kCompactAbove = 32768;
 
+std::string_view view(const char* bytes, qsizetype size)
+{
+    return {bytes, static_cast<std::size_t>(size)};
+}
+
+std::string_view view(const QByteArray& bytes)
+{
+    return view(bytes.constData(), bytes.size());
+}
+
+// A size or a place as Qt counts; "none" becomes -1.
+qsizetype signedSize(std::size_t size)
+{
+    return size == std::string_view::npos ? -1 : static_cast<qsizetype>(size);
+}
+
 // The first `marker`, which is not empty, at `from` or behind it; -1 when there is none.
 qsizetype indexOf(const QByteArray& bytes, const QByteArray& marker, qsizetype from)
 {
-    const std::string_view all(bytes.constData(), static_cast<std::size_t>(bytes.size()));
-    const std::string_view sought(marker.constData(), static_cast<std::size_t>(marker.size()));
-    const std::size_t found = all.find(sought, static_cast<std::size_t>(from));
-    return found == std::string_view::npos ? -1 : static_cast<qsizetype>(found);
+    return signedSize(view(bytes).find(view(marker), static_cast<std::size_t>(from)));
 }
 
 // False when the marker is no text that can be received.
 bool encode(const QString& marker, QByteArray* bytes)
 {
     *bytes = marker.toUtf8();
-    return Utf8::decode(bytes->constData(), bytes->size()) == marker;
+    return Utf8::decode(view(*bytes)) == marker;
 }
 
 } // namespace
@@ -79,24 +92,24 @@ void MessageFrame::append(const QByteArray& read)
     const qsizetype length =
         zero ? static_cast<const char*>(zero) - read.constData() : qsizetype(read.size());
     if (m_heldBack.isEmpty() && !zero) {
-        const qsizetype tail = Utf8::incompleteTail(read.constData(), length);
+        const qsizetype tail = signedSize(Utf8::incompleteTail(view(read.constData(), length)));
         take(read.constData(), length - tail);
         m_heldBack = tail > 0 ? read.right(tail) : QByteArray();
         return;
     }
     QByteArray bytes = m_heldBack;
     bytes.append(read.constData(), length);
-    const qsizetype tail = zero ? 0 : Utf8::incompleteTail(bytes.constData(), bytes.size());
+    const qsizetype tail = zero ? 0 : signedSize(Utf8::incompleteTail(view(bytes)));
     take(bytes.constData(), bytes.size() - tail);
     m_heldBack = bytes.right(tail);
 }
 
 void MessageFrame::take(const char* bytes, qsizetype size)
 {
-    if (Utf8::isValid(bytes, size))
+    if (Utf8::isValid(view(bytes, size)))
         m_bytes.append(bytes, size);
     else
-        m_bytes.append(Utf8::decode(bytes, size).toUtf8());
+        m_bytes.append(Utf8::decode(view(bytes, size)).toUtf8());
 }
 
 MessageFrame::Outcome MessageFrame::next(QString& body)
@@ -104,7 +117,7 @@ MessageFrame::Outcome MessageFrame::next(QString& body)
     Piece piece;
     const Outcome outcome = find(&piece);
     if (outcome == Body) {
-        body = Utf8::decode(piece.bytes, piece.size);
+        body = Utf8::decode(view(piece.bytes, piece.size));
         cut(piece.end);
     }
     return outcome;
@@ -141,7 +154,7 @@ MessageFrame::Outcome MessageFrame::find(Piece* piece)
 
 QString MessageFrame::buffer() const
 {
-    return Utf8::decode(m_bytes.constData() + m_start, m_bytes.size() - m_start);
+    return Utf8::decode(view(m_bytes.constData() + m_start, m_bytes.size() - m_start));
 }
 
 QString MessageFrame::bufferExcerpt()
@@ -149,11 +162,11 @@ QString MessageFrame::bufferExcerpt()
     const qsizetype size = m_bytes.size() - m_start;
     if (size <= kLogExcerptLimit)
         return buffer();
-    m_countedUnits += Utf8::units(m_bytes.constData() + m_counted, m_bytes.size() - m_counted);
+    m_countedUnits += units(m_counted, m_bytes.size());
     m_counted = m_bytes.size();
-    const char* const begin = m_bytes.constData() + m_start;
-    const qsizetype first = Utf8::bytesOfUnits(begin, size, kLogExcerptLimit);
-    return logExcerpt(Utf8::decode(begin, first < 0 ? size : first), m_countedUnits);
+    const std::string_view all = view(m_bytes.constData() + m_start, size);
+    const std::size_t shown = Utf8::bytesOfUnits(all, kLogExcerptLimit);
+    return logExcerpt(Utf8::decode(all.substr(0, shown)), m_countedUnits);
 }
 
 void MessageFrame::clear()
@@ -200,20 +213,25 @@ qsizetype MessageFrame::findEnd()
     return m_endFound;
 }
 
+// The UTF-16 units of the buffer from the byte `from` to the byte `to`.
+qsizetype MessageFrame::units(qsizetype from, qsizetype to) const
+{
+    return signedSize(Utf8::units(view(m_bytes.constData() + from, to - from)));
+}
+
 // Drops everything before `upTo`. The next head is searched from as many units behind it as the
 // last head stood behind the start before: that head's place, moved by the units dropped.
 void MessageFrame::cut(qsizetype upTo)
 {
-    const char* const bytes = m_bytes.constData();
     m_from = upTo;
     if (m_headFound > m_start) {
-        const qsizetype dropped = Utf8::units(bytes + m_start, upTo - m_start);
-        const qsizetype moved =
-            Utf8::bytesOfUnits(bytes + m_headFound, m_bytes.size() - m_headFound, dropped);
+        const auto dropped = static_cast<std::size_t>(units(m_start, upTo));
+        const std::string_view behind = view(m_bytes).substr(static_cast<std::size_t>(m_headFound));
+        const qsizetype moved = signedSize(Utf8::bytesOfUnits(behind, dropped));
         m_from = moved < 0 ? -1 : m_headFound + moved;
     }
     if (m_counted > upTo)
-        m_countedUnits -= Utf8::units(bytes + m_start, upTo - m_start);
+        m_countedUnits -= units(m_start, upTo);
     else
         m_countedUnits = 0;
     m_counted = std::max(m_counted, upTo);

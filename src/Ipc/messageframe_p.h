@@ -80,6 +80,7 @@ private:
     Outcome find(Piece* piece);
     qsizetype findHead(qsizetype from);
     qsizetype findEnd();
+    qsizetype units(qsizetype from, qsizetype to) const;
     void cut(qsizetype upTo);
     void compact();
     void take(const char* bytes, qsizetype size);

@@ -8,6 +8,7 @@
 #include "LogTask/logtext_p.h"
 #include "appglobal/applicationpaths.h"
 #include "assertion_p.h"
+#include "text/utf8_p.h"
 
 #include <QAbstractEventDispatcher>
 #include <QDeadlineTimer>
@@ -84,7 +85,8 @@ bool waitForUsers()
 std::size_t formatMessage(char* buffer, std::size_t size, const char* format, va_list arguments)
 {
     const std::size_t length = formatText(buffer, size, format, arguments);
-    const std::size_t kept = length + 1 < size ? length : wholeUtf8(buffer, length);
+    const std::size_t kept =
+        length + 1 < size ? length : length - Utf8::incompleteTail({buffer, length});
     buffer[kept] = '\0';
     return kept;
 }

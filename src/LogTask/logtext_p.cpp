@@ -1,10 +1,11 @@
 #include "LogTask/logtext_p.h"
 
+#include "text/utf8_p.h"
+
 #include <QDateTime>
 
 #include <charconv>
 #include <chrono>
-#include <cstdint>
 #include <cstring>
 
 namespace {
@@ -53,21 +54,6 @@ void append(LogBytes* line, const QByteArray& bytes)
     line->append(bytes.constData(), bytes.size());
 }
 
-// Eight bytes at a time.
-bool isAscii(const char* text, std::size_t size)
-{
-    std::uint64_t seen = 0;
-    std::size_t at = 0;
-    for (; at + sizeof seen <= size; at += sizeof seen) {
-        std::uint64_t bytes = 0;
-        std::memcpy(&bytes, text + at, sizeof bytes);
-        seen |= bytes;
-    }
-    for (; at < size; ++at)
-        seen |= static_cast<unsigned char>(text[at]);
-    return (seen & 0x8080808080808080U) == 0;
-}
-
 } // namespace
 
 void appendTime(QString* line)
@@ -107,14 +93,8 @@ void appendUtf8(QString* line, const char* text, std::size_t size)
 {
     const auto before = line->size();
     line->resize(before + static_cast<int>(size));
-    QChar* const to = line->data() + before;
-    unsigned char seen = 0;
-    for (std::size_t i = 0; i < size; ++i) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        seen = static_cast<unsigned char>(seen | byte);
-        to[i] = QLatin1Char(text[i]);
-    }
-    if (seen < 0x80)
+    auto* const to = reinterpret_cast<ushort*>(line->data()) + before;
+    if (Utf8::widenAscii({text, size}, to) == size)
         return;
     line->resize(before);
     line->append(QString::fromUtf8(text, static_cast<int>(size)));
@@ -124,7 +104,7 @@ void appendUtf8(LogBytes* line, const char* text, std::size_t size)
 {
     if (size == 0) // there may be no text at all
         return;
-    if (isAscii(text, size))
+    if (Utf8::isAscii({text, size}))
         line->append(text, static_cast<int>(size));
     else
         append(line, QString::fromUtf8(text, static_cast<int>(size)).toLocal8Bit());
@@ -133,33 +113,12 @@ void appendUtf8(LogBytes* line, const char* text, std::size_t size)
 void appendText(LogBytes* line, const QString& text)
 {
     const auto before = line->size();
-    const auto size = text.size(); // a copy: what is written to bytes may change anything
+    const auto size = text.size();
     line->resize(before + size);
-    char* const to = line->data() + before;
-    const QChar* const from = text.constData();
-    ushort seen = 0;
-    for (qsizetype i = 0; i < size; ++i) {
-        const ushort unit = from[i].unicode();
-        seen = static_cast<ushort>(seen | unit);
-        to[i] = static_cast<char>(unit);
-    }
-    if (seen < 0x80)
+    const auto* const from = reinterpret_cast<const ushort*>(text.constData());
+    const auto count = static_cast<std::size_t>(size);
+    if (Utf8::narrowAscii(from, count, line->data() + before) == count)
         return;
     line->resize(before);
     append(line, text.toLocal8Bit());
-}
-
-std::size_t wholeUtf8(const char* text, std::size_t size)
-{
-    // Back to the last byte that begins a character, then ask whether all its bytes are there.
-    std::size_t start = size;
-    while (start > 0 && size - start < 4) {
-        --start;
-        const auto byte = static_cast<unsigned char>(text[start]);
-        if ((byte & 0xC0U) == 0x80U)
-            continue;
-        const std::size_t length = byte >= 0xF0U ? 4 : byte >= 0xE0U ? 3 : byte >= 0xC0U ? 2 : 1;
-        return size - start < length ? start : size;
-    }
-    return size;
 }

@@ -29,7 +29,4 @@ void appendUtf8(LogBytes* line, const char* text, std::size_t size);
 /// What the local encoding cannot show becomes what Qt puts in its place.
 void appendText(LogBytes* line, const QString& text);
 
-/// How many of the `size` bytes are left when a character that is cut off at their end is dropped.
-std::size_t wholeUtf8(const char* text, std::size_t size);
-
 #endif

@@ -1,8 +1,8 @@
 // A record becomes a packed tree, made at one go.
 
 #include "DataValue/datavalue_p.h"
-#include "DataValue/utf8text_p.h"
 #include "records/recordplan_p.h"
+#include "text/utf8_p.h"
 
 #include <charconv>
 #include <string>
@@ -19,8 +19,8 @@ public:
     void operator()(bool flag) { m_builder.addBool(flag); }
     void operator()(const QString& text)
     {
-        char* const to = m_builder.textRoom(Utf8Text::room(text));
-        char* const end = Utf8Text::write(text, to);
+        char* const to = m_builder.textRoom(Utf8::room(text));
+        char* const end = Utf8::write(text, to);
         *end = '\0';
         m_builder.trimText(end + 1);
         m_builder.addLastingText(to, static_cast<std::size_t>(end - to));

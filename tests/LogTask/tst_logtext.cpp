@@ -15,8 +15,6 @@ private Q_SLOTS:
     void writesNumbers();
     void writesUtf8();
     void writesTheBytesOfTheFile();
-    void dropsAnUnfinishedCharacter_data();
-    void dropsAnUnfinishedCharacter();
 };
 
 void tst_LogText::writesTheTimeOfDay()
@@ -91,31 +89,6 @@ void tst_LogText::writesTheBytesOfTheFile()
     // The tests' local encoding is UTF-8.
     QCOMPARE(QByteArray(line.constData(), int(line.size())),
              QByteArray("abc \xC3\xA9\xEF\xBF\xBD text \xE2\x82\xAC") + QByteArray(3000, 'x'));
-}
-
-void tst_LogText::dropsAnUnfinishedCharacter_data()
-{
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<int>("kept");
-    QTest::newRow("empty") << QByteArray() << 0;
-    QTest::newRow("ASCII") << QByteArray("abc") << 3;
-    QTest::newRow("two bytes, whole") << QByteArray("a\xC3\xA9") << 3;
-    QTest::newRow("two bytes, one") << QByteArray("a\xC3") << 1;
-    QTest::newRow("three bytes, whole") << QByteArray("a\xE2\x82\xAC") << 4;
-    QTest::newRow("three bytes, two") << QByteArray("a\xE2\x82") << 1;
-    QTest::newRow("three bytes, one") << QByteArray("a\xE2") << 1;
-    QTest::newRow("four bytes, whole") << QByteArray("a\xF0\x9F\x98\x80") << 5;
-    QTest::newRow("four bytes, three") << QByteArray("a\xF0\x9F\x98") << 1;
-    QTest::newRow("four bytes, one") << QByteArray("a\xF0") << 1;
-    QTest::newRow("no UTF-8") << QByteArray("a\x80\x80\x80\x80\x80") << 6;
-    QTest::newRow("only continuations") << QByteArray("\x80\x80") << 2;
-}
-
-void tst_LogText::dropsAnUnfinishedCharacter()
-{
-    QFETCH(QByteArray, text);
-    QFETCH(int, kept);
-    QCOMPARE(int(wholeUtf8(text.constData(), std::size_t(text.size()))), kept);
 }
 
 QTEST_GUILESS_MAIN(tst_LogText)

@@ -20,6 +20,7 @@ const Component kComponents[] = {
     {"assertion_p.h", 0, "assertions"},
     {"wzrframework_export.h", 0, "export header"},
     {"slotcall", 0, "slots by name"},
+    {"text/", 0, "UTF-8"},
     {"appglobal/applicationpaths", 1, "paths"},
     {"appglobal/executablepath", 1, "paths"},
     {"serialport/", 1, "serial port"},

@@ -1,8 +1,8 @@
 #include "DataValue/xml/cxmlconvert.h"
 
 #include "DataValue/filecontent_p.h"
-#include "DataValue/xml/xmlcheck_p.h"
 #include "DataValue/xml/xmlprint_p.h"
+#include "text/utf8_p.h"
 
 #include <QString>
 
@@ -42,7 +42,7 @@ ENUM_VALUE_TYPE writtenKind(const Json::Value& json)
 std::string textOf(const char* begin, const char* end)
 {
     std::string text(begin, end);
-    if (!XmlCheck::isUtf8(text))
+    if (!Utf8::isValid(text))
         text = QString::fromUtf8(text.data(), static_cast<int>(text.size())).toStdString();
     return text;
 }

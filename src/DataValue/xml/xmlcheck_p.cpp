@@ -1,6 +1,7 @@
 #include "DataValue/xml/xmlcheck_p.h"
 
 #include "DataValue/filecontent_p.h"
+#include "text/utf8_p.h"
 
 #include <algorithm>
 
@@ -49,54 +50,11 @@ bool isCharacter(unsigned long code)
     return code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF);
 }
 
-/// The length of the UTF-8 character at the start of `text`; 0 when it is none.
-std::size_t characterLength(std::string_view text)
-{
-    const auto byte = [text](std::size_t i) {
-        return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
-    };
-    const unsigned int lead = byte(0);
-    if (lead < 0x80)
-        return 1;
-    const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-    if (lead < 0xC2 || lead > 0xF4)
-        return 0;
-    unsigned long code = lead & (0x7FU >> length);
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((byte(i) & 0xC0) != 0x80)
-            return 0;
-        code = code << 6 | (byte(i) & 0x3F);
-    }
-    constexpr unsigned long kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
-    return code >= kLeast[length] && isCharacter(code) ? length : 0;
-}
-
-} // namespace
-
-bool XmlCheck::isUtf8(std::string_view text)
-{
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t length = characterLength(text.substr(at));
-        if (length == 0)
-            return false;
-        at += length;
-    }
-    return true;
-}
-
-namespace {
-
 /// The first byte that is not part of a UTF-8 character, or a zero byte; the size when all is well.
 std::size_t firstBadByte(std::string_view text, bool utf8)
 {
-    std::size_t at = 0;
-    while (at < text.size() && text[at] != '\0') {
-        const std::size_t length = utf8 ? characterLength(text.substr(at)) : 1;
-        if (length == 0)
-            break;
-        at += length;
-    }
-    return at;
+    const std::size_t zero = std::min(text.find('\0'), text.size());
+    return utf8 ? std::min(zero, Utf8::validLength(text)) : zero;
 }
 
 } // namespace

@@ -29,9 +29,6 @@ public:
     /// is escaped.
     std::string prepared() const;
 
-    /// Whether all of a text is UTF-8; zero bytes are.
-    static bool isUtf8(std::string_view text);
-
 private:
     bool walk();
     bool markup();

@@ -1,18 +1,14 @@
 #include "DataValue/textbuffer_p.h"
-#include "DataValue/utf8text_p.h"
 
 #include <QRandomGenerator>
 #include <QtTest>
 
-/// The conversions between UTF-8 and QString against Qt's own.
-class tst_Utf8Text : public QObject
+/// Texts of values as they are written, against Qt's own conversions.
+class tst_textbuffer : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void writesWhatQtWrites_data();
-    void writesWhatQtWrites();
-    void writesRandomTextsAsQtDoes();
     void readsWhatQtReads_data();
     void readsWhatQtReads();
     void readsRandomBytesAsQtDoes();
@@ -21,14 +17,6 @@ private Q_SLOTS:
 };
 
 namespace {
-
-QByteArray written(const QString& text)
-{
-    QByteArray bytes(static_cast<int>(Utf8Text::room(text)), '#');
-    const char* const end = Utf8Text::write(text, bytes.data());
-    const auto size = static_cast<int>(end - bytes.constData());
-    return size <= bytes.size() ? bytes.left(size) : QByteArray("too long");
-}
 
 std::string_view view(const QByteArray& bytes)
 {
@@ -70,46 +58,7 @@ QString quotedByHand(const QByteArray& bytes)
 
 } // namespace
 
-void tst_Utf8Text::writesWhatQtWrites_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::newRow("empty") << QString();
-    QTest::newRow("ASCII, shorter than a step") << QString("short");
-    QTest::newRow("ASCII, some steps") << QString("exactly as long as three steps.");
-    QTest::newRow("two bytes") << QString::fromUtf8("\xC2\x80 \xDF\xBF");
-    QTest::newRow("three bytes") << QString::fromUtf8("\xE0\xA0\x80 \xEF\xBF\xBF");
-    QTest::newRow("four bytes") << QString::fromUtf8("\xF0\x90\x80\x80 \xF4\x8F\xBF\xBF");
-    QTest::newRow("between ASCII") << QString::fromUtf8("abcdefgh\xC3\xA4ijklmnop\xE2\x82\xAC");
-    QTest::newRow("zero character") << QString(QChar(0)) + "after";
-    QTest::newRow("byte-order mark") << QString(QChar(0xFEFF)) + "text";
-    QTest::newRow("high surrogate at the end") << QString("a") + QChar(0xD800);
-    QTest::newRow("high surrogate alone") << QString(QChar(0xD800)) + "b";
-    QTest::newRow("low surrogate alone") << QString(QChar(0xDC00)) + "b";
-    QTest::newRow("surrogates in the wrong order") << QString(QChar(0xDC00)) + QChar(0xD800);
-}
-
-void tst_Utf8Text::writesWhatQtWrites()
-{
-    QFETCH(QString, text);
-    QCOMPARE(written(text), text.toUtf8());
-}
-
-void tst_Utf8Text::writesRandomTextsAsQtDoes()
-{
-    QRandomGenerator random(1);
-    static constexpr ushort kUnits[] = {'a',    'b',    '"',    0x7F,   0x80,   0x7FF,  0x800,
-                                        0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xFFFF, 0xFEFF, 0};
-    for (int round = 0; round < 20000; ++round) {
-        QString text(random.bounded(40), QChar('x'));
-        for (int i = 0; i < text.size(); ++i) {
-            if (random.bounded(8) == 0)
-                text[i] = QChar(kUnits[random.bounded(14)]);
-        }
-        QCOMPARE(written(text), text.toUtf8());
-    }
-}
-
-void tst_Utf8Text::readsWhatQtReads_data()
+void tst_textbuffer::readsWhatQtReads_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::newRow("empty") << QByteArray();
@@ -128,13 +77,13 @@ void tst_Utf8Text::readsWhatQtReads_data()
     QTest::newRow("zero byte") << QByteArray("a\0z", 3);
 }
 
-void tst_Utf8Text::readsWhatQtReads()
+void tst_textbuffer::readsWhatQtReads()
 {
     QFETCH(QByteArray, bytes);
     QCOMPARE(read(bytes), readByQt(bytes));
 }
 
-void tst_Utf8Text::readsRandomBytesAsQtDoes()
+void tst_textbuffer::readsRandomBytesAsQtDoes()
 {
     QRandomGenerator random(2);
     static constexpr unsigned char kBytes[] = {'"',  '\\', 1,    '\n', 0x7F, 0x80, 0xBF,
@@ -153,14 +102,14 @@ void tst_Utf8Text::readsRandomBytesAsQtDoes()
     }
 }
 
-void tst_Utf8Text::quotesWhatJsonDoesNotAllow()
+void tst_textbuffer::quotesWhatJsonDoesNotAllow()
 {
     TextBuffer buffer;
     buffer.appendQuoted(std::string_view("a\"\\\b\f\n\r\t\0\x1F\x7Fz", 12));
     QCOMPARE(buffer.take(), QString("\"a\\\"\\\\\\b\\f\\n\\r\\t\\u0000\\u001F\x7Fz\""));
 }
 
-void tst_Utf8Text::growsWithTheText()
+void tst_textbuffer::growsWithTheText()
 {
     TextBuffer buffer;
     QString expected;
@@ -174,5 +123,5 @@ void tst_Utf8Text::growsWithTheText()
     QCOMPARE(buffer.take(), expected);
 }
 
-QTEST_APPLESS_MAIN(tst_Utf8Text)
-#include "tst_utf8text.moc"
+QTEST_APPLESS_MAIN(tst_textbuffer)
+#include "tst_textbuffer.moc"
