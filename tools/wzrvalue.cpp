@@ -195,14 +195,36 @@ struct Command
     const char* name;
     int least; // arguments
     int most;
+    int files; // how many of them, from the first, name files
     int (*run)(const QStringList&);
 };
 
 constexpr int kAny = 1000000;
 constexpr Command kCommands[] = {
-    {"show", 1, 1, show}, {"convert", 2, 2, convert}, {"get", 2, 2, get},
-    {"set", 3, 4, set},   {"check", 1, kAny, check},
+    {"show", 1, 1, 1, show}, {"convert", 2, 2, 2, convert},   {"get", 2, 2, 1, get},
+    {"set", 3, 4, 1, set},   {"check", 1, kAny, kAny, check},
 };
+
+/// What stands for a file and looks like an option, though the command has no such one.
+QString wrongOption(const Command& command, const QStringList& arguments)
+{
+    const bool hasOption = command.run == set && arguments.startsWith("--string");
+    for (const QString& file : arguments.mid(hasOption ? 1 : 0, command.files)) {
+        if (file.startsWith('-'))
+            return file;
+    }
+    return QString();
+}
+
+int run(const Command& command, const QStringList& arguments)
+{
+    if (arguments.size() < command.least || arguments.size() > command.most)
+        return wrongUsage(QString("wrong number of arguments for ") + command.name);
+    const QString option = wrongOption(command, arguments);
+    if (!option.isEmpty())
+        return wrongUsage(QString("%1 has no option %2").arg(command.name, option));
+    return command.run(arguments);
+}
 
 } // namespace
 
@@ -211,16 +233,13 @@ int main(int argc, char* argv[])
     const QCoreApplication application(argc, argv);
     QStringList arguments = QCoreApplication::arguments().mid(1);
     const QString name = arguments.isEmpty() ? QString() : arguments.takeFirst();
-    if (name == "--help")
+    if (name == "--help" && arguments.isEmpty())
         return print(usage);
-    if (name == "--version")
+    if (name == "--version" && arguments.isEmpty())
         return print("wzrvalue " WZR_VERSION "\n");
     for (const Command& command : kCommands) {
-        if (name != command.name)
-            continue;
-        if (arguments.size() < command.least || arguments.size() > command.most)
-            return wrongUsage("wrong number of arguments for " + name);
-        return command.run(arguments);
+        if (name == command.name)
+            return run(command, arguments);
     }
     return wrongUsage(name.isEmpty() ? "a command is missing" : "unknown command " + name);
 }

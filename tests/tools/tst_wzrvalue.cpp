@@ -216,6 +216,8 @@ void tst_wzrvalue::setsValues_data()
     row("unsigned stays", {"a.xml", "General/a~1b~0c", "7"}, "<UintValue>7</UintValue>");
     row("negative", {"a.xml", "General/a~1b~0c", "-7"}, "<IntValue>-7</IntValue>");
     row("double stays", {"a.xml", "General/rScale", "2"}, "<RealValue>2.000000</RealValue>");
+    row("like an option", {"--string", "a.xml", "General/Language", "-v"},
+        "<StringValue>-v</StringValue>");
     row("element", {"a.xml", "list/0", "9"}, "<IntValue>9</IntValue>");
     row("new element", {"a.xml", "list/2", "\"end\""}, "<StringValue>end</StringValue>");
     row("whole", {"a.xml", "", "[]"}, "<ArrayValue />");
@@ -314,6 +316,11 @@ void tst_wzrvalue::refusesWrongArguments_data()
     QTest::newRow("none") << QStringList();
     QTest::newRow("unknown command") << QStringList{"print", "a.xml"};
     QTest::newRow("unknown option") << QStringList{"--verbose"};
+    QTest::newRow("unknown option for a file") << QStringList{"show", "--verbose"};
+    QTest::newRow("unknown option among files") << QStringList{"check", "a.xml", "--all"};
+    QTest::newRow("unknown option before text") << QStringList{"set", "--text", "a.xml", "list"};
+    QTest::newRow("more than --version") << QStringList{"--version", "a.xml"};
+    QTest::newRow("more than --help") << QStringList{"--help", "a.xml"};
     QTest::newRow("no file") << QStringList{"show"};
     QTest::newRow("too many files") << QStringList{"show", "a.xml", "b.xml"};
     QTest::newRow("nothing to check") << QStringList{"check"};
@@ -348,7 +355,8 @@ void tst_wzrvalue::explainsItself()
     }
     for (int code = 0; code <= 4; ++code)
         QVERIFY(manual.contains(QString(".TP\n.B %1\n").arg(code)));
-    QVERIFY(run({"--help"}, "/dev/full").code == 4);
+    QCOMPARE(run({"--help"}, "/dev/full").code, 4);
+    QCOMPARE(run({"--version"}, "/dev/full").code, 4);
 }
 
 QTEST_GUILESS_MAIN(tst_wzrvalue)
