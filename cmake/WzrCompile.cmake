@@ -31,3 +31,12 @@ function(wzr_target_defaults target)
         $<$<BOOL:${WZR_WERROR}>:-Werror>)
     target_compile_definitions(${target} PRIVATE QT_NO_KEYWORDS QT_NO_FOREACH)
 endfunction()
+
+# wzr_hide_foreign_symbols(<library>): exports nothing that other libraries' headers make visible.
+function(wzr_hide_foreign_symbols library)
+    if(NOT APPLE)
+        set(map "${PROJECT_SOURCE_DIR}/src/exports.map")
+        target_link_options(${library} PRIVATE "LINKER:--version-script=${map}")
+        set_property(TARGET ${library} APPEND PROPERTY LINK_DEPENDS "${map}")
+    endif()
+endfunction()

@@ -15,7 +15,7 @@
 enum class CommentPlace { Before, SameLine, After };
 
 /// What few values have.
-struct CDataValue::Extras
+struct WZRFRAMEWORK_NO_EXPORT CDataValue::Extras
 {
     QString filePath;                    // where saveFile() writes to
     std::array<std::string, 3> comments; // by CommentPlace, with their "//" or "/*"; else empty
@@ -54,7 +54,7 @@ using DataValueElements = std::vector<DataValueElement>;
 /// that is in step throughout. Before the mirror of a child changes without synchronising, its
 /// container stores its own. Containers further up need not: their mirrors follow from that
 /// stored one, which stays.
-struct CDataValue::Container
+struct WZRFRAMEWORK_NO_EXPORT CDataValue::Container
 {
     union {
         CDataValue* owner;        // the value that holds these children

@@ -1,8 +1,6 @@
 #ifndef SINGLEAPPLICATION_SINGLEINSTANCE_P_H
 #define SINGLEAPPLICATION_SINGLEINSTANCE_P_H
 
-#include "wzrframework_export.h"
-
 #include <QLocalServer>
 #include <QObject>
 #include <QString>
@@ -10,7 +8,7 @@
 class QLocalSocket;
 
 /// The role of the one running instance with an id, and the messages to it; what the two
-/// application classes share. Exported for the library with the windowed one alone.
+/// application classes share. Each of their libraries has it for itself.
 ///
 /// The role is a lock on a file in the user's runtime directory (the temporary one where there is
 /// none). The system drops the lock with the process, however that ends, and the file stays, so
@@ -20,7 +18,7 @@ class QLocalSocket;
 ///
 /// A message is its length as 4 bytes, highest first, and that many bytes of UTF-8; the answer, as
 /// soon as it is read whole, is the one byte 6.
-class WZRFRAMEWORK_EXPORT SingleInstance : public QObject
+class SingleInstance : public QObject
 {
     Q_OBJECT
 
