@@ -7,7 +7,7 @@ namespace {
 
 // The GSM 7-bit default alphabet, by code. Code 27, the escape to the extension, holds the no-break
 // space, and that is meant: the escape itself is no character of a text.
-constexpr unsigned short gsmTable[128] = {
+constexpr unsigned short kGsmTable[128] = {
     0x0040, 0x00A3, 0x0024, 0x00A5, 0x00E8, 0x00E9, 0x00F9, 0x00EC, // 0
     0x00F2, 0x00C7, 0x000A, 0x00D8, 0x00F8, 0x000D, 0x00C5, 0x00E5, // 8
     0x0394, 0x005F, 0x03A6, 0x0393, 0x039B, 0x03A9, 0x03A0, 0x03A8, // 16
@@ -26,19 +26,19 @@ constexpr unsigned short gsmTable[128] = {
     0x0078, 0x0079, 0x007A, 0x00E4, 0x00F6, 0x00F1, 0x00FC, 0x00E0, // 120
 };
 
-constexpr char32_t euroSign = 0x20AC;
+constexpr char32_t kEuroSign = 0x20AC;
 
 // The zero ends a text and so never needs a coding of its own; all else is what the table holds.
 bool isBasicGsm(char32_t character)
 {
     return character == 0 ||
-           std::find(std::begin(gsmTable), std::end(gsmTable), character) != std::end(gsmTable);
+           std::find(std::begin(kGsmTable), std::end(kGsmTable), character) != std::end(kGsmTable);
 }
 
 bool isExtensionGsm(char32_t character)
 {
     return (character >= '[' && character <= '^') || (character >= '{' && character <= '~') ||
-           character == euroSign;
+           character == kEuroSign;
 }
 
 // Bytes of the character in unpacked 7-bit coding; 0 when the alphabet lacks it.
@@ -84,14 +84,14 @@ public:
     bool holds(char32_t character)
     {
         const char32_t base = character & 0x7F80;
-        if (m_base == unset)
+        if (m_base == kUnset)
             m_base = base;
         return (character & 0x8000) == 0 && base == m_base;
     }
 
 private:
-    static constexpr char32_t unset = 0xFFFFFFFF;
-    char32_t m_base = unset;
+    static constexpr char32_t kUnset = 0xFFFFFFFF;
+    char32_t m_base = kUnset;
 };
 
 // Characters outside the alphabet that lie within 128 code points.

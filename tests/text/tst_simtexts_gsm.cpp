@@ -38,7 +38,7 @@ int encodeTypeOf(int character)
 
 } // namespace
 
-class tst_CommonFunctionGsm : public QObject
+class tst_simtexts_gsm : public QObject
 {
     Q_OBJECT
 
@@ -57,7 +57,7 @@ private:
     QMap<int, int> m_septets;
 };
 
-void tst_CommonFunctionGsm::oracleKnowsTheAlphabet()
+void tst_simtexts_gsm::oracleKnowsTheAlphabet()
 {
     // 127 characters and the escape in the table, 10 in the extension.
     QCOMPARE(m_septets.size(), 137);
@@ -66,7 +66,7 @@ void tst_CommonFunctionGsm::oracleKnowsTheAlphabet()
     QVERIFY(!m_septets.contains('`'));
 }
 
-void tst_CommonFunctionGsm::classifiesEveryCharacterAsTheOracle()
+void tst_simtexts_gsm::classifiesEveryCharacterAsTheOracle()
 {
     for (int character = 1; character <= 0xFFFF; ++character) {
         if (character == 0x00A0 || character == 0x000C)
@@ -79,7 +79,7 @@ void tst_CommonFunctionGsm::classifiesEveryCharacterAsTheOracle()
     }
 }
 
-void tst_CommonFunctionGsm::noBreakSpaceStandsAtTheEscapePosition()
+void tst_simtexts_gsm::noBreakSpaceStandsAtTheEscapePosition()
 {
     QVERIFY(!m_septets.contains(0x00A0));
     QCOMPARE(IsUnicode(0x00A0), 0);
@@ -88,26 +88,26 @@ void tst_CommonFunctionGsm::noBreakSpaceStandsAtTheEscapePosition()
     QCOMPARE(encodeTypeOf(0x001B), 2);
 }
 
-void tst_CommonFunctionGsm::formFeedNeedsUcs2()
+void tst_simtexts_gsm::formFeedNeedsUcs2()
 {
     QCOMPARE(m_septets.value(0x000C), 2);
     QCOMPARE(IsUnicode(0x000C), 1);
     QCOMPARE(encodeTypeOf(0x000C), 2);
 }
 
-void tst_CommonFunctionGsm::zeroIsBasic()
+void tst_simtexts_gsm::zeroIsBasic()
 {
     QCOMPARE(IsUnicode(0), 0);
 }
 
-void tst_CommonFunctionGsm::extensionNeedsUcs2OnlyForIsUnicodeString()
+void tst_simtexts_gsm::extensionNeedsUcs2OnlyForIsUnicodeString()
 {
     const unsigned short bracketAndEuro[] = {'[', 0x20AC, 0};
     QCOMPARE(GetEncodeType(bracketAndEuro), 0);
     QCOMPARE(isUnicodeString(bracketAndEuro), 1);
 }
 
-void tst_CommonFunctionGsm::emptyTextIsSevenBit()
+void tst_simtexts_gsm::emptyTextIsSevenBit()
 {
     const unsigned short empty[] = {0};
     QCOMPARE(GetEncodeType(empty), 0);
@@ -116,7 +116,7 @@ void tst_CommonFunctionGsm::emptyTextIsSevenBit()
     QCOMPARE(isUnicodeString(nullptr), 0);
 }
 
-void tst_CommonFunctionGsm::oneForeignCharacterDecidesForTheText()
+void tst_simtexts_gsm::oneForeignCharacterDecidesForTheText()
 {
     const unsigned short plain[] = {'H', 'e', 'l', 'l', 'o', 0};
     QCOMPARE(GetEncodeType(plain), 0);
@@ -129,5 +129,5 @@ void tst_CommonFunctionGsm::oneForeignCharacterDecidesForTheText()
     QCOMPARE(isUnicodeString(first), 1);
 }
 
-QTEST_GUILESS_MAIN(tst_CommonFunctionGsm)
-#include "tst_common_function_gsm.moc"
+QTEST_GUILESS_MAIN(tst_simtexts_gsm)
+#include "tst_simtexts_gsm.moc"

@@ -112,7 +112,7 @@ int sizeOf(const Name& name)
 
 } // namespace
 
-class tst_CommonFunctionContactName : public QObject
+class tst_simtexts_contactname : public QObject
 {
     Q_OBJECT
 
@@ -125,7 +125,7 @@ private Q_SLOTS:
     void sizesAreThoseOfARealEncoder();
 };
 
-void tst_CommonFunctionContactName::followsEachRule_data()
+void tst_simtexts_contactname::followsEachRule_data()
 {
     QTest::addColumn<std::u16string>("name");
     QTest::addColumn<int>("size");
@@ -155,25 +155,25 @@ void tst_CommonFunctionContactName::followsEachRule_data()
     row("a zero is a character of the alphabet", {'A', 0, 'B'}, 3);
 }
 
-void tst_CommonFunctionContactName::followsEachRule()
+void tst_simtexts_contactname::followsEachRule()
 {
     QFETCH(std::u16string, name);
     QTEST(sizeOf(name), "size");
 }
 
-void tst_CommonFunctionContactName::noLengthNeedsNothing()
+void tst_simtexts_contactname::noLengthNeedsNothing()
 {
     QCOMPARE(ParseContactNameConvert(L"Anna", 0), 0);
     QCOMPARE(ParseContactNameConvert(L"Anna", -1), 0);
     QCOMPARE(ParseContactNameConvert(nullptr, 4), 0);
 }
 
-void tst_CommonFunctionContactName::readsNoFurtherThanTheLength()
+void tst_simtexts_contactname::readsNoFurtherThanTheLength()
 {
     QCOMPARE(ParseContactNameConvert(L"Anna\x0416", 4), 4);
 }
 
-void tst_CommonFunctionContactName::sizesAreThoseOfARealEncoder_data()
+void tst_simtexts_contactname::sizesAreThoseOfARealEncoder_data()
 {
     // Characters of a name are drawn from these ranges, mixed with the alphabet's.
     QTest::addColumn<int>("first");
@@ -187,7 +187,7 @@ void tst_CommonFunctionContactName::sizesAreThoseOfARealEncoder_data()
     QTest::newRow("everything") << 0x0100 << 0xD7FF << 3;
 }
 
-void tst_CommonFunctionContactName::sizesAreThoseOfARealEncoder()
+void tst_simtexts_contactname::sizesAreThoseOfARealEncoder()
 {
     QFETCH(int, first);
     QFETCH(int, last);
@@ -207,5 +207,5 @@ void tst_CommonFunctionContactName::sizesAreThoseOfARealEncoder()
     }
 }
 
-QTEST_GUILESS_MAIN(tst_CommonFunctionContactName)
-#include "tst_common_function_contactname.moc"
+QTEST_GUILESS_MAIN(tst_simtexts_contactname)
+#include "tst_simtexts_contactname.moc"

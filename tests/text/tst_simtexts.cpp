@@ -7,7 +7,7 @@
 using Units = std::vector<unsigned short>;
 using Wides = std::vector<wchar_t>;
 
-class tst_CommonFunctionText : public QObject
+class tst_simtexts : public QObject
 {
     Q_OBJECT
 
@@ -27,14 +27,14 @@ private Q_SLOTS:
     void noNumberIsNotDivided();
 };
 
-void tst_CommonFunctionText::lengthEndsAtTheZero()
+void tst_simtexts::lengthEndsAtTheZero()
 {
     const unsigned short text[] = {'a', 0xD83D, 0xFFFF, 0, 'b', 0};
     QCOMPARE(unistrlen(text), 3);
     QCOMPARE(unistrlen(text + 3), 0);
 }
 
-void tst_CommonFunctionText::copyWritesTextAndZero()
+void tst_simtexts::copyWritesTextAndZero()
 {
     const unsigned short source[] = {'a', 0x0416, 0, 'b'};
     Units target(5, 0x7777);
@@ -44,7 +44,7 @@ void tst_CommonFunctionText::copyWritesTextAndZero()
     QCOMPARE(target, (Units{0, 0x0416, 0, 0x7777, 0x7777}));
 }
 
-void tst_CommonFunctionText::boundedCopyAlwaysEndsTheText()
+void tst_simtexts::boundedCopyAlwaysEndsTheText()
 {
     const unsigned short source[] = {1, 2, 3, 4, 5, 0};
     Units target(6, 0x7777);
@@ -54,7 +54,7 @@ void tst_CommonFunctionText::boundedCopyAlwaysEndsTheText()
     QCOMPARE(target, (Units{0, 2, 3, 0, 0x7777, 0x7777}));
 }
 
-void tst_CommonFunctionText::boundedCopyOfAShorterText()
+void tst_simtexts::boundedCopyOfAShorterText()
 {
     const unsigned short source[] = {1, 2, 0, 9, 9, 9};
     Units target(6, 0x7777);
@@ -64,7 +64,7 @@ void tst_CommonFunctionText::boundedCopyOfAShorterText()
     QCOMPARE(target, (Units{0, 2, 0, 0x7777, 0x7777, 0x7777}));
 }
 
-void tst_CommonFunctionText::widensUnitsToWideCharacters()
+void tst_simtexts::widensUnitsToWideCharacters()
 {
     const unsigned short source[] = {'a', 0xFFFF, 0};
     Wides target(4, L'?');
@@ -72,7 +72,7 @@ void tst_CommonFunctionText::widensUnitsToWideCharacters()
     QCOMPARE(target, (Wides{L'a', wchar_t(0xFFFF), 0, L'?'}));
 }
 
-void tst_CommonFunctionText::narrowsWideCharactersWithoutAZero()
+void tst_simtexts::narrowsWideCharactersWithoutAZero()
 {
     const wchar_t source[] = {L'a', wchar_t(0x12345), 0};
     Units target(4, 0x7777);
@@ -80,7 +80,7 @@ void tst_CommonFunctionText::narrowsWideCharactersWithoutAZero()
     QCOMPARE(target, (Units{'a', 0x2345, 0x7777, 0x7777}));
 }
 
-void tst_CommonFunctionText::keepsTheLowByteOfUnits()
+void tst_simtexts::keepsTheLowByteOfUnits()
 {
     const unsigned short source[] = {'a', 0x0416, 0x0100, 0x00FF, 0};
     std::vector<char> target(6, '?');
@@ -88,14 +88,14 @@ void tst_CommonFunctionText::keepsTheLowByteOfUnits()
     QCOMPARE(target, (std::vector<char>{'a', '\x16', '\0', '\xFF', '\0', '?'}));
 }
 
-void tst_CommonFunctionText::widensBytesAsSignedValues()
+void tst_simtexts::widensBytesAsSignedValues()
 {
     Units target(7, 0x7777);
     QCOMPARE(str2wstr("a\x7F\x80\xE9\xFF", target.data()), 5);
     QCOMPARE(target, (Units{'a', 0x007F, 0xFF80, 0xFFE9, 0xFFFF, 0, 0x7777}));
 }
 
-void tst_CommonFunctionText::nullSources()
+void tst_simtexts::nullSources()
 {
     QCOMPARE(unistrlen(nullptr), 0);
     Units units(2, 0x7777);
@@ -115,7 +115,7 @@ void tst_CommonFunctionText::nullSources()
     QCOMPARE(units, (Units{0, 0x7777}));
 }
 
-void tst_CommonFunctionText::dividesNumbers_data()
+void tst_simtexts::dividesNumbers_data()
 {
     QTest::addColumn<QByteArray>("number");
     QTest::addColumn<bool>("accepted");
@@ -150,7 +150,7 @@ void tst_CommonFunctionText::dividesNumbers_data()
     row("non-ASCII", "1\xC3\xA9", false, "1", "");
 }
 
-void tst_CommonFunctionText::dividesNumbers()
+void tst_simtexts::dividesNumbers()
 {
     QFETCH(QByteArray, number);
     std::string dial;
@@ -160,7 +160,7 @@ void tst_CommonFunctionText::dividesNumbers()
     QTEST(QByteArray::fromStdString(tones), "tones");
 }
 
-void tst_CommonFunctionText::dividedPartsAreAppended()
+void tst_simtexts::dividedPartsAreAppended()
 {
     std::string dial = "x";
     std::string tones = "y";
@@ -170,12 +170,12 @@ void tst_CommonFunctionText::dividedPartsAreAppended()
     QCOMPARE(tones, std::string("y35"));
 }
 
-void tst_CommonFunctionText::noNumberIsNotDivided()
+void tst_simtexts::noNumberIsNotDivided()
 {
     std::string dial;
     std::string tones;
     QVERIFY(!DivideNumber(nullptr, dial, tones));
 }
 
-QTEST_GUILESS_MAIN(tst_CommonFunctionText)
-#include "tst_common_function_text.moc"
+QTEST_GUILESS_MAIN(tst_simtexts)
+#include "tst_simtexts.moc"
