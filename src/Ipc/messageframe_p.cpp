@@ -160,12 +160,13 @@ QString MessageFrame::buffer() const
 QString MessageFrame::bufferExcerpt()
 {
     const qsizetype size = m_bytes.size() - m_start;
-    if (size <= kLogExcerptLimit)
+    const qsizetype limit = logExcerptLimit();
+    if (limit == 0 || size <= limit)
         return buffer();
     m_countedUnits += units(m_counted, m_bytes.size());
     m_counted = m_bytes.size();
     const std::string_view all = view(m_bytes.constData() + m_start, size);
-    const std::size_t shown = Utf8::bytesOfUnits(all, kLogExcerptLimit);
+    const std::size_t shown = Utf8::bytesOfUnits(all, static_cast<std::size_t>(limit));
     return logExcerpt(Utf8::decode(all.substr(0, shown)), m_countedUnits);
 }
 

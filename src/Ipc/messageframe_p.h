@@ -62,8 +62,8 @@ public:
     /// What is kept.
     QString buffer() const;
 
-    /// What is kept, as a log line may carry it; see logExcerpt(). Its cost is bounded by what has
-    /// come since the call before.
+    /// What is kept, as a log line may carry it; see logExcerpt(). Unless lines are kept whole, the
+    /// cost is bounded by what has come since the call before.
     QString bufferExcerpt();
 
     /// Forgets what is kept, for a new connection.

@@ -3,6 +3,7 @@
 #include "LogTask/clogobject.h"
 #include "LogTask/errorcodetable_p.h"
 #include "LogTask/logformat_p.h"
+#include "LogTask/logline_p.h"
 #include "LogTask/logqueue_p.h"
 #include "LogTask/logsettings_p.h"
 #include "LogTask/logtext_p.h"
@@ -242,6 +243,7 @@ void CLog::Init(const char* name)
     if (!settings.valid)
         return;
     d->m_strFile = settings.file;
+    setLogExcerptLimit(settings.maxLine);
     GetErrorCode(iniFile);
     d->queue.setDelay(settings.flush ? std::chrono::milliseconds(0) : gatherTime);
     d->queue.setLimit(static_cast<std::size_t>(settings.maxQueue));

@@ -19,9 +19,10 @@ extern WZRFRAMEWORK_EXPORT std::atomic<bool> g_bLog;
 /// object need not exist yet. `name` is the log file's path, used as given; null lets the path be
 /// built from the executable's path and the user's name. The settings come from
 /// "Data/LogFile.ini" in the resource directory; every setting has a default, so the file may be
-/// missing. Waits at most about one second for the writer. Returns whether logging is on; a log
-/// file that cannot be opened is not reported, its lines are lost. Calling it again while the log
-/// runs, or after it was found switched off, changes nothing.
+/// missing. Frames, buffers and values of any length are cut in the lines of the library, by the
+/// setting "MAXLINE" (characters, 16384). Waits at most about one second for the writer. Returns
+/// whether logging is on; a log file that cannot be opened is not reported, its lines are lost.
+/// Calling it again while the log runs, or after it was found switched off, changes nothing.
 WZRFRAMEWORK_EXPORT bool InitLog(const char* name);
 
 /// Logs a printf-style message, cut to 1023 bytes of UTF-8 (a character is never cut in two). Where

@@ -22,16 +22,19 @@ void logLine(const char* source, const char* function, const Pieces&... pieces)
     ((line << source << function) << ... << pieces);
 }
 
-/// How many characters of a text a log line carries.
-constexpr int kLogExcerptLimit = 16384;
+/// How many characters of a content a log line carries: the setting "MAXLINE", 16384 until the log
+/// has read it. 0 sets no limit.
+int logExcerptLimit();
+void setLogExcerptLimit(int characters);
 
-/// A text as a log line may carry it: whole up to the limit, else cut there (one character earlier
-/// where that would split a surrogate pair), and then its full length: "... 1000000 characters".
-/// For frames, buffers and values, which peers make as long as they like. Empty while the log is
-/// off.
+/// A content as a log line may carry it: whole up to the limit, else cut there (one character
+/// earlier where that would split a surrogate pair), and then its full length: "... 1000000
+/// characters". For frames, buffers and values, which peers make as long as they like: only what
+/// the line shows is copied or decoded. Empty while the log is off.
 QString logExcerpt(const QString& text);
+/// Of valid UTF-8.
 QString logExcerpt(const QByteArray& utf8);
-/// The three together as one text.
+/// Of the three as one text.
 QString logExcerpt(const QString& head, const QString& text, const QString& end);
 
 /// The same for a text that the caller has cut already, to the limit or more, while the whole has

@@ -77,5 +77,7 @@ LogSettings readLogSettings(const QString& iniFile, const QString& file, QDate t
     readSwitch(settings, "FLUSH", &result.flush);
     readNumber(settings, "MAXQUEUE", &result.maxQueue);
     result.maxQueue = std::max(result.maxQueue, 0);
+    readNumber(settings, "MAXLINE", &result.maxLine);
+    result.maxLine = std::max(result.maxLine, 0);
     return result;
 }

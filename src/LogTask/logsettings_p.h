@@ -15,6 +15,7 @@ struct LogSettings
     bool flush = false;     ///< "FLUSH": each line leaves the process at once
     int timer = 10;         ///< "TIMER", at least 1: reserved, nothing is timed by it
     int maxQueue = 0;       ///< "MAXQUEUE", bytes waiting for the log thread; 0: no limit
+    int maxLine = 16384;    ///< "MAXLINE", characters of a frame, buffer or value in a line; 0: all
     QString file;           ///< path of the log file
 };
 

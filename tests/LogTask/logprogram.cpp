@@ -1,6 +1,8 @@
 // Does with the log what its arguments say, one after the other; see `actions`. "name=value" gives
 // the action a value.
+#include "DataValue/datavalue.h"
 #include "LogTask/clog.h"
+#include "deviceservice_global.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -50,6 +52,15 @@ void streamPieces(const std::string& value)
     }
 }
 
+// A line with a value of so many characters and nine more, which surround them.
+void logContent(const std::string& value)
+{
+    DeviceService_Global* const data = DeviceService_Global::instance();
+    CDataValue content(std::string(std::stoul(value), 'x').c_str());
+    data->setGlobalDataByKey("k", content);
+    data->getDeviceIDByDeviceName("none");
+}
+
 void logMany(const std::string& value)
 {
     for (int i = 0; i < std::stoi(value); ++i)
@@ -83,6 +94,7 @@ const std::map<std::string, Action>& actions()
         {"bytes", [](const std::string& v) { *CLog::Instance() << v.c_str(); }},
         {"text", [](const std::string& v) { *CLog::Instance() << QString::fromStdString(v); }},
         {"many", logMany},
+        {"content", logContent},
         {"flush", [](const std::string&) { FlushLog(); }},
         {"written",
          [](const std::string&) {

@@ -38,6 +38,8 @@ private Q_SLOTS:
     void cutsLongMessages_data();
     void cutsLongMessages();
     void cutsNoCharacterInTwo();
+    void cutsContents_data();
+    void cutsContents();
     void goesOnAfterALineThatNeverFits();
 
     void echoesWhatItWrites();
@@ -320,6 +322,28 @@ void tst_CLog::cutsNoCharacterInTwo()
     const QString text = QString(1022, 'x') + QString::fromUtf8("\xC3\xA9");
     run(actions({"log=" + text}));
     QCOMPARE(lines(), "T " + QByteArray(1022, 'x') + "\r\n");
+}
+
+void tst_CLog::cutsContents_data()
+{
+    QTest::addColumn<QByteArray>("setting");
+    QTest::addColumn<int>("shown");
+    QTest::newRow("default") << QByteArray() << 16384;
+    QTest::newRow("100") << QByteArray("MAXLINE=100\n") << 100;
+    QTest::newRow("none") << QByteArray("MAXLINE=0\n") << 0;
+}
+
+void tst_CLog::cutsContents()
+{
+    QFETCH(QByteArray, setting);
+    QFETCH(int, shown);
+    setSettings("TYPE=1\n" + setting);
+    run(actions({"content=20000"}));
+    const QByteArray whole = "{\"k\":\"" + QByteArray(20000, 'x') + "\"}\n";
+    const QByteArray length = QByteArray::number(whole.size());
+    const QByteArray text =
+        shown == 0 ? whole : whole.left(shown) + "... " + length + " characters";
+    QCOMPARE(lines(), "T M deviceservice_global getDeviceIDByDeviceName " + text + " \r\n");
 }
 
 void tst_CLog::goesOnAfterALineThatNeverFits()

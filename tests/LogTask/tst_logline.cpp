@@ -3,6 +3,8 @@
 
 #include <QTest>
 
+#include <sys/resource.h>
+
 #include <memory>
 
 class tst_logline : public QObject
@@ -10,13 +12,19 @@ class tst_logline : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { m_log = std::make_unique<LogCapture>(); }
+    void init()
+    {
+        setLogExcerptLimit(16384);
+        m_log = std::make_unique<LogCapture>();
+    }
     void cleanup() { m_log.reset(); }
 
     void writesSourceFunctionAndPieces();
     void keepsTextsUpToTheLimit();
     void cutsLongerTextsAndNamesTheirLength();
     void splitsNoSurrogatePair();
+    void cutsWhereItIsTold();
+    void copiesOnlyWhatTheLineShows();
     void isEmptyWhileTheLogIsOff();
 
 private:
@@ -62,6 +70,53 @@ void tst_logline::splitsNoSurrogatePair()
     QCOMPARE(logExcerpt(QString(16383, 'x') + pair), expected);
     QCOMPARE(logExcerpt((QString(16383, 'x') + pair).toUtf8()), expected);
     QCOMPARE(logExcerpt(QString(16383, 'x'), pair, ""), expected);
+}
+
+void tst_logline::cutsWhereItIsTold()
+{
+    const QString text =
+        QString::fromUtf8("\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80xyz"); // 2 + 2 + 3 units
+    setLogExcerptLimit(3);
+    const QString cut = text.left(2) + "... 7 characters";
+    QCOMPARE(logExcerpt(text), cut);
+    QCOMPARE(logExcerpt(text.toUtf8()), cut);
+    QCOMPARE(logExcerpt(text.left(1), text.mid(1, 2), text.mid(3)), cut);
+    setLogExcerptLimit(7);
+    QCOMPARE(logExcerpt(text.toUtf8()), text);
+    setLogExcerptLimit(6);
+    QCOMPARE(logExcerpt(text.toUtf8()), text.left(6) + "... 7 characters");
+    const QString whole(100000, 'x');
+    for (const int none : {0, -5}) {
+        setLogExcerptLimit(none);
+        QCOMPARE(logExcerpt(whole), whole);
+        QCOMPARE(logExcerpt(whole.toUtf8()), whole);
+        QCOMPARE(logExcerpt("y", whole, "y"), 'y' + whole + 'y');
+        QCOMPARE(logExcerpt(whole, whole.size()), whole);
+    }
+}
+
+// The highest memory use of this process so far, in KiB.
+long peakMemory()
+{
+    rusage usage = {};
+    getrusage(RUSAGE_SELF, &usage);
+#ifdef Q_OS_MACOS
+    return usage.ru_maxrss / 1024;
+#else
+    return usage.ru_maxrss;
+#endif
+}
+
+void tst_logline::copiesOnlyWhatTheLineShows()
+{
+    const QByteArray frame(64 * 1024 * 1024, 'x');
+    const QString text(64 * 1024 * 1024, 'x');
+    const long before = peakMemory();
+    QCOMPARE(logExcerpt(frame).size(), 16384 + 23);
+    QCOMPARE(logExcerpt(text).size(), 16384 + 23);
+    QCOMPARE(logExcerpt("head", text, "end").size(), 16384 + 23);
+    const long more = peakMemory() - before;
+    QVERIFY2(more < 16 * 1024, QByteArray::number(qlonglong(more)).constData());
 }
 
 void tst_logline::isEmptyWhileTheLogIsOff()

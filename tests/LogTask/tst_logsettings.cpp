@@ -19,8 +19,8 @@ private Q_SLOTS:
     void skipValuesThatDoNotConvert();
     void keepATimerOfAtLeastOne_data();
     void keepATimerOfAtLeastOne();
-    void boundTheQueue_data();
-    void boundTheQueue();
+    void setLimits_data();
+    void setLimits();
     void applyTheFilePolicy_data();
     void applyTheFilePolicy();
     void nameANewFileOnTheNextDay();
@@ -53,6 +53,7 @@ void compareDefaults(const LogSettings& settings)
     QCOMPARE(settings.addTime, true);
     QCOMPARE(settings.maxSize, 1048576);
     QCOMPARE(settings.maxQueue, 0);
+    QCOMPARE(settings.maxLine, 16384);
     QCOMPARE(settings.append, true); // "TYPE" 0
     QCOMPARE(settings.debug, true);
     QCOMPARE(settings.flush, false);
@@ -154,20 +155,24 @@ void tst_LogSettings::keepATimerOfAtLeastOne()
     QCOMPARE(read("[SETTING]\nTIMER=" + text + "\n").timer, timer);
 }
 
-void tst_LogSettings::boundTheQueue_data()
+void tst_LogSettings::setLimits_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<int>("maxQueue");
-    QTest::newRow("number") << QByteArray("500000") << 500000;
-    QTest::newRow("below zero") << QByteArray("-1") << 0;
-    QTest::newRow("no number") << QByteArray("many") << 0;
+    QTest::addColumn<int>("maxLine");
+    QTest::newRow("number") << QByteArray("500000") << 500000 << 500000;
+    QTest::newRow("none") << QByteArray("0") << 0 << 0;
+    QTest::newRow("below zero") << QByteArray("-1") << 0 << 0;
+    QTest::newRow("no number") << QByteArray("many") << 0 << 16384;
 }
 
-void tst_LogSettings::boundTheQueue()
+void tst_LogSettings::setLimits()
 {
     QFETCH(QByteArray, text);
     QFETCH(int, maxQueue);
+    QFETCH(int, maxLine);
     QCOMPARE(read("[SETTING]\nMAXQUEUE=" + text + "\n").maxQueue, maxQueue);
+    QCOMPARE(read("[SETTING]\nMAXLINE=" + text + "\n").maxLine, maxLine);
 }
 
 void tst_LogSettings::applyTheFilePolicy_data()
