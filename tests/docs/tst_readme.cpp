@@ -1,5 +1,7 @@
-// The README's example is the one that the build compiles, and its links lead somewhere.
+// The README's example is the one that the build compiles, the links of all pages lead somewhere,
+// and no room of the library is left out.
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -51,15 +53,38 @@ private Q_SLOTS:
                  qPrintable(file + " differs from what the README shows"));
     }
 
+    void linksToFilesThatExist_data()
+    {
+        QTest::addColumn<QString>("page");
+        QTest::newRow("README.md") << QStringLiteral("README.md");
+        for (const QString& page : QDir(path(QStringLiteral("docs"))).entryList({"*.md"}))
+            QTest::newRow(qPrintable(page)) << QStringLiteral("docs/") + page;
+    }
     void linksToFilesThatExist()
     {
+        QFETCH(QString, page);
         static const QRegularExpression link(QStringLiteral("\\]\\(([A-Za-z0-9_./-]+)\\)"));
-        int links = 0;
-        for (auto match = link.globalMatch(m_text); match.hasNext(); ++links) {
+        const QString text = read(page);
+        const QDir folder = QFileInfo(path(page)).dir();
+        QVERIFY(!text.isEmpty());
+        for (auto match = link.globalMatch(text); match.hasNext();) {
             const QString target = match.next().captured(1);
-            QVERIFY2(QFileInfo::exists(path(target)), qPrintable(target));
+            QVERIFY2(folder.exists(target), qPrintable(target));
         }
-        QVERIFY(links > 0);
+    }
+
+    void linksToEveryPage()
+    {
+        for (const QString& page : QDir(path(QStringLiteral("docs"))).entryList({"*.md"}))
+            QVERIFY2(m_text.contains("](docs/" + page + ')'), qPrintable(page));
+    }
+
+    void theArchitectureHasEveryRoom()
+    {
+        const QString page = read(QStringLiteral("docs/architecture.md"));
+        for (const QString& room :
+             QDir(path(QStringLiteral("src"))).entryList(QDir::Dirs | QDir::NoDotAndDotDot))
+            QVERIFY2(page.contains('`' + room + '/'), qPrintable(room));
     }
 
 private:
