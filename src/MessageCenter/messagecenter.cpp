@@ -6,6 +6,7 @@
 
 #include <QByteArray>
 #include <QHash>
+#include <QPointer>
 #include <QString>
 #include <QVector>
 
@@ -113,6 +114,7 @@ struct MessageCenter::Registries
     QHash<QByteArray, Registration> services;
     QHash<QByteArray, Receivers> modules;
     QHash<QByteArray, Receivers> devices; // by UTF-8
+    QPointer<IPCCalls> deviceCalls;
 };
 
 MessageCenter::MessageCenter()
@@ -214,6 +216,18 @@ int MessageCenter::postDeviceMessage(const char* messageID, const CDataValue* da
     requireNotNull(messageID);
     Q_EMIT sigDeviceMessageSend(messageID, data, szSendID);
     return 0;
+}
+
+void MessageCenter::setDeviceCalls(IPCCalls* calls)
+{
+    m_registries->deviceCalls = calls;
+}
+
+IPCCall MessageCenter::callDevice(const char* messageID, const CDataValue* data, int timeoutMs)
+{
+    requireNotNull(messageID);
+    IPCCalls* const calls = m_registries->deviceCalls;
+    return calls ? calls->call(messageID, data, timeoutMs) : IPCCall(IPCAnswer::NotSent);
 }
 
 void MessageCenter::resetModuleMessageMap()

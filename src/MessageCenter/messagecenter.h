@@ -2,6 +2,7 @@
 #define MESSAGECENTER_MESSAGECENTER_H
 
 #include "DataValue/datavalue.h"
+#include "Ipc/ipccalls.h"
 #include "wzrframework_export.h"
 
 #include <QObject>
@@ -23,7 +24,12 @@
 ///     center->postModuleMessage("UI_LANGUAGE_CHANGED", &language);
 ///
 /// To reach the device service, a process connects sigDeviceMessageSend() to
-/// IPCClient::messageSend() and IPCClient::sigMessageReceived() to messageReceived().
+/// IPCClient::messageSend() and IPCClient::sigMessageReceived() to messageReceived(). Where modules
+/// are to make calls with one end each (callDevice()), it puts an IPCCalls between:
+///
+///     IPCCalls calls(&client, "dashboard");
+///     center->setDeviceCalls(&calls);
+///     connect(&calls, &IPCCalls::sigMessageReceived, center, &MessageCenter::messageReceived);
 ///
 /// **Slots.** A slot is given as its bare name, without parameters. It is found by the rules of
 /// QMetaObject::invokeMethod() for the argument types that each operation names: slots of base
@@ -41,7 +47,7 @@
 /// they are called with, and copy what they keep.
 ///
 /// **Failure.** A null identifier, slot name or receiver in a registration, and a null identifier
-/// in a post, throw std::bad_alloc: that is meant.
+/// in a post or call, throw std::bad_alloc: that is meant.
 class WZRFRAMEWORK_EXPORT MessageCenter : public QObject
 {
     Q_OBJECT
@@ -80,6 +86,14 @@ public:
     CDataValue InvokeModuleServiceByMessage(const char* messageID, const CDataValue* data);
     /// Emits sigDeviceMessageSend(). Returns 0, whether or not anybody listens.
     int postDeviceMessage(const char* messageID, const CDataValue* data, const char* szSendID);
+
+    /// The calls that callDevice() makes: not owned, null at first.
+    void setDeviceCalls(IPCCalls* calls);
+    /// Asks the device service and gets exactly one end of it: see IPCCalls. Ends as not sent while
+    /// there are no calls to make it by. What is an answer is not given to the receivers of device
+    /// messages.
+    IPCCall callDevice(const char* messageID, const CDataValue* data = nullptr,
+                       int timeoutMs = IPCCalls::kDefaultTimeoutMs);
 
     /// Removes all module messages and all module service messages.
     void resetModuleMessageMap();

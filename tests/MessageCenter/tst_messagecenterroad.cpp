@@ -1,6 +1,7 @@
 // The road of one request and of one report: message center, client, server, plug-in and back.
 
 #include "BusinessBase/businesspluginbase.h"
+#include "Ipc/ipccalls.h"
 #include "Ipc/ipcclient.h"
 #include "Ipc/ipcserver.h"
 #include "MessageCenter/messagecenter.h"
@@ -87,6 +88,8 @@ private Q_SLOTS:
     void aRequestWithoutAHandlerComesBackWith42();
     void aReportReachesTheModules();
     void aRequestWithoutAServiceIsAnsweredInsideTheCall();
+    void aCallHasOneEndAndReportsGoOn();
+    void aCallWithoutAConnectionIsNotSent();
 
 private:
     void connectClient(IPCClient& client);
@@ -176,6 +179,45 @@ void tst_messagecenterroad::aRequestWithoutAServiceIsAnsweredInsideTheCall()
     QCOMPARE(m_module->received,
              QStringList("{\"IPCMSG_ERROR_CODE\":6,\"IPCMSG_MSG_SENDER\":\"dashboard\","
                          "\"IPCMSG_TYPE\":\"DOUBLE\",\"IPCMSG_USER_DATA\":21}\n"));
+}
+
+void tst_messagecenterroad::aCallHasOneEndAndReportsGoOn()
+{
+    Service service(m_name);
+    IPCClient client(m_name);
+    IPCCalls calls(&client, "dashboard");
+    MessageCenter* const center = MessageCenter::defaultCenter();
+    center->setDeviceCalls(&calls);
+    connect(&calls, &IPCCalls::sigMessageReceived, center, &MessageCenter::messageReceived);
+    QSignalSpy connected(&client, &IPCClient::sigIPCServerConnected);
+    client.connectToServer();
+    QTRY_COMPARE(connected.size(), 1);
+
+    const CDataValue number(21);
+    IPCAnswer answer = center->callDevice("DOUBLE", &number).wait();
+    QVERIFY(answer.isOk());
+    QCOMPARE(answer.data().asInt(), 42);
+    QCOMPARE(center->callDevice("OTHER").wait().errorCode(), 42);
+
+    CDataValue bars(4);
+    Q_EMIT service.plugin.sendUnsolicitedReportDirect("SIGNAL", &bars, 0);
+    QTRY_COMPARE(m_module->received,
+                 QStringList("{\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":4,"
+                             "\"IPCMSG_TYPE\":\"SIGNAL\"}\n"));
+}
+
+void tst_messagecenterroad::aCallWithoutAConnectionIsNotSent()
+{
+    MessageCenter* const center = MessageCenter::defaultCenter();
+    QCOMPARE(center->callDevice("DOUBLE").wait().end(), IPCAnswer::NotSent);
+    {
+        IPCClient client(m_name);
+        IPCCalls calls(&client);
+        center->setDeviceCalls(&calls);
+        QCOMPARE(center->callDevice("DOUBLE").wait().end(), IPCAnswer::NotSent);
+    }
+    QCOMPARE(center->callDevice("DOUBLE").wait().end(), IPCAnswer::NotSent);
+    QVERIFY_EXCEPTION_THROWN(center->callDevice(nullptr), std::bad_alloc);
 }
 
 QTEST_GUILESS_MAIN(tst_messagecenterroad)
