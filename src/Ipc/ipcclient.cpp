@@ -6,6 +6,7 @@
 #include "Ipc/ipcconnection_p.h"
 #include "Ipc/messageframe_p.h"
 #include "Ipc/socketread_p.h"
+#include "Ipc/socketsystem_p.h"
 #include "LogTask/logline_p.h"
 
 #include <QPointer>
@@ -106,6 +107,7 @@ void IPCClient::startConnecting()
     const QPointer<IPCClient> self(this);
     QLocalSocket* const socket = m_connection->socket.get();
     m_tryAgain->stop();
+    m_isRefused = false;
     if (socket->state() != QLocalSocket::UnconnectedState)
         endAttempt(socket);
     socket->connectToServer(m_serverName, QIODevice::ReadWrite);
@@ -127,6 +129,40 @@ void IPCClient::giveUp()
 {
     m_tryAgain->stop();
     socket_error(QLocalSocket::SocketTimeoutError);
+}
+
+void IPCClient::setTrustedServerUsers(const QList<quint32>& userIds)
+{
+    m_trustedServerUsers = userIds;
+}
+
+bool IPCClient::isServerTrusted() const
+{
+    if (m_trustedServerUsers.isEmpty())
+        return true;
+    const auto descriptor = static_cast<int>(m_connection->socket->socketDescriptor());
+    const SocketSystem::Peer peer = SocketSystem::peerOf(descriptor);
+    if (peer.isKnown && m_trustedServerUsers.contains(peer.userId))
+        return true;
+    logLine(kLogSource, "socket_connected", "server refused, of user",
+            static_cast<int>(peer.userId));
+    return false;
+}
+
+// Not inside connected(): the socket would close its descriptor twice.
+void IPCClient::leaveRefusedServer()
+{
+    if (!m_isRefused)
+        return;
+    if (m_connection.use_count() > 1) { // a slot runs an event loop
+        m_connection->whenUnused = [this] {
+            QTimer::singleShot(0, this, &IPCClient::leaveRefusedServer);
+        };
+        return;
+    }
+    m_isRefused = false;
+    endAttempt(m_connection->socket.get());
+    socket_error(QLocalSocket::SocketAccessError);
 }
 
 bool IPCClient::isConnected()
@@ -195,6 +231,11 @@ void IPCClient::messageSend(const char* strMessage, const CDataValue* data, cons
 void IPCClient::socket_connected()
 {
     const IPCConnectionUse use(*m_connection);
+    if (!isServerTrusted()) {
+        m_isRefused = true;
+        QTimer::singleShot(0, this, &IPCClient::leaveRefusedServer);
+        return;
+    }
     m_connection->frame.clear();
     m_connected = true;
     Q_EMIT sigIPCServerConnected();
@@ -220,7 +261,7 @@ void IPCClient::socket_error(QLocalSocket::LocalSocketError code)
 
 void IPCClient::socket_readReady()
 {
-    if (!m_connection->socket)
+    if (!m_connection->socket || m_isRefused)
         return;
     const IPCConnectionUse use(*m_connection);
     const QPointer<IPCClient> self(this);

@@ -4,6 +4,7 @@
 #include "wzrframework_export.h"
 
 #include <QByteArray>
+#include <QList>
 #include <QLocalSocket>
 #include <QObject>
 #include <QString>
@@ -62,6 +63,12 @@ public:
     /// anew.
     void connectToServer();
 
+    /// Connects only to servers that run as one of these users. Any other is left again before
+    /// anything is sent to it or taken from it, with a line in the log and sigIPCSocketError(). For
+    /// clients that send secrets: whoever comes first may take a name. By default, and with an
+    /// empty list, every server is trusted.
+    void setTrustedServerUsers(const QList<quint32>& userIds);
+
     bool isConnected();
 
     /// Replaces the markers around a message, "__BEGIN__" and "__END__"; both ends must use the
@@ -108,6 +115,8 @@ private Q_SLOTS:
 private:
     void startConnecting();
     void giveUp();
+    bool isServerTrusted() const;
+    void leaveRefusedServer();
     void deliverAll();
     void deliver(const std::string& body);
     int sendUtf8(const QByteArray& text);
@@ -117,6 +126,8 @@ private:
     QByteArray m_end;
     QByteArray m_read; // the last read
     QString m_serverName;
+    QList<quint32> m_trustedServerUsers; // empty: every server
+    bool m_isRefused = false;            // connected, but not to be talked to
     bool m_connected = false;
     bool m_oneFlushPerRead = false;
     int m_readDepth = 0; // how many reads are being delivered

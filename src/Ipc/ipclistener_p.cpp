@@ -23,13 +23,14 @@ constexpr int kOneShortageMs = 10000;
 
 } // namespace
 
-std::shared_ptr<IPCListener> IPCListener::create(QObject* parent)
+std::shared_ptr<IPCListener> IPCListener::create(QObject* parent, Gate gate)
 {
-    return {new IPCListener(parent), &IPCListener::dispose};
+    return {new IPCListener(parent, std::move(gate)), &IPCListener::dispose};
 }
 
-IPCListener::IPCListener(QObject* parent)
+IPCListener::IPCListener(QObject* parent, Gate gate)
     : QLocalServer(parent)
+    , m_gate(std::move(gate))
 {
     setMaxPendingConnections(0); // QLocalServer itself accepts nothing
     m_resume.setSingleShot(true);
@@ -54,11 +55,17 @@ void IPCListener::dispose(IPCListener* listener)
     }
 }
 
-bool IPCListener::listenUnder(const QString& name)
+bool IPCListener::listenUnder(const QString& name, int mode)
 {
+    if (mode >= 0)
+        setSocketOptions(UserAccessOption); // nobody else gets in before the mode is set
     if (!listen(name))
         return false;
     m_file = SocketSystem::identify(fullServerName());
+    if (mode >= 0 && !SocketSystem::setMode(fullServerName(), static_cast<mode_t>(mode))) {
+        close();
+        return false;
+    }
     const auto descriptor = static_cast<int>(socketDescriptor());
     SocketSystem::setNonBlocking(descriptor);
     m_notifier = std::make_unique<QSocketNotifier>(descriptor, QSocketNotifier::Read);
@@ -134,6 +141,10 @@ void IPCListener::acceptOne()
     if (accepted.descriptor < 0) {
         if (accepted.error != 0)
             pause(accepted.error);
+        return;
+    }
+    if (!m_gate(accepted.descriptor)) {
+        SocketSystem::closeDescriptor(accepted.descriptor);
         return;
     }
     m_waiting.push_back(accepted.descriptor);

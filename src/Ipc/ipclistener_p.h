@@ -8,6 +8,7 @@
 #include <QTimer>
 
 #include <deque>
+#include <functional>
 #include <memory>
 
 class QSocketNotifier;
@@ -27,12 +28,17 @@ class QSocketNotifier;
 class IPCListener : public QLocalServer
 {
 public:
+    /// Decides about a connection before anybody hears of it; false closes it.
+    using Gate = std::function<bool(int descriptor)>;
+
     /// A slot of newConnection() may let the last pointer go: the object then lives until the
     /// emission is over, without listening.
-    static std::shared_ptr<IPCListener> create(QObject* parent);
+    static std::shared_ptr<IPCListener> create(QObject* parent, Gate gate);
 
-    /// Listens under a name or path. False when it cannot be had.
-    bool listenUnder(const QString& name);
+    /// Listens under a name or path. `mode`: the permissions of the socket's file, from the moment
+    /// on at which it can be found; -1 leaves them to the system. False when the name cannot be
+    /// had, or not with this mode.
+    bool listenUnder(const QString& name, int mode);
 
     /// Stops listening and ends what waits. Removes the socket's file, but not one that another
     /// server has put in its place.
@@ -42,6 +48,9 @@ public:
     /// The connection that has waited longest, as a child of this object; null when there is none.
     QLocalSocket* nextPendingConnection() override;
 
+    /// How many wait to be taken.
+    int waiting() const { return static_cast<int>(m_waiting.size()); }
+
     /// Closes the waiting connections whose clients have gone.
     void passOverDeparted();
 
@@ -49,7 +58,7 @@ public:
     bool isFull() const;
 
 private:
-    explicit IPCListener(QObject* parent);
+    IPCListener(QObject* parent, Gate gate);
     ~IPCListener() override;
     static void dispose(IPCListener* listener);
 
@@ -58,6 +67,7 @@ private:
     void updateNotifier();
     void closeLeavingTheFile();
 
+    Gate m_gate;
     SocketSystem::FileIdentity m_file;
     std::unique_ptr<QSocketNotifier> m_notifier;
     std::deque<int> m_waiting; // accepted descriptors, the oldest first

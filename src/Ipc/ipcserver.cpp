@@ -5,6 +5,7 @@
 #include "Ipc/ipclistener_p.h"
 #include "Ipc/messageframe_p.h"
 #include "Ipc/socketread_p.h"
+#include "Ipc/socketsystem_p.h"
 #include "LogTask/logline_p.h"
 
 #include <QLocalSocket>
@@ -41,9 +42,9 @@ IPCServer::~IPCServer()
 int IPCServer::startListen(QString name)
 {
     close();
-    m_listener = IPCListener::create(this);
+    m_listener = IPCListener::create(this, [this](int descriptor) { return mayEnter(descriptor); });
     QLocalServer::removeServer(name);
-    if (!m_listener->listenUnder(name))
+    if (!m_listener->listenUnder(name, m_socketFileMode))
         logLine(kLogSource, "startListen", "Not able to start the Server");
     connect(m_listener.get(), &IPCListener::newConnection, this, &IPCServer::socket_new_connection);
     return 0;
@@ -76,6 +77,53 @@ void IPCServer::setMessageHeadAndEndIndication(QString head, QString end)
     m_endBytes = end.toUtf8();
     for (const auto& client : std::as_const(m_clients))
         client->frame.setMarkers(head, end);
+}
+
+void IPCServer::setLimits(const IPCLimits& limits)
+{
+    m_limits = limits;
+    for (const auto& client : std::as_const(m_clients))
+        limitReading(*client);
+}
+
+void IPCServer::setSocketFileMode(int mode)
+{
+    m_socketFileMode = mode;
+}
+
+void IPCServer::setAllowedUsers(const QList<quint32>& userIds)
+{
+    m_allowedUsers = userIds;
+}
+
+IPCPeer IPCServer::peer(int clientId) const
+{
+    const auto client = m_clients.constFind(clientId);
+    if (client == m_clients.constEnd() || !(*client)->socket)
+        return {};
+    const auto descriptor = static_cast<int>((*client)->socket->socketDescriptor());
+    const SocketSystem::Peer peer = SocketSystem::peerOf(descriptor);
+    return {peer.isKnown, peer.processId, peer.userId};
+}
+
+bool IPCServer::mayEnter(int descriptor) const
+{
+    constexpr char kFunction[] = "mayEnter";
+    if (!m_allowedUsers.isEmpty()) {
+        const SocketSystem::Peer peer = SocketSystem::peerOf(descriptor);
+        if (!peer.isKnown || !m_allowedUsers.contains(peer.userId)) {
+            logLine(kLogSource, kFunction, "connection refused, of user",
+                    static_cast<int>(peer.userId));
+            return false;
+        }
+    }
+    const int clients = static_cast<int>(m_clients.size()) + m_listener->waiting();
+    if (m_limits.connections > 0 && clients >= m_limits.connections) {
+        logLine(kLogSource, kFunction, "connection refused, beyond the limit of",
+                m_limits.connections);
+        return false;
+    }
+    return true;
 }
 
 bool IPCServer::hasClientConnected()
@@ -126,7 +174,10 @@ void IPCServer::send(IPCConnection& client, const QByteArray& frame, const char*
     if ((later ? socket->write(frame) : writeDirectly(socket, frame)) == 0)
         logLine(kLogSource, function, "sendResponse Write Zero byte to client!!!!");
     if (!later) {
+        const QPointer<IPCServer> self(this);
         socket->flush();
+        if (self)
+            endWhenTooMuchIsUnsent(client);
     } else if (!client.isUnflushed) {
         client.isUnflushed = true;
         m_unflushed.push_back(client.shared_from_this());
@@ -135,11 +186,14 @@ void IPCServer::send(IPCConnection& client, const QByteArray& frame, const char*
 
 void IPCServer::flushUnflushed()
 {
-    const auto clients = std::exchange(m_unflushed, {}); // a flush can end this object
+    const QPointer<IPCServer> self(this); // a flush can end it
+    const auto clients = std::exchange(m_unflushed, {});
     for (const auto& client : clients) {
         const IPCConnectionUse use(*client);
         client->isUnflushed = false;
         client->socket->flush();
+        if (self)
+            endWhenTooMuchIsUnsent(*client);
     }
 }
 
@@ -162,6 +216,7 @@ void IPCServer::accept()
     client->id = id;
     if (m_listener)
         client->socket.reset(m_listener->nextPendingConnection());
+    limitReading(*client);
     m_clients.insert(id, client);
     logLine(kLogSource, "socket_new_connection", "end get socket");
     Q_EMIT sigIPCServerConnected(id);
@@ -206,6 +261,8 @@ void IPCServer::receive(IPCConnection& client)
         --m_readDepth;
         if (!m_unflushed.empty())
             flushUnflushed();
+        if (self && m_limits.unfinishedBytes > 0 && client.frame.size() > m_limits.unfinishedBytes)
+            endBeyondLimit(client, "bytes of an unfinished message");
         // A slot that runs an event loop lets bytes arrive that are not announced again.
     } while (self && client.socket->bytesAvailable() > 0);
 }
@@ -229,6 +286,27 @@ bool IPCServer::deliver(IPCConnection& client)
     else if (outcome == MessageFrame::NoEnd)
         logLine(kLogSource, "socket_readReady", "nEndPos not find");
     return true;
+}
+
+void IPCServer::limitReading(IPCConnection& client)
+{
+    if (client.socket)
+        client.socket->setReadBufferSize(m_limits.unfinishedBytes);
+}
+
+void IPCServer::endWhenTooMuchIsUnsent(IPCConnection& client)
+{
+    if (m_limits.unsentBytes > 0 && client.socket->bytesToWrite() > m_limits.unsentBytes)
+        endBeyondLimit(client, "unsent bytes");
+}
+
+// The end is announced inside the call, as that of a client which has vanished.
+void IPCServer::endBeyondLimit(IPCConnection& client, const char* what)
+{
+    if (client.hasEnded)
+        return;
+    logLine(kLogSource, "endBeyondLimit", "connection ended, beyond the limit of", what, client.id);
+    client.socket->abort();
 }
 
 // For those who call the slot by its name: no socket has sent it.

@@ -4,6 +4,7 @@
 #include "wzrframework_export.h"
 
 #include <QByteArray>
+#include <QList>
 #include <QMap>
 #include <QObject>
 #include <QString>
@@ -14,6 +15,28 @@
 class DepartedConnections;
 class IPCListener;
 struct IPCConnection;
+
+/// How much a server takes from its clients. 0, the default, is no limit. A connection that goes
+/// beyond one is ended, with a line in the log; the others do not notice.
+struct IPCLimits
+{
+    /// Bytes that one client has sent and that are no whole message yet, as counted after each
+    /// read. While a slot runs an event loop, no more than this is taken from the client whose
+    /// message it has.
+    qint64 unfinishedBytes = 0;
+    /// Bytes written to one client that the system has not taken from us, because it does not read.
+    qint64 unsentBytes = 0;
+    /// Clients at the same time, those included that wait in one-connection mode.
+    int connections = 0;
+};
+
+/// Who is at the other end of a connection, as the system recorded it when it was made.
+struct IPCPeer
+{
+    bool isKnown = false; ///< false: there is no such client, or the system does not tell
+    qint64 processId = 0;
+    quint32 userId = 0;
+};
 
 /// The serving end of the messaging between processes: listens under a name, numbers its clients,
 /// cuts what they send into message texts and writes texts to one client or to all.
@@ -34,7 +57,7 @@ struct IPCConnection;
 ///
 /// **Failures** become result codes and lines in the log; nothing is thrown. A client that
 /// vanishes, floods or stops reading does not disturb the others. Neither a message nor what is
-/// kept for a client has a size limit.
+/// kept for a client has a size limit, unless setLimits() sets one.
 ///
 /// **Slots** connected to the signals may send, close() and delete the server itself; the other
 /// bodies of the same read are then not delivered.
@@ -81,6 +104,24 @@ public:
     /// later. An event loop that a slot runs writes out what waits. Off by default.
     void setOneFlushPerRead(bool on);
 
+    /// Limits what clients can make this process keep, from the next read, write and connection on.
+    /// For servers whose clients are not all trusted. No limits by default.
+    void setLimits(const IPCLimits& limits);
+
+    /// The permissions of the socket's file, such as 0600, at the next startListen(). To connect, a
+    /// client needs the permission to write. Nobody gets in before they are set. When they cannot
+    /// be set, the server does not listen. By default, and with -1, what the system gives new
+    /// files.
+    void setSocketFileMode(int mode);
+
+    /// Ends the connections of processes that run as other users than these, before anything is
+    /// read or announced, with a line in the log. Holds for connections from now on. By default,
+    /// and with an empty list, everybody is let in whom the file's permissions let in.
+    void setAllowedUsers(const QList<quint32>& userIds);
+
+    /// Who a connected client is. The process may have passed its connection on to another.
+    IPCPeer peer(int clientId) const;
+
     /// Whether any client is connected.
     bool hasClientConnected();
 
@@ -107,12 +148,16 @@ private Q_SLOTS:
     void socket_disconnected();
 
 private:
+    bool mayEnter(int descriptor) const;
     void accept();
     void catchUp(IPCConnection& client);
     void receive(IPCConnection& client);
     bool deliver(IPCConnection& client);
     void send(IPCConnection& client, const QByteArray& frame, const char* function);
     void flushUnflushed();
+    void limitReading(IPCConnection& client);
+    void endBeyondLimit(IPCConnection& client, const char* what);
+    void endWhenTooMuchIsUnsent(IPCConnection& client);
     void drop(IPCConnection& client);
     void numberAnewWhenAllHaveGone();
 
@@ -124,6 +169,9 @@ private:
     QString m_end;
     QByteArray m_headBytes; // encoded
     QByteArray m_endBytes;
+    IPCLimits m_limits;
+    QList<quint32> m_allowedUsers; // empty: everybody
+    int m_socketFileMode = -1;
     bool m_onlyOneConnection = false;
     bool m_oneFlushPerRead = false;
     QByteArray m_read;                                       // the last read

@@ -61,6 +61,8 @@ public:
 
     /// What is kept.
     QString buffer() const;
+    /// How many bytes are kept.
+    qsizetype size() const { return m_bytes.size() - m_start + m_heldBack.size(); }
 
     /// What is kept, as a log line may carry it; see logExcerpt(). Unless lines are kept whole, the
     /// cost is bounded by what has come since the call before.

@@ -52,6 +52,11 @@ ApplicationContorllerClient::ApplicationContorllerClient(QString clientName, QOb
 
 ApplicationContorllerClient::~ApplicationContorllerClient() = default;
 
+void ApplicationContorllerClient::setTrustedServerUsers(const QList<quint32>& userIds)
+{
+    client().setTrustedServerUsers(userIds);
+}
+
 void ApplicationContorllerClient::startConnect()
 {
     connectToServer();

@@ -4,6 +4,7 @@
 #include "DataValue/datavalue.h"
 #include "wzrframework_export.h"
 
+#include <QList>
 #include <QMap>
 #include <QObject>
 #include <QString>
@@ -42,6 +43,10 @@ public:
     /// `clientName` is what this process is introduced by.
     ApplicationContorllerClient(QString clientName, QObject* parent);
     ~ApplicationContorllerClient() override;
+
+    /// Talks only to a controller that runs as one of these users; see
+    /// IPCClient::setTrustedServerUsers(). By default every controller is trusted.
+    void setTrustedServerUsers(const QList<quint32>& userIds);
 
     /// Starts to connect; also what an owner calls to connect again after a loss.
     void startConnect();
