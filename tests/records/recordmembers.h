@@ -42,98 +42,55 @@ constexpr std::size_t count()
     }
 }
 
+template<std::size_t N>
+using Size = std::integral_constant<std::size_t, N>;
+
+// NOLINTBEGIN(bugprone-macro-parentheses): the arguments are names.
+#define BIND_MEMBERS(number, ...)                                                                  \
+    template<class R>                                                                              \
+    auto tied(R& record, Size<number>)                                                             \
+    {                                                                                              \
+        auto& [__VA_ARGS__] = record;                                                              \
+        return std::tie(__VA_ARGS__);                                                              \
+    }
+// NOLINTEND(bugprone-macro-parentheses)
+BIND_MEMBERS(1, m1)
+BIND_MEMBERS(2, m1, m2)
+BIND_MEMBERS(3, m1, m2, m3)
+BIND_MEMBERS(4, m1, m2, m3, m4)
+BIND_MEMBERS(5, m1, m2, m3, m4, m5)
+BIND_MEMBERS(6, m1, m2, m3, m4, m5, m6)
+BIND_MEMBERS(7, m1, m2, m3, m4, m5, m6, m7)
+BIND_MEMBERS(8, m1, m2, m3, m4, m5, m6, m7, m8)
+BIND_MEMBERS(9, m1, m2, m3, m4, m5, m6, m7, m8, m9)
+BIND_MEMBERS(10, m1, m2, m3, m4, m5, m6, m7, m8, m9, m10)
+BIND_MEMBERS(11, m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11)
+BIND_MEMBERS(12, m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12)
+BIND_MEMBERS(13, m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13)
+BIND_MEMBERS(14, m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14)
+BIND_MEMBERS(15, m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15)
+BIND_MEMBERS(16, m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16)
+BIND_MEMBERS(17, m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17)
+BIND_MEMBERS(18, m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17, m18)
+BIND_MEMBERS(19, m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17, m18,
+             m19)
+BIND_MEMBERS(20, m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17, m18,
+             m19, m20)
+BIND_MEMBERS(21, m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17, m18,
+             m19, m20, m21)
+BIND_MEMBERS(22, m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17, m18,
+             m19, m20, m21, m22)
+BIND_MEMBERS(23, m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17, m18,
+             m19, m20, m21, m22, m23)
+BIND_MEMBERS(24, m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17, m18,
+             m19, m20, m21, m22, m23, m24)
+#undef BIND_MEMBERS
+
 /// References to the members of a record, in the order of their declaration.
 template<class R>
 auto of(R& record)
 {
-    constexpr std::size_t size = count<R>();
-    if constexpr (size == 1) {
-        auto& [m1] = record;
-        return std::tie(m1);
-    } else if constexpr (size == 2) {
-        auto& [m1, m2] = record;
-        return std::tie(m1, m2);
-    } else if constexpr (size == 3) {
-        auto& [m1, m2, m3] = record;
-        return std::tie(m1, m2, m3);
-    } else if constexpr (size == 4) {
-        auto& [m1, m2, m3, m4] = record;
-        return std::tie(m1, m2, m3, m4);
-    } else if constexpr (size == 5) {
-        auto& [m1, m2, m3, m4, m5] = record;
-        return std::tie(m1, m2, m3, m4, m5);
-    } else if constexpr (size == 6) {
-        auto& [m1, m2, m3, m4, m5, m6] = record;
-        return std::tie(m1, m2, m3, m4, m5, m6);
-    } else if constexpr (size == 7) {
-        auto& [m1, m2, m3, m4, m5, m6, m7] = record;
-        return std::tie(m1, m2, m3, m4, m5, m6, m7);
-    } else if constexpr (size == 8) {
-        auto& [m1, m2, m3, m4, m5, m6, m7, m8] = record;
-        return std::tie(m1, m2, m3, m4, m5, m6, m7, m8);
-    } else if constexpr (size == 9) {
-        auto& [m1, m2, m3, m4, m5, m6, m7, m8, m9] = record;
-        return std::tie(m1, m2, m3, m4, m5, m6, m7, m8, m9);
-    } else if constexpr (size == 10) {
-        auto& [m1, m2, m3, m4, m5, m6, m7, m8, m9, m10] = record;
-        return std::tie(m1, m2, m3, m4, m5, m6, m7, m8, m9, m10);
-    } else if constexpr (size == 11) {
-        auto& [m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11] = record;
-        return std::tie(m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11);
-    } else if constexpr (size == 12) {
-        auto& [m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12] = record;
-        return std::tie(m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12);
-    } else if constexpr (size == 13) {
-        auto& [m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13] = record;
-        return std::tie(m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13);
-    } else if constexpr (size == 14) {
-        auto& [m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14] = record;
-        return std::tie(m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14);
-    } else if constexpr (size == 15) {
-        auto& [m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15] = record;
-        return std::tie(m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15);
-    } else if constexpr (size == 16) {
-        auto& [m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16] = record;
-        return std::tie(m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16);
-    } else if constexpr (size == 17) {
-        auto& [m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17] = record;
-        return std::tie(m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17);
-    } else if constexpr (size == 18) {
-        auto& [m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17, m18] =
-            record;
-        return std::tie(m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17,
-                        m18);
-    } else if constexpr (size == 19) {
-        auto& [m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17, m18,
-               m19] = record;
-        return std::tie(m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17,
-                        m18, m19);
-    } else if constexpr (size == 20) {
-        auto& [m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17, m18, m19,
-               m20] = record;
-        return std::tie(m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17,
-                        m18, m19, m20);
-    } else if constexpr (size == 21) {
-        auto& [m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17, m18, m19,
-               m20, m21] = record;
-        return std::tie(m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17,
-                        m18, m19, m20, m21);
-    } else if constexpr (size == 22) {
-        auto& [m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17, m18, m19,
-               m20, m21, m22] = record;
-        return std::tie(m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17,
-                        m18, m19, m20, m21, m22);
-    } else if constexpr (size == 23) {
-        auto& [m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17, m18, m19,
-               m20, m21, m22, m23] = record;
-        return std::tie(m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17,
-                        m18, m19, m20, m21, m22, m23);
-    } else if constexpr (size == 24) {
-        auto& [m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17, m18, m19,
-               m20, m21, m22, m23, m24] = record;
-        return std::tie(m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15, m16, m17,
-                        m18, m19, m20, m21, m22, m23, m24);
-    }
+    return tied(record, Size<count<R>()>());
 }
 
 } // namespace members
