@@ -45,6 +45,8 @@ ApplicationContorllerClient::ApplicationContorllerClient(QString clientName, QOb
         timer->setTimerType(Qt::PreciseTimer); // a coarse one may be 100 ms early
         timer->setInterval(retryMilliseconds);
     }
+    m_nextAttempt.setObjectName("nextAttempt");
+    m_nextIntroduction.setObjectName("nextIntroduction");
     connect(&m_nextAttempt, &QTimer::timeout, this, &ApplicationContorllerClient::connectToServer);
     connect(&m_nextIntroduction, &QTimer::timeout, this,
             &ApplicationContorllerClient::sendMsgToAppController_ClientInit);

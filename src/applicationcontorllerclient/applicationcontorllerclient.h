@@ -97,8 +97,8 @@ private:
 
     std::unique_ptr<IPCClient> m_client; // null until it is needed
     QString m_clientName;
-    QTimer m_nextAttempt;
-    QTimer m_nextIntroduction;
+    QTimer m_nextAttempt{this};
+    QTimer m_nextIntroduction{this};
 };
 
 #endif

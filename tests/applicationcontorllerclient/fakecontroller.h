@@ -18,6 +18,7 @@ public:
     FakeController()
     {
         connect(&m_server, &IPCServer::sigIPCServerConnected, this, [this] { ++connections; });
+        connect(&m_server, &IPCServer::sigIPCServerDisconnected, this, [this] { ++departures; });
         connect(&m_server, &IPCServer::sigMessageReceived, this, &FakeController::answer);
         m_server.startListen("applicationcontroller");
     }
@@ -31,6 +32,7 @@ public:
     QStringList received;
     QList<qint64> introducedAt; // milliseconds since the controller started
     int connections = 0;
+    int departures = 0;
 
     void send(const QString& text) { m_server.broadcastMsg(text); }
 

@@ -53,22 +53,24 @@ struct Recorder
         client->handleAppControllerMessageReceived(&envelope);
     }
 
+    /// The timers: when it looks for the controller again, and when it introduces itself again.
+    QTimer& nextAttempt() const { return *client->findChild<QTimer*>("nextAttempt"); }
+    QTimer& nextIntroduction() const { return *client->findChild<QTimer*>("nextIntroduction"); }
+    /// Whether it does nothing by itself any more.
+    bool isAtRest() const { return !nextAttempt().isActive() && !nextIntroduction().isActive(); }
+    /// Lets the time of a timer be over that has been started for two seconds.
+    static bool elapse(QTimer& timer)
+    {
+        const bool isPending = timer.isActive() && timer.isSingleShot() && timer.interval() == 2000;
+        timer.stop();
+        return isPending && QMetaObject::invokeMethod(&timer, "timeout");
+    }
+
     QObject context;
     QStringList lines;
     bool deleteOnNextSignal = false;
     std::unique_ptr<ApplicationContorllerClient> client;
 };
-
-/// Handles events until the time is over: for what must not happen meanwhile.
-void passTime(int milliseconds)
-{
-    QTimer timer;
-    timer.setTimerType(Qt::PreciseTimer);
-    timer.setSingleShot(true);
-    QSignalSpy over(&timer, &QTimer::timeout);
-    timer.start(milliseconds);
-    QVERIFY(over.wait(milliseconds + 5000));
-}
 
 } // namespace
 
@@ -151,16 +153,17 @@ void tst_applicationcontorllerclient::introducesItselfAgainUntilItIsAccepted()
     controller.introductionErrors = {5, -1};
     Recorder recorder;
     recorder.client->startConnect();
+    QTRY_COMPARE(recorder.lines, QStringList("status 0"));
+    QVERIFY(Recorder::elapse(recorder.nextIntroduction()));
+    QTRY_COMPARE(recorder.lines, QStringList({"status 0", "status 0"}));
+    // And once in its own time.
     QTRY_COMPARE_WITH_TIMEOUT(recorder.lines, QStringList({"status 0", "status 0", "status 2"}),
                               10000);
     QCOMPARE(controller.connections, 1);
     QCOMPARE(controller.introducedAt.size(), 3);
-    for (int i = 1; i < 3; ++i) {
-        const qint64 pause = controller.introducedAt[i] - controller.introducedAt[i - 1];
-        QVERIFY2(pause >= 1990, qPrintable(QString::number(pause)));
-    }
-    passTime(2500);
-    QCOMPARE(controller.introducedAt.size(), 3);
+    const qint64 pause = controller.introducedAt[2] - controller.introducedAt[1];
+    QVERIFY2(pause >= 1990, qPrintable(QString::number(pause)));
+    QVERIFY(!recorder.nextIntroduction().isActive());
 }
 
 void tst_applicationcontorllerclient::pollsWithoutASignalUntilTheControllerRuns()
@@ -170,15 +173,20 @@ void tst_applicationcontorllerclient::pollsWithoutASignalUntilTheControllerRuns(
     recorder.client->startConnect();
     const auto attempts = [&] { return log.count("connectToServer Enter connectToServer "); };
     QCOMPARE(attempts(), 1);
-    QTRY_COMPARE_WITH_TIMEOUT(attempts(), 3, 10000);
+    QTRY_COMPARE_WITH_TIMEOUT(attempts(), 2, 10000); // in its own time
+    QVERIFY(Recorder::elapse(recorder.nextAttempt()));
+    QCOMPARE(attempts(), 3);
     QCOMPARE(recorder.lines, QStringList());
 
     FakeController controller;
-    QTRY_COMPARE_WITH_TIMEOUT(recorder.lines, QStringList("status 2"), 5000);
+    QVERIFY(Recorder::elapse(recorder.nextAttempt()));
+    QTRY_COMPARE(recorder.lines, QStringList("status 2"));
     QCOMPARE(controller.connections, 1);
-    passTime(4500);
     // At most one more: the check that finds the connection up.
+    if (recorder.nextAttempt().isActive())
+        QVERIFY(Recorder::elapse(recorder.nextAttempt()));
     QVERIFY(attempts() <= 5);
+    QVERIFY(recorder.isAtRest());
     QCOMPARE(recorder.lines, QStringList("status 2"));
 }
 
@@ -188,12 +196,12 @@ void tst_applicationcontorllerclient::keepsOnePollHoweverOftenItIsAsked()
     Recorder recorder;
     for (int i = 0; i < 4; ++i)
         recorder.client->startConnect();
-    passTime(1500);
+    QTRY_VERIFY(recorder.nextAttempt().remainingTime() < 1900);
     recorder.client->startConnect(); // does not put the poll off
+    QVERIFY(recorder.nextAttempt().remainingTime() < 1900);
     const auto attempts = [&] { return log.count("connectToServer Enter connectToServer "); };
     QCOMPARE(attempts(), 5);
-    QTRY_COMPARE_WITH_TIMEOUT(attempts(), 6, 1200);
-    passTime(1000);
+    QVERIFY(Recorder::elapse(recorder.nextAttempt()));
     QCOMPARE(attempts(), 6);
 }
 
@@ -210,8 +218,10 @@ void tst_applicationcontorllerclient::doesNothingWhenConnected()
     QCOMPARE(log.count("applicationcontorllerclient/applicationcontorllerclient connectToServer "
                        "already connected!!! "),
              2);
-    passTime(200);
-    QCOMPARE(controller.received.size(), 1);
+    QVERIFY(recorder.isAtRest());
+    recorder.client->sendMsgToAppController("LAST", nullptr);
+    QTRY_COMPARE(controller.received.size(), 2);
+    QVERIFY(controller.received.last().contains("LAST"));
     QCOMPARE(controller.connections, 1);
 }
 
@@ -222,14 +232,14 @@ void tst_applicationcontorllerclient::repeatsAnIntroductionThatCannotBeSent()
         recorder.client->sendMsgToAppController_ClientInit();
     QCOMPARE(recorder.lines, QStringList({"status 0", "status 0", "status 0"}));
     recorder.lines.clear();
-    QTRY_COMPARE_WITH_TIMEOUT(recorder.lines, QStringList("status 0"), 5000);
-    passTime(1000);
+    QVERIFY(Recorder::elapse(recorder.nextIntroduction()));
     QCOMPARE(recorder.lines, QStringList("status 0"));
+    QVERIFY(recorder.nextIntroduction().isActive());
 
     FakeController controller;
     recorder.client->startConnect();
-    QTRY_COMPARE_WITH_TIMEOUT(recorder.lines, QStringList({"status 0", "status 2"}), 5000);
-    passTime(2500);
+    QTRY_COMPARE(recorder.lines, QStringList({"status 0", "status 2"}));
+    QVERIFY(!recorder.nextIntroduction().isActive());
     QCOMPARE(controller.introducedAt.size(), 1);
 }
 
@@ -406,10 +416,7 @@ void tst_applicationcontorllerclient::reportsTheLossAndDoesNotReconnect()
     controller.reset();
     QTRY_COMPARE(recorder.lines, QStringList({"status 2", "status 3"}));
 
-    FakeController next;
-    passTime(4500);
-    QCOMPARE(next.connections, 0);
-    QCOMPARE(recorder.lines, QStringList({"status 2", "status 3"}));
+    QVERIFY(recorder.isAtRest());
 }
 
 void tst_applicationcontorllerclient::aLossEndsPendingIntroductions()
@@ -419,21 +426,20 @@ void tst_applicationcontorllerclient::aLossEndsPendingIntroductions()
     Recorder recorder;
     recorder.client->startConnect();
     QTRY_COMPARE(recorder.lines, QStringList("status 0"));
+    QVERIFY(recorder.nextIntroduction().isActive());
     controller.reset();
     QTRY_COMPARE(recorder.lines, QStringList({"status 0", "status 3"}));
-    passTime(2500);
-    QCOMPARE(recorder.lines, QStringList({"status 0", "status 3"}));
+    QVERIFY(recorder.isAtRest());
 }
 
 void tst_applicationcontorllerclient::aLossEndsPendingPolls()
 {
     Recorder recorder;
-    recorder.client->connectToServer(); // polls in 2000 ms
-    FakeController controller;
+    recorder.client->connectToServer();
+    QVERIFY(recorder.nextAttempt().isActive());
     recorder.client->handleAppControllerServerDisconnected();
     QCOMPARE(recorder.lines, QStringList("status 3"));
-    passTime(2500);
-    QCOMPARE(controller.connections, 0);
+    QVERIFY(recorder.isAtRest());
 }
 
 void tst_applicationcontorllerclient::connectsAgainWhenAsked()
@@ -450,8 +456,8 @@ void tst_applicationcontorllerclient::connectsAgainWhenAsked()
     controller.reset();
     QTRY_COMPARE(recorder.lines, QStringList({"status 2", "status 3"}));
     FakeController next;
-    QTRY_COMPARE_WITH_TIMEOUT(recorder.lines, QStringList({"status 2", "status 3", "status 2"}),
-                              5000);
+    QVERIFY(Recorder::elapse(recorder.nextAttempt()));
+    QTRY_COMPARE(recorder.lines, QStringList({"status 2", "status 3", "status 2"}));
     QCOMPARE(next.introducedAt.size(), 1);
 }
 
@@ -537,7 +543,8 @@ void tst_applicationcontorllerclient::itsSlotsMayDeleteIt()
         Recorder recorder;
         recorder.client->sendMsgToAppController_ClientInit();
         recorder.deleteOnNextSignal = true;
-        QTRY_VERIFY_WITH_TIMEOUT(!recorder.client, 5000);
+        recorder.nextIntroduction().start(0);
+        QTRY_VERIFY(!recorder.client);
     }
 }
 
@@ -548,7 +555,7 @@ void tst_applicationcontorllerclient::endsSilently()
     recorder.client->startConnect();
     QTRY_COMPARE(recorder.lines, QStringList("status 2"));
     recorder.client.reset();
-    passTime(200);
+    QTRY_COMPARE(controller.departures, 1);
     QCOMPARE(recorder.lines, QStringList("status 2"));
 }
 
