@@ -10,6 +10,7 @@
 #include <exception>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -77,6 +78,15 @@ std::optional<std::string> contentOf(RegularFile& file)
     }
 }
 
+/// Whether the process may make a file of that size. A write beyond the limit would end it by a
+/// signal, whose disposition is the program's and not for a library to change.
+bool isWithinLimit(std::size_t size)
+{
+    rlimit limit = {};
+    return getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY ||
+           size <= limit.rlim_cur;
+}
+
 } // namespace
 
 std::optional<std::string> FileContent::read(const QString& path)
@@ -93,7 +103,7 @@ bool FileContent::replace(const QString& path, std::string_view content)
 {
     const auto size = static_cast<qint64>(content.size());
     const QFileInfo old(path);
-    if (path.isEmpty() || (old.exists() && !old.isFile()))
+    if (path.isEmpty() || (old.exists() && !old.isFile()) || !isWithinLimit(content.size()))
         return false;
     // Unbuffered, and each result looked at: after a short write on a full disk the commit alone
     // would report success and put the torn file in the old one's place.

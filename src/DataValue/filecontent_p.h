@@ -23,7 +23,8 @@ std::optional<std::string> read(const QString& path);
 
 /// Replaces the file by one that holds `content`, or leaves everything as it was and returns
 /// false: the content is written beside it and renamed when it is complete on the disk. A new file
-/// needs a folder in which files can be made, an old one must be writable and a regular file.
+/// needs a folder in which files can be made, an old one must be writable and a regular file. What
+/// exceeds the process's limit of file sizes (RLIMIT_FSIZE) is not begun.
 bool replace(const QString& path, std::string_view content);
 
 } // namespace FileContent

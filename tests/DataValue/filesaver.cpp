@@ -1,26 +1,41 @@
 // Saves a value to a file and says "saved" or "failed": a process that can be limited or killed.
 //
 //     filesaver <path> <text>              one save of a map with that text
-//     filesaver --limit <path> <text>      no file may grow beyond 4096 bytes, as on a full disk
+//     filesaver --full <path> <text>       the disk is full after 4096 bytes
+//     filesaver --limit <path> <text>      the process may make no file larger than 4096 bytes
 //     filesaver --nobody <path> <text>     without the rights of the superuser
 //     filesaver --forever <path> <text>    saves again and again; says "saving" once it has begun
 //     filesaver --address <path> <text>    the map holds an address
 #include "DataValue/datavalue.h"
 
-#include <csignal>
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace {
 
+constexpr std::size_t kFewBytes = 4096;
+bool g_isDiskLimited = false;
+std::size_t g_left = kFewBytes;
+
+bool isRegular(int descriptor)
+{
+    struct stat status = {};
+    return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+}
+
 bool prepare(const char* how)
 {
+    g_isDiskLimited = std::strcmp(how, "--full") == 0;
     if (std::strcmp(how, "--limit") == 0) {
-        const rlimit limit{4096, 4096};
-        std::signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit{kFewBytes, kFewBytes};
         return setrlimit(RLIMIT_FSIZE, &limit) == 0;
     }
     if (std::strcmp(how, "--nobody") == 0 && geteuid() == 0)
@@ -29,6 +44,22 @@ bool prepare(const char* how)
 }
 
 } // namespace
+
+/// Takes the place of the system's write() in this process, the library's and Qt's calls included:
+/// like that of a full disk, it takes part of the bytes, and then none.
+extern "C" __attribute__((visibility("default"))) ssize_t write(int descriptor, const void* bytes,
+                                                                size_t size)
+{
+    if (g_isDiskLimited && isRegular(descriptor)) {
+        if (g_left == 0) {
+            errno = ENOSPC;
+            return -1;
+        }
+        size = std::min(size, g_left);
+        g_left -= size;
+    }
+    return syscall(SYS_write, descriptor, bytes, size);
+}
 
 int main(int argc, char* argv[])
 {

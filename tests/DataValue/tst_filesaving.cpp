@@ -27,6 +27,8 @@ private Q_SLOTS:
     void saves();
     void keepsTheOldFileOnAFullDisk_data() { forms(); }
     void keepsTheOldFileOnAFullDisk();
+    void keepsTheOldFileBeyondTheLimitOfTheProcess_data() { forms(); }
+    void keepsTheOldFileBeyondTheLimitOfTheProcess();
     void keepsTheOldFileWhereItMayNotWrite_data() { forms(); }
     void keepsTheOldFileWhereItMayNotWrite();
     void failsWhereNoFileCanBe_data();
@@ -88,9 +90,24 @@ void tst_FileSaving::keepsTheOldFileOnAFullDisk()
     QFETCH(QString, name);
     const QString file = m_folder->filePath(name);
     QCOMPARE(run({file, "old"}).code, 0);
-    const Result full = run({"--limit", file, kLong});
+    const Result full = run({"--full", file, kLong});
     QCOMPARE(full.out, QByteArray("failed\n"));
     QCOMPARE(full.code, 1);
+    QCOMPARE(savedText(file), QString("old"));
+    QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files), QStringList(name));
+    QCOMPARE(run({"--full", file, "short"}).out, QByteArray("saved\n"));
+    QCOMPARE(savedText(file), QString("short"));
+}
+
+void tst_FileSaving::keepsTheOldFileBeyondTheLimitOfTheProcess()
+{
+    QFETCH(QString, name);
+    const QString file = m_folder->filePath(name);
+    QCOMPARE(run({file, "old"}).code, 0);
+    // The system would end a process that writes beyond its limit by a signal.
+    const Result limited = run({"--limit", file, kLong});
+    QCOMPARE(limited.out, QByteArray("failed\n"));
+    QCOMPARE(limited.code, 1);
     QCOMPARE(savedText(file), QString("old"));
     QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files), QStringList(name));
     QCOMPARE(run({"--limit", file, "short"}).out, QByteArray("saved\n"));
