@@ -50,7 +50,7 @@ void nastyNames()
 
 } // namespace
 
-class tst_CommonFunctionLaunch : public QObject
+class tst_launch : public QObject
 {
     Q_OBJECT
 
@@ -85,7 +85,7 @@ private:
     const QString m_oldWork = QDir::currentPath();
 };
 
-void tst_CommonFunctionLaunch::init()
+void tst_launch::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
     QVERIFY(m_folder->isValid());
@@ -100,13 +100,13 @@ void tst_CommonFunctionLaunch::init()
     qputenv("XDG_DATA_DIRS", QFile::encodeName(m_home));
 }
 
-void tst_CommonFunctionLaunch::cleanup()
+void tst_launch::cleanup()
 {
     QDir::setCurrent(m_oldWork);
     m_folder.reset();
 }
 
-void tst_CommonFunctionLaunch::writeProgram(const QString& path, const QByteArray& text)
+void tst_launch::writeProgram(const QString& path, const QByteArray& text)
 {
     QFile file(path);
     QVERIFY2(file.open(QIODevice::WriteOnly), qPrintable(path));
@@ -115,7 +115,7 @@ void tst_CommonFunctionLaunch::writeProgram(const QString& path, const QByteArra
     QVERIFY(file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
 }
 
-void tst_CommonFunctionLaunch::writeEntry(const QString& path)
+void tst_launch::writeEntry(const QString& path)
 {
     const QString program = m_folder->filePath(QStringLiteral("entrysprogram"));
     writeProgram(program);
@@ -124,7 +124,7 @@ void tst_CommonFunctionLaunch::writeEntry(const QString& path)
 }
 
 // What the started program tells, once it has; empty when nothing was started in time.
-QString tst_CommonFunctionLaunch::told()
+QString tst_launch::told()
 {
     if (!QTest::qWaitFor([this] { return QFile::exists(m_result); }, 30000))
         return {};
@@ -132,7 +132,7 @@ QString tst_CommonFunctionLaunch::told()
     return file.open(QIODevice::ReadOnly) ? QFile::decodeName(file.readAll()) : QString();
 }
 
-void tst_CommonFunctionLaunch::startsExactlyTheFile()
+void tst_launch::startsExactlyTheFile()
 {
     QFETCH(QString, name);
     const QString path = m_work.filePath(name);
@@ -142,7 +142,7 @@ void tst_CommonFunctionLaunch::startsExactlyTheFile()
     QVERIFY(!injected());
 }
 
-void tst_CommonFunctionLaunch::startsAFileOfTheWorkingDirectory_data()
+void tst_launch::startsAFileOfTheWorkingDirectory_data()
 {
     QTest::addColumn<QString>("name");
     QTest::newRow("own name") << "program of the test";
@@ -151,7 +151,7 @@ void tst_CommonFunctionLaunch::startsAFileOfTheWorkingDirectory_data()
     QTest::newRow("name that looks like an option") << "-n";
 }
 
-void tst_CommonFunctionLaunch::startsAFileOfTheWorkingDirectory()
+void tst_launch::startsAFileOfTheWorkingDirectory()
 {
     QFETCH(QString, name);
     writeProgram(m_work.filePath(name));
@@ -159,7 +159,7 @@ void tst_CommonFunctionLaunch::startsAFileOfTheWorkingDirectory()
     QCOMPARE(told(), QString("./" + name));
 }
 
-void tst_CommonFunctionLaunch::launchesExactlyTheDesktopEntry()
+void tst_launch::launchesExactlyTheDesktopEntry()
 {
     QFETCH(QString, name);
     writeEntry(m_home + "/applications/" + name + ".desktop");
@@ -168,7 +168,7 @@ void tst_CommonFunctionLaunch::launchesExactlyTheDesktopEntry()
     QVERIFY(!injected());
 }
 
-void tst_CommonFunctionLaunch::unknownNameRunsNothing()
+void tst_launch::unknownNameRunsNothing()
 {
     QFETCH(QString, name);
     QVERIFY(startApplication(name) != 0);
@@ -176,14 +176,14 @@ void tst_CommonFunctionLaunch::unknownNameRunsNothing()
     QVERIFY(!QFile::exists(m_result));
 }
 
-void tst_CommonFunctionLaunch::entryOfTheWorkingDirectoryIsNotTaken()
+void tst_launch::entryOfTheWorkingDirectoryIsNotTaken()
 {
     writeEntry(m_work.filePath(QStringLiteral("planted.desktop")));
     QVERIFY(startApplication(QStringLiteral("planted")) != 0);
     QVERIFY(!QFile::exists(m_result));
 }
 
-void tst_CommonFunctionLaunch::zeroInThePathRunsNothing()
+void tst_launch::zeroInThePathRunsNothing()
 {
     const QString path = m_work.filePath(QStringLiteral("program"));
     writeProgram(path);
@@ -192,7 +192,7 @@ void tst_CommonFunctionLaunch::zeroInThePathRunsNothing()
     QVERIFY(!QFile::exists(m_result));
 }
 
-void tst_CommonFunctionLaunch::startedFileIsLogged()
+void tst_launch::startedFileIsLogged()
 {
     LogCapture log;
     const QString path = m_work.filePath(QStringLiteral("my program"));
@@ -203,7 +203,7 @@ void tst_CommonFunctionLaunch::startedFileIsLogged()
     QVERIFY(log.contains("common_function startApplication we need open a application "));
 }
 
-void tst_CommonFunctionLaunch::openedNameIsLogged()
+void tst_launch::openedNameIsLogged()
 {
     LogCapture log;
     writeEntry(m_home + "/applications/my $entry.desktop");
@@ -216,13 +216,13 @@ void tst_CommonFunctionLaunch::openedNameIsLogged()
                                     "/applications/my \\$entry.desktop\" "));
 }
 
-void tst_CommonFunctionLaunch::pathGoesToTheDebugOutput()
+void tst_launch::pathGoesToTheDebugOutput()
 {
     QTest::ignoreMessage(QtDebugMsg, "strName = no such $name");
     QVERIFY(startApplication(QStringLiteral("no such $name")) != 0);
 }
 
-void tst_CommonFunctionLaunch::doesNotWaitForTheProgram()
+void tst_launch::doesNotWaitForTheProgram()
 {
     const QString path = m_work.filePath(QStringLiteral("patient"));
     const QString gate = m_folder->filePath(QStringLiteral("gate"));
@@ -239,5 +239,5 @@ void tst_CommonFunctionLaunch::doesNotWaitForTheProgram()
     QCOMPARE(told(), path);
 }
 
-QTEST_GUILESS_MAIN(tst_CommonFunctionLaunch)
-#include "tst_common_function_launch.moc"
+QTEST_GUILESS_MAIN(tst_launch)
+#include "tst_launch.moc"

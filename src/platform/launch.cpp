@@ -1,7 +1,7 @@
 #include "common_function.h"
 
 #include "LogTask/logline_p.h"
-#include "common_function_launch_p.h"
+#include "platform/launch_p.h"
 
 #include <QDebug>
 #include <QFile>

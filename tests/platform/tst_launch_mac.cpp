@@ -1,8 +1,8 @@
-#include "common_function_launch_p.h"
+#include "platform/launch_p.h"
 
 #include <QTest>
 
-class tst_CommonFunctionLaunchMac : public QObject
+class tst_launch_mac : public QObject
 {
     Q_OBJECT
 
@@ -11,7 +11,7 @@ private Q_SLOTS:
     void opensTheBundleByName();
 };
 
-void tst_CommonFunctionLaunchMac::opensTheBundleByName_data()
+void tst_launch_mac::opensTheBundleByName_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("command");
@@ -25,11 +25,11 @@ void tst_CommonFunctionLaunchMac::opensTheBundleByName_data()
                               << R"(open -a "a\"b\$c\`d\\e.app")";
 }
 
-void tst_CommonFunctionLaunchMac::opensTheBundleByName()
+void tst_launch_mac::opensTheBundleByName()
 {
     QFETCH(QString, name);
     QTEST(openByNameCommand(name), "command");
 }
 
-QTEST_APPLESS_MAIN(tst_CommonFunctionLaunchMac)
-#include "tst_common_function_launch_mac.moc"
+QTEST_APPLESS_MAIN(tst_launch_mac)
+#include "tst_launch_mac.moc"

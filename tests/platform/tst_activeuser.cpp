@@ -2,7 +2,7 @@
 
 #include <QTest>
 
-class tst_ActiveUser : public QObject
+class tst_activeuser : public QObject
 {
     Q_OBJECT
 
@@ -17,14 +17,14 @@ private Q_SLOTS:
     void hasNoUserFolder();
 };
 
-void tst_ActiveUser::init()
+void tst_activeuser::init()
 {
     qunsetenv("SUDO_USER");
     qunsetenv("LOGNAME");
     qunsetenv("HOME");
 }
 
-void tst_ActiveUser::prefersTheUserWhoStartedAPrivilegedCommand()
+void tst_activeuser::prefersTheUserWhoStartedAPrivilegedCommand()
 {
     qputenv("SUDO_USER", "alice");
     qputenv("LOGNAME", "root");
@@ -32,14 +32,14 @@ void tst_ActiveUser::prefersTheUserWhoStartedAPrivilegedCommand()
     QCOMPARE(getActiveUserName(), QString("alice"));
 }
 
-void tst_ActiveUser::takesTheLoginNameNext()
+void tst_activeuser::takesTheLoginNameNext()
 {
     qputenv("LOGNAME", "bob");
     qputenv("HOME", "/home/carol");
     QCOMPARE(getActiveUserName(), QString("bob"));
 }
 
-void tst_ActiveUser::takesTheLastPartOfTheHomeFolder_data()
+void tst_activeuser::takesTheLastPartOfTheHomeFolder_data()
 {
     QTest::addColumn<QByteArray>("home");
     QTest::addColumn<QString>("name");
@@ -53,7 +53,7 @@ void tst_ActiveUser::takesTheLastPartOfTheHomeFolder_data()
                                << QString::fromUtf8("andr\xC3\xA9");
 }
 
-void tst_ActiveUser::takesTheLastPartOfTheHomeFolder()
+void tst_activeuser::takesTheLastPartOfTheHomeFolder()
 {
     QFETCH(QByteArray, home);
     QFETCH(QString, name);
@@ -61,19 +61,19 @@ void tst_ActiveUser::takesTheLastPartOfTheHomeFolder()
     QCOMPARE(getActiveUserName(), name);
 }
 
-void tst_ActiveUser::aVariableSetToNothingCounts()
+void tst_activeuser::aVariableSetToNothingCounts()
 {
     qputenv("SUDO_USER", "");
     qputenv("LOGNAME", "bob");
     QCOMPARE(getActiveUserName(), QString());
 }
 
-void tst_ActiveUser::isEmptyWithoutAnyVariable()
+void tst_activeuser::isEmptyWithoutAnyVariable()
 {
     QCOMPARE(getActiveUserName(), QString());
 }
 
-void tst_ActiveUser::hasNoUserFolder()
+void tst_activeuser::hasNoUserFolder()
 {
     QCOMPARE(getActiveUserDirectory(), QString());
     qputenv("SUDO_USER", "alice");
@@ -82,5 +82,5 @@ void tst_ActiveUser::hasNoUserFolder()
     QCOMPARE(getActiveUserDirectory(), QString());
 }
 
-QTEST_GUILESS_MAIN(tst_ActiveUser)
+QTEST_GUILESS_MAIN(tst_activeuser)
 #include "tst_activeuser.moc"

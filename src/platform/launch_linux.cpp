@@ -1,4 +1,4 @@
-#include "common_function_launch_p.h"
+#include "platform/launch_p.h"
 
 #include <QStandardPaths>
 

@@ -1,5 +1,5 @@
-#ifndef COMMON_FUNCTION_LAUNCH_P_H
-#define COMMON_FUNCTION_LAUNCH_P_H
+#ifndef PLATFORM_LAUNCH_P_H
+#define PLATFORM_LAUNCH_P_H
 
 #include <QString>
 
