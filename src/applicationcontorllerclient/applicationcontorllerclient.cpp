@@ -11,13 +11,13 @@ namespace {
 
 constexpr char kLogSource[] = "applicationcontorllerclient/applicationcontorllerclient";
 
-constexpr char clientInit[] = "WZR_MESSAGE_APPLICATION_CLIENT_INIT";
-constexpr char getDeviceID[] = "WZR_MESSAGE_APPLICATION_GET_DEV_ID";
-constexpr char getMultDeviceID[] = "WZR_MESSAGE_APPLICATION_GET_MULT_DEV_ID";
-constexpr char deviceUnplug[] = "WZR_MESSAGE_RPT_DEVICE_UNPLUG";
-constexpr char quitMessage[] = "WZR_MESSAGE_QUIT";
+constexpr char kClientInit[] = "WZR_MESSAGE_APPLICATION_CLIENT_INIT";
+constexpr char kGetDeviceID[] = "WZR_MESSAGE_APPLICATION_GET_DEV_ID";
+constexpr char kGetMultDeviceID[] = "WZR_MESSAGE_APPLICATION_GET_MULT_DEV_ID";
+constexpr char kDeviceUnplug[] = "WZR_MESSAGE_RPT_DEVICE_UNPLUG";
+constexpr char kQuitMessage[] = "WZR_MESSAGE_QUIT";
 
-constexpr int retryMilliseconds = 2000;
+constexpr int kRetryMs = 2000;
 
 enum ConnectStatus { IntroductionRefused = 0, IntroductionAccepted = 2, ConnectionLost = 3 };
 
@@ -43,7 +43,7 @@ ApplicationContorllerClient::ApplicationContorllerClient(QString clientName, QOb
     for (QTimer* timer : {&m_nextAttempt, &m_nextIntroduction}) {
         timer->setSingleShot(true);
         timer->setTimerType(Qt::PreciseTimer); // a coarse one may be 100 ms early
-        timer->setInterval(retryMilliseconds);
+        timer->setInterval(kRetryMs);
     }
     m_nextAttempt.setObjectName("nextAttempt");
     m_nextIntroduction.setObjectName("nextIntroduction");
@@ -106,7 +106,7 @@ void ApplicationContorllerClient::sendMsgToAppController_ClientInit()
             "Enter sendMsgToAppController_ClientInit");
     m_nextIntroduction.stop();
     const CDataValue name(m_clientName);
-    client().messageSend(clientInit, &name);
+    client().messageSend(kClientInit, &name);
 }
 
 void ApplicationContorllerClient::sendMsgToAppController_GetDevID(QString deviceName, int id)
@@ -115,7 +115,7 @@ void ApplicationContorllerClient::sendMsgToAppController_GetDevID(QString device
     CDataValue request(MAP_VALUE);
     request.mapSet("Name", CDataValue(deviceName), true);
     request.mapSet("ID", CDataValue(id), true);
-    client().messageSend(getDeviceID, &request);
+    client().messageSend(kGetDeviceID, &request);
 }
 
 void ApplicationContorllerClient::sendMsgToAppController_GetMultDevID(
@@ -126,7 +126,7 @@ void ApplicationContorllerClient::sendMsgToAppController_GetMultDevID(
     CDataValue request(ARRAY_VALUE);
     for (const QString& name : deviceNames)
         request.arrayAppend(CDataValue(name), true);
-    client().messageSend(getMultDeviceID, &request);
+    client().messageSend(kGetMultDeviceID, &request);
 }
 
 void ApplicationContorllerClient::handleAppControllerServerConnected()
@@ -155,11 +155,11 @@ void ApplicationContorllerClient::handleAppControllerMessageReceived(CDataValue*
         const char* identifier;
         void (Self::*handle)(CDataValue& envelope);
     } handlers[] = {
-        {clientInit, &Self::handleMsgFromAppController_ClientInit},
-        {getDeviceID, &Self::handleMsgFromAppController_GetDevID},
-        {getMultDeviceID, &Self::handleMsgFromAppController_GetMultDevID},
-        {deviceUnplug, &Self::handleMsgFromAppController_DeviceUnplug},
-        {quitMessage, &Self::handleMsgFromAppController_Quit},
+        {kClientInit, &Self::handleMsgFromAppController_ClientInit},
+        {kGetDeviceID, &Self::handleMsgFromAppController_GetDevID},
+        {kGetMultDeviceID, &Self::handleMsgFromAppController_GetMultDevID},
+        {kDeviceUnplug, &Self::handleMsgFromAppController_DeviceUnplug},
+        {kQuitMessage, &Self::handleMsgFromAppController_Quit},
     };
     const QString identifier = datavalue->mapGet("IPCMSG_TYPE").asQString();
     logLine(kLogSource, "handleAppControllerMessageReceived", logExcerpt(identifier));

@@ -1,5 +1,6 @@
 #include "applicationcontorllerclient/applicationcontorllerclient.h"
 #include "fakecontroller.h"
+#include "support/hungserver.h"
 #include "support/logcapture.h"
 
 #include <QTemporaryDir>
@@ -86,6 +87,8 @@ private Q_SLOTS:
     void introducesItselfAgainUntilItIsAccepted();
     void pollsWithoutASignalUntilTheControllerRuns();
     void keepsOnePollHoweverOftenItIsAsked();
+    void connectsWithTheNextPollOfAControllerThatHung();
+    void leavesAControllerOfAnotherUser();
     void doesNothingWhenConnected();
     void repeatsAnIntroductionThatCannotBeSent();
 
@@ -203,6 +206,35 @@ void tst_applicationcontorllerclient::keepsOnePollHoweverOftenItIsAsked()
     QCOMPARE(attempts(), 5);
     QVERIFY(Recorder::elapse(recorder.nextAttempt()));
     QCOMPARE(attempts(), 6);
+}
+
+void tst_applicationcontorllerclient::connectsWithTheNextPollOfAControllerThatHung()
+{
+    LogCapture log;
+    HungServer controller(m_folder.filePath("applicationcontroller"));
+    Recorder recorder;
+    recorder.client->startConnect();
+    for (int i = 0; i < 3; ++i)
+        QVERIFY(Recorder::elapse(recorder.nextAttempt()));
+    controller.acceptAll();
+    QVERIFY(Recorder::elapse(recorder.nextAttempt()));
+    QCOMPARE(log.count("Enter handleAppControllerServerConnected"), 1);
+    QVERIFY(recorder.isAtRest());
+    QCOMPARE(recorder.lines, QStringList());
+}
+
+void tst_applicationcontorllerclient::leavesAControllerOfAnotherUser()
+{
+    LogCapture log;
+    FakeController controller;
+    Recorder recorder;
+    recorder.client->setTrustedServerUsers({getuid() + 1});
+    recorder.client->startConnect();
+    QTRY_COMPARE(log.count("server refused, of user"), 1);
+    QTRY_COMPARE(log.count("Ipc/ipcclient socket_error"), 1);
+    QVERIFY(recorder.nextAttempt().isActive());
+    QCOMPARE(recorder.lines, QStringList());
+    QCOMPARE(controller.received, QStringList());
 }
 
 void tst_applicationcontorllerclient::doesNothingWhenConnected()
