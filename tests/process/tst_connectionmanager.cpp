@@ -1,6 +1,49 @@
 #include "connectionmanager.h"
 
+#include <iterator>
+
 namespace {
+
+// What the dashboard shows of the simulated modem: how each line begins.
+constexpr const char* kShown[] = {
+    "dashboard ready",
+    "application controller: introduced",
+    "device: Demo Modem is demo-device-1",
+    "PIN           the SIM asks for the PIN; 3 attempts left for the PIN, 10 for the PUK",
+    "PIN           accepted; 3 attempts left for the PIN, 10 for the PUK",
+    "* Network     Example Mobile, LTE, signal 21 of 31 (-71 dBm), at home",
+    "Equipment     Example Devices Simulated Modem, firmware 1.0, serial number "
+    "490154203237518, SIM 001010123456789, own number +15550100",
+    "Registration  registered in the home network",
+    "Network       Example Mobile, LTE, signal 21 of 31 (-71 dBm), at home",
+    "Cell          area 1A2B, cell 1C3D4E",
+    "Networks      3 found",
+    "              Example Mobile (00101), LTE, in use",
+    "              Sample Telecom (00102), UMTS, available",
+    "              Closed Network (99999), GSM, forbidden",
+    "Messages      8 messages",
+    "              1 unread from +15550101, 17/05/2024 12:01: Welcome to Example Mobile.",
+    "              2 unread from +15550101, 17/05/2024 12:02: Your bill is ready.",
+    "              3 unread from +15550102, 17/05/2024 12:03: Are you at home?",
+    "              4 unread from +15550102, 17/05/2024 12:04: Call me back, please.",
+    "              5 unread from +15550103, 17/05/2024 12:05: The train is late.",
+    "              6 unread from +15550103, 17/05/2024 12:06: Now it is here.",
+    "              7 unread from +15550104, 17/05/2024 12:07: Grüße aus Köln!",
+    "              8 unread from +15550105, 17/05/2024 12:08: See you tomorrow.",
+    "Messages      room for messages on the SIM: 8 of 20 used",
+    "Phonebook     3 entries",
+    "              1 Ada: +15550102",
+    "              2 Grace: +15550103",
+    "              3 Zoë: +15550104",
+    "Phonebook     room for entries on the SIM: 3 of 10 used",
+    "Diagnosis     Example Devices Simulated Modem, Example Mobile, signal 21 of 31 (-71 dBm), "
+    "the SIM is ready, registered in the home network",
+    "Diagnosis     nothing wrong",
+    "* Connection  connected",
+    "Connection    connected",
+    "Connection    connected",
+    "Statistics    connected for",
+    "* Network     Example Mobile, LTE, signal 7 of 31 (-99 dBm), at home"};
 
 /// The messages that a process has traced at a step, in order.
 QList<QByteArray> traced(const ChildProcess& process, const QByteArray& step)
@@ -44,48 +87,10 @@ void tst_connectionmanager::showsEveryRecordAndTheReports()
     QCOMPARE(dashboard->exitCode(), 0);
 
     const QList<QByteArray> lines = dashboard->output().trimmed().split('\n');
-    const QList<QByteArray> expected{
-        "dashboard ready",
-        "application controller: introduced",
-        "device: Demo Modem is demo-device-1",
-        "PIN           the SIM asks for the PIN; 3 attempts left for the PIN, 10 for the PUK",
-        "PIN           accepted; 3 attempts left for the PIN, 10 for the PUK",
-        "* Network     Example Mobile, LTE, signal 21 of 31 (-71 dBm), at home",
-        "Equipment     Example Devices Simulated Modem, firmware 1.0, serial number "
-        "490154203237518, SIM 001010123456789, own number +15550100",
-        "Registration  registered in the home network",
-        "Network       Example Mobile, LTE, signal 21 of 31 (-71 dBm), at home",
-        "Cell          area 1A2B, cell 1C3D4E",
-        "Networks      3 found",
-        "              Example Mobile (00101), LTE, in use",
-        "              Sample Telecom (00102), UMTS, available",
-        "              Closed Network (99999), GSM, forbidden",
-        "Messages      8 messages",
-        "              1 unread from +15550101, 17/05/2024 12:01: Welcome to Example Mobile.",
-        "              2 unread from +15550101, 17/05/2024 12:02: Your bill is ready.",
-        "              3 unread from +15550102, 17/05/2024 12:03: Are you at home?",
-        "              4 unread from +15550102, 17/05/2024 12:04: Call me back, please.",
-        "              5 unread from +15550103, 17/05/2024 12:05: The train is late.",
-        "              6 unread from +15550103, 17/05/2024 12:06: Now it is here.",
-        "              7 unread from +15550104, 17/05/2024 12:07: Grüße aus Köln!",
-        "              8 unread from +15550105, 17/05/2024 12:08: See you tomorrow.",
-        "Messages      room for messages on the SIM: 8 of 20 used",
-        "Phonebook     3 entries",
-        "              1 Ada: +15550102",
-        "              2 Grace: +15550103",
-        "              3 Zoë: +15550104",
-        "Phonebook     room for entries on the SIM: 3 of 10 used",
-        "Diagnosis     Example Devices Simulated Modem, Example Mobile, signal 21 of 31 (-71 dBm), "
-        "the SIM is ready, registered in the home network",
-        "Diagnosis     nothing wrong",
-        "* Connection  connected",
-        "Connection    connected",
-        "Connection    connected",
-        "Statistics    connected for",
-        "* Network     Example Mobile, LTE, signal 7 of 31 (-99 dBm), at home"};
-    QCOMPARE(lines.size(), expected.size());
-    for (int i = 0; i < expected.size(); ++i)
-        QVERIFY2(lines[i].startsWith(expected[i]), lines[i] + " / " + expected[i]);
+    constexpr int kCount = std::size(kShown);
+    QCOMPARE(int(lines.size()), kCount);
+    for (int i = 0; i < kCount; ++i)
+        QVERIFY2(lines[i].startsWith(kShown[i]), lines[i] + " / " + kShown[i]);
 
     controller->enter("quit");
     QCOMPARE(service->exitCode(), 0);

@@ -6,8 +6,6 @@
 #include "common/envelope.h"
 #include "records/records.h"
 
-#include <QMap>
-
 namespace {
 
 // The slots of one identifier are called in this order.
@@ -224,14 +222,9 @@ void Dashboard::sendUssd(const QString& text)
     ask(DemoMessage::UssdSend, valueOf(command));
 }
 
-bool Dashboard::obey(const QString& line)
+const QMap<QString, Dashboard::Command>& Dashboard::commands()
 {
     using Words = const QStringList&;
-    struct Command
-    {
-        int words; // at least so many, the command's name included
-        void (*run)(Dashboard& self, Words words);
-    };
     static const QMap<QString, Command> commands{
         {"ask", {1, [](Dashboard& self, Words) { self.begin(); }}},
         {"pin",
@@ -258,9 +251,14 @@ bool Dashboard::obey(const QString& line)
         {"ussd", {2, [](Dashboard& self, Words w) { self.sendUssd(w[1]); }}},
         {"diagnose", {1, [](Dashboard& self, Words) { self.diagnose(); }}},
     };
+    return commands;
+}
+
+bool Dashboard::obey(const QString& line)
+{
     const QStringList words = line.split(QLatin1Char(' '));
-    const auto command = commands.constFind(words.first());
-    if (command == commands.constEnd() || words.size() < command->words)
+    const auto command = commands().constFind(words.first());
+    if (command == commands().constEnd() || words.size() < command->words)
         return false;
     command->run(*this, words);
     return true;

@@ -4,6 +4,7 @@
 #include "DataValue/datavalue.h"
 #include "dashboard/deviceslots.h"
 
+#include <QMap>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -45,6 +46,14 @@ private Q_SLOTS:
     void onReport(CDataValue* envelope);
 
 private:
+    /// What a line of the user lets happen.
+    struct Command
+    {
+        int words; ///< how many the line has at least, the command's name included
+        void (*run)(Dashboard& self, const QStringList& words);
+    };
+    static const QMap<QString, Command>& commands();
+
     void ask(const char* messageID, const CDataValue& data = CDataValue());
     void askEverything();
     void dial();
