@@ -32,7 +32,8 @@ public:
     }
     Process startModem(const QStringList& arguments = {})
     {
-        return start(HELPER_MODEMSIMULATOR, QStringList{"--signal-interval", "0"} + arguments,
+        return start(HELPER_MODEMSIMULATOR,
+                     QStringList{"--signal-interval", "0", "--trace"} + arguments,
                      "modemsimulator ready");
     }
     /// The modem that the first service has found.

@@ -65,6 +65,8 @@ void tst_connectionmanagerlifecycle::findsAServiceThatWasKilledAndRestarted()
     service->kill();
     QCOMPARE(service->exitCode(), ChildProcess::kCrashed);
     QVERIFY(dashboard->says("device: connection lost"));
+    // Then the modem's line can be had again.
+    QVERIFY(manager.modem().says("trace: closed"));
     dashboard->enter("ask");
     QVERIFY(dashboard->says("PIN           could not be sent (error 6)"));
 
@@ -125,6 +127,8 @@ void tst_connectionmanagerlifecycle::findsADeviceThatIsPluggedInAgain()
     QVERIFY(dashboard->says("device: Demo Modem was unplugged"));
     // Whichever the dashboard notices first, the loss is said before.
     QCOMPARE(dashboard->output().count("device: connection lost"), 1);
+    // Then the modem's line can be had again.
+    QCOMPARE(service->exitCode(), 0);
     controller->enter("plug Demo Modem=demo-device-2");
     QVERIFY(dashboard->says("device: Demo Modem is demo-device-2"));
     const auto second = manager.startService({"--id", "demo-device-2"});

@@ -75,7 +75,7 @@ void tst_connectionmanagermessages::tellsWhatCouldNotBeDeleted()
 
 void tst_connectionmanagermessages::stopsDeletingWhenCancelled()
 {
-    Running running({"--pace", "1000"});
+    Running running({"--pace", "300"});
     running.dashboard->enter("delete all");
     QVERIFY(running.dashboard->says("* Deletion    [##..................] 1 of 8"));
     running.dashboard->enter("cancel");

@@ -39,7 +39,7 @@ QList<QCommandLineOption> commandLineOptions()
             {text("signal-interval"),
              text("Milliseconds after which the signal changes; 0: never."), text("MS"),
              text("2000")},
-            {text("trace"), text("Print what is received and sent.")},
+            {text("trace"), text("Print what is received and sent, and when the line is closed.")},
             {text("log"), text("Log file."), text("FILE")}};
 }
 
@@ -94,7 +94,11 @@ public:
         });
         connect(&m_line, &PseudoTerminal::sent, this,
                 [this](const QByteArray& bytes) { say("sent", bytes); });
-        connect(&m_line, &PseudoTerminal::hungUp, this, [this] { m_engine.hangUp(); });
+        connect(&m_line, &PseudoTerminal::hungUp, this, [this] {
+            m_engine.hangUp();
+            if (m_traces)
+                Console::say(QStringLiteral("trace: closed"));
+        });
         connect(&m_walk, &QTimer::timeout, this, [this] { m_engine.walk(); });
     }
 

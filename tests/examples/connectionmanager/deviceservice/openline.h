@@ -9,26 +9,30 @@
 
 #include <memory>
 
-/// A modem peer and a channel to it in one process. The time-outs are short, as a test wants them,
-/// yet long enough for a peer that answers.
+/// A modem peer and a channel to it in one process.
 struct OpenLine
 {
-    explicit OpenLine(std::unique_ptr<CSerialPort> port = nullptr)
+    /// Milliseconds for the answer to a short command: long enough for a peer that answers, also on
+    /// a busy machine; and short enough to wait for, where none does.
+    static constexpr int kAnswers = 1000;
+    static constexpr int kIsSilent = 100;
+
+    explicit OpenLine(std::unique_ptr<CSerialPort> port = nullptr, int timeOut = kAnswers)
         : peer(folder.filePath("modem"))
         , channel(port ? std::move(port)
                        : std::unique_ptr<CSerialPort>(CSerialPort::CreateObject()),
-                  options(folder.filePath("modem")), queue)
+                  options(folder.filePath("modem"), timeOut), queue)
         , opened(&channel, &AtChannel::opened)
         , closed(&channel, &AtChannel::closed)
         , unsolicited(&channel, &AtChannel::unsolicited)
     {
     }
 
-    static AtChannel::Options options(const QString& path)
+    static AtChannel::Options options(const QString& path, int timeOut = kAnswers)
     {
         AtChannel::Options options;
         options.port = path;
-        options.timeOut = 1000;
+        options.timeOut = timeOut;
         options.retryInterval = 20;
         return options;
     }

@@ -8,7 +8,7 @@
 
 namespace {
 
-/// A port that takes one byte at a time, or nothing at all, and fails on demand.
+/// A port that takes few bytes at a time, or nothing at all, and fails on demand.
 class MeanPort : public CSerialPort
 {
 public:
@@ -28,7 +28,7 @@ public:
         if (takesNothing)
             return failed(writeError);
         m_error = 0;
-        return m_port->write(buffer, qMin(length, 1));
+        return m_port->write(buffer, qMin(length, takesAtOnce));
     }
     bool setTimeOut(int milliseconds) override { return m_port->setTimeOut(milliseconds); }
     bool setBaudRate(BAUDRATE rate) override { return m_port->setBaudRate(rate); }
@@ -36,6 +36,7 @@ public:
     int lastError() const override { return m_error != 0 ? m_error : m_port->lastError(); }
 
     bool takesNothing = false;
+    int takesAtOnce = 1;     ///< bytes
     int writeError = EAGAIN; ///< of a port that takes nothing
     int readError = 0;
 
@@ -224,8 +225,9 @@ void tst_atchannel::boundsTheLinesOfAnAnswer()
 
 void tst_atchannel::closesASilentLineAndOpensItAgain()
 {
-    OpenLine line;
+    OpenLine line(nullptr, OpenLine::kIsSilent);
     QVERIFY(line.open());
+    line.closed.clear(); // a busy machine may need several attempts
     line.peer.setSilent(true);
     QCOMPARE(line.channel.send(Signal).error, 1);
     QVERIFY(!line.channel.isOpen());
@@ -234,13 +236,15 @@ void tst_atchannel::closesASilentLineAndOpensItAgain()
     const auto sent = line.peer.commands().count("AT+CSQ");
     QCOMPARE(line.channel.send(Signal).error, 1);
     QCOMPARE(line.peer.commands().count("AT+CSQ"), sent);
-    QVERIFY(line.peer.hears("AT+CMEE?", 4));
+    const auto asked = static_cast<int>(line.peer.commands().count("AT+CMEE?"));
+    QVERIFY(line.peer.hears("AT+CMEE?", asked + 3));
     QVERIFY(line.closed.isEmpty());
 
     line.peer.setSilent(false);
     QVERIFY(line.waitFor([&] { return line.opened.size() == 2; }));
     line.peer.inform("AT+CSQ", "+CSQ: 7,99");
-    QCOMPARE(line.channel.send(Signal).lines, QList<QByteArray>{"+CSQ: 7,99"});
+    const AtReply reply = line.channel.send({"AT+CSQ", "+CSQ:", AtWait::Search});
+    QCOMPARE(reply.lines, QList<QByteArray>{"+CSQ: 7,99"});
 }
 
 void tst_atchannel::endsACommandWhenTheDeviceGoes()
@@ -294,14 +298,17 @@ void tst_atchannel::closesALineThatTakesNothing()
     QFETCH(const int, error);
     auto port = std::make_unique<MeanPort>();
     MeanPort& mean = *port;
-    OpenLine line(std::move(port));
+    mean.takesAtOnce = 100;
+    OpenLine line(std::move(port), OpenLine::kIsSilent);
     QVERIFY(line.open());
+    line.closed.clear(); // a busy machine may need several attempts
+    const auto opened = line.opened.size();
     mean.takesNothing = true;
     mean.writeError = error;
     QCOMPARE(line.channel.send(Signal).error, 1);
     QTEST(line.closedReason(), "reason");
     mean.takesNothing = false;
-    QVERIFY(line.waitFor([&] { return line.opened.size() == 2; }));
+    QVERIFY(line.waitFor([&] { return line.opened.size() > opened; }));
 }
 
 void tst_atchannel::closesALineThatCannotBeRead()
