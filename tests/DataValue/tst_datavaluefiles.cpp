@@ -44,7 +44,7 @@ CDataValue nested(int levels)
 
 } // namespace
 
-class tst_DataValueFiles : public QObject
+class tst_datavaluefiles : public QObject
 {
     Q_OBJECT
 
@@ -82,14 +82,14 @@ private:
     QTemporaryDir m_folder;
 };
 
-void tst_DataValueFiles::refusesOtherNames_data()
+void tst_datavaluefiles::refusesOtherNames_data()
 {
     QTest::addColumn<QString>("name");
     for (const char* name : {"a.XML", "a.json", "a.txt", "a", "xml", "a.xml ", "a.Perso", ""})
         QTest::newRow(name) << QString(name);
 }
 
-void tst_DataValueFiles::refusesOtherNames()
+void tst_datavaluefiles::refusesOtherNames()
 {
     QFETCH(QString, name);
     const QString file = name.isEmpty() ? QString() : path(name);
@@ -114,7 +114,7 @@ void tst_DataValueFiles::refusesOtherNames()
         QCOMPARE(TestFile::read(file), QByteArray(kText));
 }
 
-void tst_DataValueFiles::readsEitherJsonStyle_data()
+void tst_datavaluefiles::readsEitherJsonStyle_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::newRow("compact") << QByteArray(kText);
@@ -124,7 +124,7 @@ void tst_DataValueFiles::readsEitherJsonStyle_data()
     QTest::newRow("zero byte at the end") << QByteArray(kText) + QByteArray("\0}]", 3);
 }
 
-void tst_DataValueFiles::readsEitherJsonStyle()
+void tst_datavaluefiles::readsEitherJsonStyle()
 {
     QFETCH(QByteArray, content);
     for (const char* name : {"a.perso", "a.config"}) {
@@ -137,7 +137,7 @@ void tst_DataValueFiles::readsEitherJsonStyle()
     }
 }
 
-void tst_DataValueFiles::writesOneLineOfJson()
+void tst_datavaluefiles::writesOneLineOfJson()
 {
     CDataValue value = example();
     value.mapSet("\xC3\xA9", CDataValue("\xE4\xB8\xAD"), true);
@@ -146,7 +146,7 @@ void tst_DataValueFiles::writesOneLineOfJson()
              QByteArray("{\"a\":1,\"list\":[true,\"x\"],\"\xC3\xA9\":\"\xE4\xB8\xAD\"}\n"));
 }
 
-void tst_DataValueFiles::savesBackToThePathItWasReadFrom()
+void tst_datavaluefiles::savesBackToThePathItWasReadFrom()
 {
     for (const char* name : {"back.perso", "back.config", "back.xml"}) {
         CDataValue value = example();
@@ -162,7 +162,7 @@ void tst_DataValueFiles::savesBackToThePathItWasReadFrom()
     }
 }
 
-void tst_DataValueFiles::leavesTheValueAloneWhenReadingFails_data()
+void tst_datavaluefiles::leavesTheValueAloneWhenReadingFails_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QByteArray>("content");
@@ -192,7 +192,7 @@ void tst_DataValueFiles::leavesTheValueAloneWhenReadingFails_data()
     row("deep", "a.xml", QByteArray("<ArrayValue>").repeated(100000));
 }
 
-void tst_DataValueFiles::leavesTheValueAloneWhenReadingFails()
+void tst_datavaluefiles::leavesTheValueAloneWhenReadingFails()
 {
     QFETCH(QString, name);
     QFETCH(QByteArray, content);
@@ -205,7 +205,7 @@ void tst_DataValueFiles::leavesTheValueAloneWhenReadingFails()
     QVERIFY(!value.saveFile());
 }
 
-void tst_DataValueFiles::logsTwoLinesWhenXmlCannotBeRead()
+void tst_datavaluefiles::logsTwoLinesWhenXmlCannotBeRead()
 {
     const QByteArray pipe = QFile::encodeName(path("pipe.xml"));
     QCOMPARE(mkfifo(pipe.constData(), 0600), 0);
@@ -220,7 +220,7 @@ void tst_DataValueFiles::logsTwoLinesWhenXmlCannotBeRead()
     }
 }
 
-void tst_DataValueFiles::doesNotWaitAtAPipe()
+void tst_datavaluefiles::doesNotWaitAtAPipe()
 {
     const QByteArray pipe = QFile::encodeName(path("pipe.config"));
     QCOMPARE(mkfifo(pipe.constData(), 0600), 0);
@@ -236,7 +236,7 @@ void tst_DataValueFiles::doesNotWaitAtAPipe()
     close(end);
 }
 
-void tst_DataValueFiles::keepsKindsInXml()
+void tst_datavaluefiles::keepsKindsInXml()
 {
     CDataValue value;
     value.mapSet("i", CDataValue(3), false);
@@ -259,7 +259,7 @@ void tst_DataValueFiles::keepsKindsInXml()
     QVERIFY(read.mapGet("no").isEqual(CDataValue(false)));
 }
 
-void tst_DataValueFiles::keepsStringsInBothForms_data()
+void tst_datavaluefiles::keepsStringsInBothForms_data()
 {
     QTest::addColumn<QByteArray>("text");
     const auto row = [](const char* name, const QByteArray& text) { QTest::newRow(name) << text; };
@@ -279,7 +279,7 @@ void tst_DataValueFiles::keepsStringsInBothForms_data()
     row("backslash", "C:\\n");
 }
 
-void tst_DataValueFiles::keepsStringsInBothForms()
+void tst_datavaluefiles::keepsStringsInBothForms()
 {
     QFETCH(QByteArray, text);
     CDataValue value;
@@ -294,14 +294,14 @@ void tst_DataValueFiles::keepsStringsInBothForms()
     }
 }
 
-void tst_DataValueFiles::forms()
+void tst_datavaluefiles::forms()
 {
     QTest::addColumn<QString>("name");
     for (const char* name : {"a.xml", "a.config", "a.perso"})
         QTest::newRow(name) << QString(name);
 }
 
-void tst_DataValueFiles::keepsEmptyValues()
+void tst_datavaluefiles::keepsEmptyValues()
 {
     QFETCH(QString, name);
     for (const ENUM_VALUE_TYPE kind : {ARRAY_VALUE, MAP_VALUE, STRING_VALUE, BOOLEAN_VALUE}) {
@@ -320,7 +320,7 @@ void tst_DataValueFiles::keepsEmptyValues()
     QCOMPARE(read.type(), name == "a.xml" ? BOOLEAN_VALUE : NULL_VALUE);
 }
 
-void tst_DataValueFiles::keepsTheRestBesideANull()
+void tst_datavaluefiles::keepsTheRestBesideANull()
 {
     CDataValue value = example();
     value.mapSet("gone", CDataValue(), false);
@@ -333,7 +333,7 @@ void tst_DataValueFiles::keepsTheRestBesideANull()
     }
 }
 
-void tst_DataValueFiles::savesWhatTheTextShows()
+void tst_datavaluefiles::savesWhatTheTextShows()
 {
     CDataValue value = example();
     value.mapGet("list").arrayAppend(CDataValue("unseen"), false);
@@ -345,7 +345,7 @@ void tst_DataValueFiles::savesWhatTheTextShows()
     }
 }
 
-void tst_DataValueFiles::keepsItsPathWhenItIsAssigned()
+void tst_datavaluefiles::keepsItsPathWhenItIsAssigned()
 {
     QVERIFY(example().saveFileAs(path("kept.config")));
     CDataValue value;
@@ -357,7 +357,7 @@ void tst_DataValueFiles::keepsItsPathWhenItIsAssigned()
     QVERIFY(!copy.saveFile());
 }
 
-void tst_DataValueFiles::reads8BitPaths()
+void tst_datavaluefiles::reads8BitPaths()
 {
     const QString file = path(QString::fromUtf8("\xC3\xA9 \xE4\xB8\xAD.xml"));
     QVERIFY(example().saveFileAs(file.toUtf8().constData()));
@@ -369,7 +369,7 @@ void tst_DataValueFiles::reads8BitPaths()
     QVERIFY(!read.saveFileAs(static_cast<const char*>(nullptr)));
 }
 
-void tst_DataValueFiles::limitsNestingWithoutALine()
+void tst_datavaluefiles::limitsNestingWithoutALine()
 {
     QFETCH(QString, name);
     CDataValue value = nested(1000);
@@ -386,7 +386,7 @@ void tst_DataValueFiles::limitsNestingWithoutALine()
     QCOMPARE(log.lines(), QStringList());
 }
 
-void tst_DataValueFiles::keepsLargeValues()
+void tst_datavaluefiles::keepsLargeValues()
 {
     QFETCH(QString, name);
     // Texts that differ in each piece that is read, so that a lost or doubled one shows.
@@ -406,7 +406,7 @@ void tst_DataValueFiles::keepsLargeValues()
     QVERIFY(QFile::remove(path(name)));
 }
 
-void tst_DataValueFiles::checksTheNameOfEachForm()
+void tst_datavaluefiles::checksTheNameOfEachForm()
 {
     CDataValue value = example();
     LogCapture log;
@@ -423,7 +423,7 @@ void tst_DataValueFiles::checksTheNameOfEachForm()
     QVERIFY(value.readConfigFile(path("form.other")));
 }
 
-void tst_DataValueFiles::replacesReadMembersInPlace()
+void tst_datavaluefiles::replacesReadMembersInPlace()
 {
     QVERIFY(example().saveFileAs(path("member.config")));
     CDataValue outer;
@@ -434,5 +434,5 @@ void tst_DataValueFiles::replacesReadMembersInPlace()
     QCOMPARE(textOf(outer), QString("{\"in\":{\"a\":1,\"list\":[true,\"x\"]}}\n"));
 }
 
-QTEST_GUILESS_MAIN(tst_DataValueFiles)
+QTEST_GUILESS_MAIN(tst_datavaluefiles)
 #include "tst_datavaluefiles.moc"

@@ -17,7 +17,7 @@ const QString kLong(100000, QLatin1Char('y'));
 
 } // namespace
 
-class tst_FileSaving : public QObject
+class tst_filesaving : public QObject
 {
     Q_OBJECT
 
@@ -43,6 +43,7 @@ private:
     using Result = ChildProcess::Result;
 
     static void forms();
+    void keepsTheOldFile(const QString& where);
     Result run(const QStringList& arguments);
     /// The text in the file; null when it cannot be read.
     QString savedText(const QString& file);
@@ -50,31 +51,31 @@ private:
     std::unique_ptr<QTemporaryDir> m_folder;
 };
 
-void tst_FileSaving::init()
+void tst_filesaving::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
     QVERIFY(m_folder->isValid());
 }
 
-void tst_FileSaving::forms()
+void tst_filesaving::forms()
 {
     QTest::addColumn<QString>("name");
     for (const char* name : {"a.xml", "a.config", "a.perso"})
         QTest::newRow(name) << QString(name);
 }
 
-tst_FileSaving::Result tst_FileSaving::run(const QStringList& arguments)
+tst_filesaving::Result tst_filesaving::run(const QStringList& arguments)
 {
     return ChildProcess::run(HELPER_FILESAVER, arguments);
 }
 
-QString tst_FileSaving::savedText(const QString& file)
+QString tst_filesaving::savedText(const QString& file)
 {
     CDataValue value;
     return value.readFile(file) ? value.mapGet("text").asQString() : QString();
 }
 
-void tst_FileSaving::saves()
+void tst_filesaving::saves()
 {
     QFETCH(QString, name);
     const QString file = m_folder->filePath(name);
@@ -85,36 +86,32 @@ void tst_FileSaving::saves()
     QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files), QStringList(name));
 }
 
-void tst_FileSaving::keepsTheOldFileOnAFullDisk()
+void tst_filesaving::keepsTheOldFileOnAFullDisk()
+{
+    keepsTheOldFile("--full");
+}
+
+// The system ends a process that writes beyond its limit, by a signal.
+void tst_filesaving::keepsTheOldFileBeyondTheLimitOfTheProcess()
+{
+    keepsTheOldFile("--limit");
+}
+
+void tst_filesaving::keepsTheOldFile(const QString& where)
 {
     QFETCH(QString, name);
     const QString file = m_folder->filePath(name);
     QCOMPARE(run({file, "old"}).code, 0);
-    const Result full = run({"--full", file, kLong});
-    QCOMPARE(full.out, QByteArray("failed\n"));
-    QCOMPARE(full.code, 1);
+    const Result tooLong = run({where, file, kLong});
+    QCOMPARE(tooLong.out, QByteArray("failed\n"));
+    QCOMPARE(tooLong.code, 1);
     QCOMPARE(savedText(file), QString("old"));
     QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files), QStringList(name));
-    QCOMPARE(run({"--full", file, "short"}).out, QByteArray("saved\n"));
+    QCOMPARE(run({where, file, "short"}).out, QByteArray("saved\n"));
     QCOMPARE(savedText(file), QString("short"));
 }
 
-void tst_FileSaving::keepsTheOldFileBeyondTheLimitOfTheProcess()
-{
-    QFETCH(QString, name);
-    const QString file = m_folder->filePath(name);
-    QCOMPARE(run({file, "old"}).code, 0);
-    // The system would end a process that writes beyond its limit by a signal.
-    const Result limited = run({"--limit", file, kLong});
-    QCOMPARE(limited.out, QByteArray("failed\n"));
-    QCOMPARE(limited.code, 1);
-    QCOMPARE(savedText(file), QString("old"));
-    QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files), QStringList(name));
-    QCOMPARE(run({"--limit", file, "short"}).out, QByteArray("saved\n"));
-    QCOMPARE(savedText(file), QString("short"));
-}
-
-void tst_FileSaving::keepsTheOldFileWhereItMayNotWrite()
+void tst_filesaving::keepsTheOldFileWhereItMayNotWrite()
 {
     QFETCH(QString, name);
     const QByteArray folder = QFile::encodeName(m_folder->path());
@@ -134,7 +131,7 @@ void tst_FileSaving::keepsTheOldFileWhereItMayNotWrite()
     QCOMPARE(savedText(file), QString("new"));
 }
 
-void tst_FileSaving::failsWhereNoFileCanBe_data()
+void tst_filesaving::failsWhereNoFileCanBe_data()
 {
     QTest::addColumn<QString>("file");
     for (const char* end : {".xml", ".config"}) {
@@ -144,7 +141,7 @@ void tst_FileSaving::failsWhereNoFileCanBe_data()
     }
 }
 
-void tst_FileSaving::failsWhereNoFileCanBe()
+void tst_filesaving::failsWhereNoFileCanBe()
 {
     QFETCH(QString, file);
     QCOMPARE(run({file, "new"}).out, QByteArray("failed\n"));
@@ -160,7 +157,7 @@ void tst_FileSaving::failsWhereNoFileCanBe()
     QVERIFY(!QFileInfo("/dev/full").isFile());
 }
 
-void tst_FileSaving::keepsAWholeFileWhenKilled()
+void tst_filesaving::keepsAWholeFileWhenKilled()
 {
     QFETCH(QString, name);
     const QString file = m_folder->filePath(name);
@@ -176,7 +173,7 @@ void tst_FileSaving::keepsAWholeFileWhenKilled()
     }
 }
 
-void tst_FileSaving::keepsThePermissionsOfTheFile()
+void tst_filesaving::keepsThePermissionsOfTheFile()
 {
     const QString file = m_folder->filePath("a.config");
     QCOMPARE(run({file, "old"}).code, 0);
@@ -187,7 +184,7 @@ void tst_FileSaving::keepsThePermissionsOfTheFile()
     QCOMPARE(int(status.st_mode & 0777), 0640);
 }
 
-void tst_FileSaving::followsASymbolicLink()
+void tst_filesaving::followsASymbolicLink()
 {
     const QString file = m_folder->filePath("a.config");
     const QString link = m_folder->filePath("link.config");
@@ -198,7 +195,7 @@ void tst_FileSaving::followsASymbolicLink()
     QCOMPARE(savedText(file), QString("new"));
 }
 
-void tst_FileSaving::refusesToSaveAnAddress()
+void tst_filesaving::refusesToSaveAnAddress()
 {
     const QString file = m_folder->filePath("a.config");
     const Result result = run({"--address", file, "text"});
@@ -208,5 +205,5 @@ void tst_FileSaving::refusesToSaveAnAddress()
     QVERIFY(!QFile::exists(file));
 }
 
-QTEST_GUILESS_MAIN(tst_FileSaving)
+QTEST_GUILESS_MAIN(tst_filesaving)
 #include "tst_filesaving.moc"

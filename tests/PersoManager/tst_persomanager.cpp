@@ -52,7 +52,7 @@ constexpr char kModule[] = R"(<?xml version="1.0" encoding="utf-8" ?>
 
 } // namespace
 
-class tst_PersoManager : public QObject
+class tst_persomanager : public QObject
 {
     Q_OBJECT
 
@@ -77,7 +77,7 @@ private Q_SLOTS:
     void readsNoIniWithoutAllArguments();
 };
 
-void tst_PersoManager::prefersThePlatformsValue()
+void tst_persomanager::prefersThePlatformsValue()
 {
     const InstalledConfig installed(HELPER_CONFIGHELPER);
     installed.addPerso(kPerso);
@@ -91,14 +91,14 @@ void tst_PersoManager::prefersThePlatformsValue()
                           "feature named: None"}));
 }
 
-void tst_PersoManager::givesNoDataToAModuleThatIsNotAvailable_data()
+void tst_persomanager::givesNoDataToAModuleThatIsNotAvailable_data()
 {
     QTest::addColumn<QString>("module");
     for (const char* module : {"Call", "Odd", "Absent", "sms"})
         QTest::newRow(module) << QString(module);
 }
 
-void tst_PersoManager::givesNoDataToAModuleThatIsNotAvailable()
+void tst_persomanager::givesNoDataToAModuleThatIsNotAvailable()
 {
     QFETCH(QString, module);
     const InstalledConfig installed(HELPER_CONFIGHELPER);
@@ -112,7 +112,7 @@ void tst_PersoManager::givesNoDataToAModuleThatIsNotAvailable()
                           "this config data named: Common"}));
 }
 
-void tst_PersoManager::listsPlugins()
+void tst_persomanager::listsPlugins()
 {
     const InstalledConfig installed(HELPER_CONFIGHELPER);
     installed.addPerso(kPerso);
@@ -122,7 +122,7 @@ void tst_PersoManager::listsPlugins()
                           "[\"common\",\"smsplugin\",\"inbox\"]"}));
 }
 
-void tst_PersoManager::listsModules()
+void tst_persomanager::listsModules()
 {
     const InstalledConfig installed(HELPER_CONFIGHELPER);
     installed.addPerso(kPerso);
@@ -130,7 +130,7 @@ void tst_PersoManager::listsModules()
              QStringList({"[\"All Module\",\"Bare\",\"SMS\",\"Text\"]"}));
 }
 
-void tst_PersoManager::tellsTheProject()
+void tst_persomanager::tellsTheProject()
 {
     const InstalledConfig installed(HELPER_CONFIGHELPER);
     installed.addPerso(kPerso);
@@ -140,7 +140,7 @@ void tst_PersoManager::tellsTheProject()
     QCOMPARE(installed.run({"info", "subproject", "version"}), QStringList({"{}", "", ""}));
 }
 
-void tst_PersoManager::takesSeveralFilesForNone_data()
+void tst_persomanager::takesSeveralFilesForNone_data()
 {
     QTest::addColumn<QStringList>("names");
     QTest::newRow("no folder") << QStringList();
@@ -149,7 +149,7 @@ void tst_PersoManager::takesSeveralFilesForNone_data()
     QTest::newRow("three") << QStringList{"a.perso", "b.perso", "c.perso"};
 }
 
-void tst_PersoManager::takesSeveralFilesForNone()
+void tst_persomanager::takesSeveralFilesForNone()
 {
     QFETCH(QStringList, names);
     const InstalledConfig installed(HELPER_CONFIGHELPER);
@@ -169,7 +169,7 @@ void tst_PersoManager::takesSeveralFilesForNone()
                                 "Common"}));
 }
 
-void tst_PersoManager::countsPersonalisationFilesOnly()
+void tst_persomanager::countsPersonalisationFilesOnly()
 {
     const InstalledConfig installed(HELPER_CONFIGHELPER);
     installed.addPerso(kPerso);
@@ -178,7 +178,7 @@ void tst_PersoManager::countsPersonalisationFilesOnly()
     QCOMPARE(installed.run({"subproject"}), QStringList({"Sub"}));
 }
 
-void tst_PersoManager::survivesDamagedFiles_data()
+void tst_persomanager::survivesDamagedFiles_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::newRow("empty") << QByteArray();
@@ -192,7 +192,7 @@ void tst_PersoManager::survivesDamagedFiles_data()
     QTest::newRow("deep") << QByteArray(100000, '[');
 }
 
-void tst_PersoManager::survivesDamagedFiles()
+void tst_persomanager::survivesDamagedFiles()
 {
     QFETCH(QByteArray, content);
     const InstalledConfig installed(HELPER_CONFIGHELPER);
@@ -209,7 +209,7 @@ void tst_PersoManager::survivesDamagedFiles()
              QStringList({"null", "false"}));
 }
 
-void tst_PersoManager::readsTheModuleFileOnce()
+void tst_persomanager::readsTheModuleFileOnce()
 {
     const InstalledConfig installed(HELPER_CONFIGHELPER);
     installed.addPerso(kPerso);
@@ -224,14 +224,14 @@ void tst_PersoManager::readsTheModuleFileOnce()
                           "feature named: Both"}));
 }
 
-void tst_PersoManager::keepsOneManagerPerName()
+void tst_persomanager::keepsOneManagerPerName()
 {
     const InstalledConfig installed(HELPER_CONFIGHELPER);
     installed.addPerso(kPerso);
     QCOMPARE(installed.run({"instances"}), QStringList({"true"}));
 }
 
-void tst_PersoManager::loadsAnotherModule()
+void tst_persomanager::loadsAnotherModule()
 {
     // Beside this test program lies no installation: every name leaves the data empty.
     CPersoManager manager("");
@@ -242,7 +242,7 @@ void tst_PersoManager::loadsAnotherModule()
     QCOMPARE((new CPersoManager("SMS", &parent))->parent(), &parent);
 }
 
-void tst_PersoManager::keepsItsDataWithoutPersonalisation()
+void tst_persomanager::keepsItsDataWithoutPersonalisation()
 {
     const InstalledConfig installed(HELPER_CONFIGHELPER);
     installed.addPerso(kPerso);
@@ -252,7 +252,7 @@ void tst_PersoManager::keepsItsDataWithoutPersonalisation()
                           "log PersoManager/persomanager loadModuleData Read perso file error!"}));
 }
 
-void tst_PersoManager::readsTheLocalEnvironment_data()
+void tst_persomanager::readsTheLocalEnvironment_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<QString>("project");
@@ -272,7 +272,7 @@ void tst_PersoManager::readsTheLocalEnvironment_data()
     QTest::newRow("binary") << QByteArray("\x00\xFF[LOCAL", 8) << "";
 }
 
-void tst_PersoManager::readsTheLocalEnvironment()
+void tst_persomanager::readsTheLocalEnvironment()
 {
     QFETCH(QByteArray, content);
     QFETCH(QString, project);
@@ -283,7 +283,7 @@ void tst_PersoManager::readsTheLocalEnvironment()
     QCOMPARE(installed.run({"project"}), QStringList({project}));
 }
 
-void tst_PersoManager::readsNoIniWithoutAllArguments()
+void tst_persomanager::readsNoIniWithoutAllArguments()
 {
     const QTemporaryDir folder;
     const QString file = folder.filePath("a.ini");
@@ -296,5 +296,5 @@ void tst_PersoManager::readsNoIniWithoutAllArguments()
     QCOMPARE(CPersoManager::getLoaclIniConfig("none", "group", file), QString());
 }
 
-QTEST_GUILESS_MAIN(tst_PersoManager)
+QTEST_GUILESS_MAIN(tst_persomanager)
 #include "tst_persomanager.moc"

@@ -3,7 +3,7 @@
 
 #include <QTest>
 
-class tst_ApplicationPaths : public QObject
+class tst_applicationpaths : public QObject
 {
     Q_OBJECT
 
@@ -13,7 +13,7 @@ private Q_SLOTS:
     void agreeWithTheApplicationObject();
 };
 
-void tst_ApplicationPaths::followTheExecutable_data()
+void tst_applicationpaths::followTheExecutable_data()
 {
     QTest::addColumn<QString>("place");
     QTest::addColumn<QString>("resources");
@@ -33,7 +33,7 @@ void tst_ApplicationPaths::followTheExecutable_data()
         << odd << QString::fromUtf8("a folder/\xC3\xA9t\xC3\xA9/../Resources") << bare;
 }
 
-void tst_ApplicationPaths::followTheExecutable()
+void tst_applicationpaths::followTheExecutable()
 {
     QFETCH(QString, place);
     QFETCH(QString, resources);
@@ -47,11 +47,11 @@ void tst_ApplicationPaths::followTheExecutable()
              expected + '\n' + expected + "/Data\n" + expected + "/UserData\n");
 }
 
-void tst_ApplicationPaths::agreeWithTheApplicationObject()
+void tst_applicationpaths::agreeWithTheApplicationObject()
 {
     QCOMPARE(CApplicationPaths::getResourcePath(),
              QCoreApplication::applicationDirPath() + "/../Resources");
 }
 
-QTEST_GUILESS_MAIN(tst_ApplicationPaths)
+QTEST_GUILESS_MAIN(tst_applicationpaths)
 #include "tst_applicationpaths.moc"

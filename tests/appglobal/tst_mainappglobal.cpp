@@ -49,7 +49,7 @@ public:
 
 } // namespace
 
-class tst_MainAppGlobal : public QObject
+class tst_mainappglobal : public QObject
 {
     Q_OBJECT
 
@@ -73,7 +73,7 @@ private Q_SLOTS:
     void startsAnewAfterItsRelease();
 };
 
-void tst_MainAppGlobal::makesTheConfigurationAtTheFirstStart()
+void tst_mainappglobal::makesTheConfigurationAtTheFirstStart()
 {
     const System system;
     QVERIFY(!QFile::exists(system.path(kFile)));
@@ -81,7 +81,7 @@ void tst_MainAppGlobal::makesTheConfigurationAtTheFirstStart()
     QCOMPARE(system.saved(), QString(kFirst));
 }
 
-void tst_MainAppGlobal::makesItAnewWhenTheFileIsDamaged_data()
+void tst_mainappglobal::makesItAnewWhenTheFileIsDamaged_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::newRow("empty") << QByteArray();
@@ -92,7 +92,7 @@ void tst_MainAppGlobal::makesItAnewWhenTheFileIsDamaged_data()
     QTest::newRow("deep") << QByteArray("<DictValue>").repeated(50000);
 }
 
-void tst_MainAppGlobal::makesItAnewWhenTheFileIsDamaged()
+void tst_mainappglobal::makesItAnewWhenTheFileIsDamaged()
 {
     QFETCH(QByteArray, content);
     const System system;
@@ -101,7 +101,7 @@ void tst_MainAppGlobal::makesItAnewWhenTheFileIsDamaged()
     QCOMPARE(system.saved(), QString(kFirst));
 }
 
-void tst_MainAppGlobal::readsTheSavedConfiguration()
+void tst_mainappglobal::readsTheSavedConfiguration()
 {
     const System system;
     system.add(kFile, kSaved);
@@ -110,7 +110,7 @@ void tst_MainAppGlobal::readsTheSavedConfiguration()
     QCOMPARE(TestFile::read(system.path(kFile)), QByteArray(kSaved));
 }
 
-void tst_MainAppGlobal::knowsTheFileThatWasRead()
+void tst_mainappglobal::knowsTheFileThatWasRead()
 {
     const System system;
     system.add(kFile, kSaved);
@@ -123,7 +123,7 @@ void tst_MainAppGlobal::knowsTheFileThatWasRead()
     QCOMPARE(system.run({"load", "savefile"}).value(1), QString("true"));
 }
 
-void tst_MainAppGlobal::startsWithoutPersonalisation()
+void tst_mainappglobal::startsWithoutPersonalisation()
 {
     const InstalledConfig bare(HELPER_CONFIGHELPER);
     QVERIFY(QDir().mkpath(bare.path("Resources")));
@@ -134,7 +134,7 @@ void tst_MainAppGlobal::startsWithoutPersonalisation()
     QVERIFY(QFile::exists(bare.path(kFile)));
 }
 
-void tst_MainAppGlobal::copiesDefaultsWhenTheyAreRead()
+void tst_mainappglobal::copiesDefaultsWhenTheyAreRead()
 {
     const System system;
     system.add(kFile, kSaved);
@@ -146,7 +146,7 @@ void tst_MainAppGlobal::copiesDefaultsWhenTheyAreRead()
                                      R"("Window":{"nWidth":640}})"));
 }
 
-void tst_MainAppGlobal::addsNothingUsefulForAnUnknownSetting()
+void tst_mainappglobal::addsNothingUsefulForAnUnknownSetting()
 {
     const System system;
     QCOMPARE(system
@@ -162,7 +162,7 @@ void tst_MainAppGlobal::addsNothingUsefulForAnUnknownSetting()
              QStringList({"null", "null", "null", "\"en\"", "640"}));
 }
 
-void tst_MainAppGlobal::changesSettings()
+void tst_mainappglobal::changesSettings()
 {
     const System system;
     system.add(kFile, kSaved);
@@ -175,7 +175,7 @@ void tst_MainAppGlobal::changesSettings()
                      R"("Window":{"nHeight":480,"nWidth":640}})"));
 }
 
-void tst_MainAppGlobal::replacesAGroup()
+void tst_mainappglobal::replacesAGroup()
 {
     const System system;
     system.add(kFile, kSaved);
@@ -183,7 +183,7 @@ void tst_MainAppGlobal::replacesAGroup()
              QStringList({R"({"General":{"only":1}})", "1"}));
 }
 
-void tst_MainAppGlobal::savesAtOnceOnlyWhenAsked()
+void tst_mainappglobal::savesAtOnceOnlyWhenAsked()
 {
     const System system;
     system.add(kFile, kSaved);
@@ -193,7 +193,7 @@ void tst_MainAppGlobal::savesAtOnceOnlyWhenAsked()
     QCOMPARE(system.saved(), QString(R"({"General":{"Language":"fr"}})"));
 }
 
-void tst_MainAppGlobal::savesANullWithoutDamage()
+void tst_mainappglobal::savesANullWithoutDamage()
 {
     const System system;
     system.run({"load", "setsave:General:Nothing:null", "setsave:Gone::null"});
@@ -204,7 +204,7 @@ void tst_MainAppGlobal::savesANullWithoutDamage()
              QStringList({"null", "\"en\"", "null", "640"}));
 }
 
-void tst_MainAppGlobal::doesNotChangeAGroupThatIsNone()
+void tst_mainappglobal::doesNotChangeAGroupThatIsNone()
 {
     const System system;
     QCOMPARE(
@@ -213,7 +213,7 @@ void tst_MainAppGlobal::doesNotChangeAGroupThatIsNone()
         QStringList({kFirst, "null", "true"}));
 }
 
-void tst_MainAppGlobal::givesTheSkinsFolder()
+void tst_mainappglobal::givesTheSkinsFolder()
 {
     const System system;
     QCOMPARE(system.run({"load", "skin", "set:General:CurrentSkin:\"Red\"", "skin"}).mid(1, 3),
@@ -223,13 +223,13 @@ void tst_MainAppGlobal::givesTheSkinsFolder()
                           "/Skin/Red"}));
 }
 
-void tst_MainAppGlobal::givesTheSoftwareVersion()
+void tst_mainappglobal::givesTheSoftwareVersion()
 {
     const System system;
     QCOMPARE(system.run({"software"}), QStringList({"2.0"}));
 }
 
-void tst_MainAppGlobal::reportsASaveThatFails()
+void tst_mainappglobal::reportsASaveThatFails()
 {
     const System system;
     system.add("Resources/UserData", "a file where the folder should be");
@@ -241,11 +241,11 @@ void tst_MainAppGlobal::reportsASaveThatFails()
     QCOMPARE(lines.count(message), 2);
 }
 
-void tst_MainAppGlobal::startsAnewAfterItsRelease()
+void tst_mainappglobal::startsAnewAfterItsRelease()
 {
     const System system;
     QCOMPARE(system.run({"load", "release"}).value(1), QString("true"));
 }
 
-QTEST_GUILESS_MAIN(tst_MainAppGlobal)
+QTEST_GUILESS_MAIN(tst_mainappglobal)
 #include "tst_mainappglobal.moc"

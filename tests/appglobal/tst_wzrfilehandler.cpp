@@ -19,7 +19,7 @@ const QByteArray kMark("\xFF\xFE");
 
 } // namespace
 
-class tst_WZRFileHandler : public QObject
+class tst_wzrfilehandler : public QObject
 {
     Q_OBJECT
 
@@ -53,7 +53,7 @@ private:
     QTemporaryDir m_folder;
 };
 
-void tst_WZRFileHandler::writesTheMarkFirst()
+void tst_wzrfilehandler::writesTheMarkFirst()
 {
     TestFile::write(path(), "old content");
     WZRFileHandler file;
@@ -62,7 +62,7 @@ void tst_WZRFileHandler::writesTheMarkFirst()
     QCOMPARE(TestFile::read(path()), kMark);
 }
 
-void tst_WZRFileHandler::writesLines()
+void tst_wzrfilehandler::writesLines()
 {
     WZRFileHandler file;
     QVERIFY(file.open(path(), true));
@@ -75,7 +75,7 @@ void tst_WZRFileHandler::writesLines()
     QCOMPARE(TestFile::read(path()), kMark + units("one\n\nt\r\nwo"));
 }
 
-void tst_WZRFileHandler::writesTheBytesOfUtf8AsUnits()
+void tst_wzrfilehandler::writesTheBytesOfUtf8AsUnits()
 {
     WZRFileHandler file;
     QVERIFY(file.open(path(), true));
@@ -87,7 +87,7 @@ void tst_WZRFileHandler::writesTheBytesOfUtf8AsUnits()
              QByteArray("\xE4\x00\xB8\x00\xAD\x00\xF0\x00\x9F\x00\x98\x00\x80\x00", 14));
 }
 
-void tst_WZRFileHandler::writesZeroCharacters()
+void tst_wzrfilehandler::writesZeroCharacters()
 {
     WZRFileHandler file;
     QVERIFY(file.open(path(), true));
@@ -98,7 +98,7 @@ void tst_WZRFileHandler::writesZeroCharacters()
                                                 8));
 }
 
-void tst_WZRFileHandler::readsLines()
+void tst_wzrfilehandler::readsLines()
 {
     TestFile::write(path(), kMark + units("one\n\nthree"));
     WZRFileHandler file;
@@ -112,7 +112,7 @@ void tst_WZRFileHandler::readsLines()
     QCOMPARE(file.readLine(), QString());
 }
 
-void tst_WZRFileHandler::readsLinesInPieces_data()
+void tst_wzrfilehandler::readsLinesInPieces_data()
 {
     QTest::addColumn<qint64>("length");
     QTest::addColumn<QString>("first");
@@ -124,7 +124,7 @@ void tst_WZRFileHandler::readsLinesInPieces_data()
     QTest::newRow("negative") << qint64(-1) << "abcde";
 }
 
-void tst_WZRFileHandler::readsLinesInPieces()
+void tst_wzrfilehandler::readsLinesInPieces()
 {
     QFETCH(qint64, length);
     QFETCH(QString, first);
@@ -134,7 +134,7 @@ void tst_WZRFileHandler::readsLinesInPieces()
     QCOMPARE(file.readLine(length), first);
 }
 
-void tst_WZRFileHandler::readsWhatIsLeft()
+void tst_wzrfilehandler::readsWhatIsLeft()
 {
     TestFile::write(path(), kMark + units("one\ntwo\nthree\n"));
     WZRFileHandler file;
@@ -145,7 +145,7 @@ void tst_WZRFileHandler::readsWhatIsLeft()
     QCOMPARE(file.readAll(), QString(""));
 }
 
-void tst_WZRFileHandler::readsCharactersAsTheyAre()
+void tst_wzrfilehandler::readsCharactersAsTheyAre()
 {
     TestFile::write(path(), QByteArray("\xFF\xFE\xE9\x00\x2D\x4E\x3D\xD8\x00\xDE\x0A\x00", 12));
     WZRFileHandler file;
@@ -153,7 +153,7 @@ void tst_WZRFileHandler::readsCharactersAsTheyAre()
     QCOMPARE(file.readLine(), QString::fromUtf8("\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80"));
 }
 
-void tst_WZRFileHandler::readsBackWhatItWrote()
+void tst_wzrfilehandler::readsBackWhatItWrote()
 {
     WZRFileHandler file;
     QVERIFY(file.open(path(), true));
@@ -169,7 +169,7 @@ void tst_WZRFileHandler::readsBackWhatItWrote()
     QVERIFY(TestFile::read(path()).endsWith(units("more\n")));
 }
 
-void tst_WZRFileHandler::readsAFileWithoutAMark()
+void tst_wzrfilehandler::readsAFileWithoutAMark()
 {
     TestFile::write(path(), units("ab\n"));
     WZRFileHandler file;
@@ -177,14 +177,14 @@ void tst_WZRFileHandler::readsAFileWithoutAMark()
     QCOMPARE(file.readAll(), QString("ab\n"));
 }
 
-void tst_WZRFileHandler::readsAnEmptyFile_data()
+void tst_wzrfilehandler::readsAnEmptyFile_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::newRow("no byte") << QByteArray();
     QTest::newRow("the mark only") << kMark;
 }
 
-void tst_WZRFileHandler::readsAnEmptyFile()
+void tst_wzrfilehandler::readsAnEmptyFile()
 {
     QFETCH(QByteArray, content);
     TestFile::write(path(), content);
@@ -195,7 +195,7 @@ void tst_WZRFileHandler::readsAnEmptyFile()
     QVERIFY(file.readAll().isEmpty());
 }
 
-void tst_WZRFileHandler::goesBackToTheFirstLine()
+void tst_wzrfilehandler::goesBackToTheFirstLine()
 {
     TestFile::write(path(), kMark + units("one\ntwo\n"));
     WZRFileHandler file;
@@ -209,7 +209,7 @@ void tst_WZRFileHandler::goesBackToTheFirstLine()
     }
 }
 
-void tst_WZRFileHandler::goesToAPosition()
+void tst_wzrfilehandler::goesToAPosition()
 {
     TestFile::write(path(), kMark + units("abcd"));
     WZRFileHandler file;
@@ -221,7 +221,7 @@ void tst_WZRFileHandler::goesToAPosition()
     QVERIFY(!file.seek(-1));
 }
 
-void tst_WZRFileHandler::expectNeutral(WZRFileHandler& file)
+void tst_wzrfilehandler::expectNeutral(WZRFileHandler& file)
 {
     QCOMPARE(file.readLine(0), QString());
     QCOMPARE(file.readAll(), QString());
@@ -234,13 +234,13 @@ void tst_WZRFileHandler::expectNeutral(WZRFileHandler& file)
     file.close();
 }
 
-void tst_WZRFileHandler::isHarmlessWhenNotOpen()
+void tst_wzrfilehandler::isHarmlessWhenNotOpen()
 {
     WZRFileHandler file;
     expectNeutral(file);
 }
 
-void tst_WZRFileHandler::isHarmlessAfterItsClose()
+void tst_wzrfilehandler::isHarmlessAfterItsClose()
 {
     WZRFileHandler file;
     QVERIFY(file.open(path(), true));
@@ -255,7 +255,7 @@ void tst_WZRFileHandler::isHarmlessAfterItsClose()
     QCOMPARE(TestFile::read(path()), kMark + units("a\n"));
 }
 
-void tst_WZRFileHandler::failsToOpen_data()
+void tst_wzrfilehandler::failsToOpen_data()
 {
     QTest::addColumn<QString>("where");
     QTest::addColumn<bool>("write");
@@ -265,7 +265,7 @@ void tst_WZRFileHandler::failsToOpen_data()
     QTest::newRow("no name") << QString() << true;
 }
 
-void tst_WZRFileHandler::failsToOpen()
+void tst_wzrfilehandler::failsToOpen()
 {
     QFETCH(QString, where);
     QFETCH(bool, write);
@@ -279,7 +279,7 @@ void tst_WZRFileHandler::failsToOpen()
     QCOMPARE(TestFile::read(path()), kMark + units("pending"));
 }
 
-void tst_WZRFileHandler::opensAnotherFile()
+void tst_wzrfilehandler::opensAnotherFile()
 {
     WZRFileHandler file;
     QVERIFY(file.open(path(), true));
@@ -291,7 +291,7 @@ void tst_WZRFileHandler::opensAnotherFile()
     QCOMPARE(TestFile::read(path("b.txt")), kMark + units("second"));
 }
 
-void tst_WZRFileHandler::flushesAtItsEnd()
+void tst_wzrfilehandler::flushesAtItsEnd()
 {
     {
         WZRFileHandler file;
@@ -301,5 +301,5 @@ void tst_WZRFileHandler::flushesAtItsEnd()
     QCOMPARE(TestFile::read(path()), kMark + units("kept"));
 }
 
-QTEST_GUILESS_MAIN(tst_WZRFileHandler)
+QTEST_GUILESS_MAIN(tst_wzrfilehandler)
 #include "tst_wzrfilehandler.moc"

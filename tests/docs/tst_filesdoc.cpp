@@ -27,7 +27,7 @@ QByteArray example(const QByteArray& heading, int number = 0)
 
 } // namespace
 
-class TestFilesDoc : public QObject
+class tst_filesdoc : public QObject
 {
     Q_OBJECT
 
@@ -40,12 +40,14 @@ private Q_SLOTS:
     void theLocalEnvironmentNamesTheProject();
     void theLogSettingsAreRead();
     void theTextFileHasTheseBytes();
+    void theDemosFilesAreThese_data();
+    void theDemosFilesAreThese();
 
 private:
     QTemporaryDir m_folder;
 };
 
-void TestFilesDoc::theTypedXmlIsWhatASaveWrites()
+void tst_filesdoc::theTypedXmlIsWhatASaveWrites()
 {
     const QByteArray text = example("### Typed XML: `.xml`");
     const QString file = m_folder.filePath("a.xml");
@@ -58,7 +60,7 @@ void TestFilesDoc::theTypedXmlIsWhatASaveWrites()
     QCOMPARE(TestFile::read(file), text);
 }
 
-void TestFilesDoc::theJsonHoldsTheSame()
+void tst_filesdoc::theJsonHoldsTheSame()
 {
     TestFile::write(m_folder.filePath("b.xml"), example("### Typed XML: `.xml`"));
     CDataValue value;
@@ -69,7 +71,7 @@ void TestFilesDoc::theJsonHoldsTheSame()
     QCOMPARE(value.mapGet("nSize").type(), INT_VALUE);
 }
 
-void TestFilesDoc::thePersonalisationNamesModulesAndPlugins()
+void tst_filesdoc::thePersonalisationNamesModulesAndPlugins()
 {
     const InstalledConfig installed(HELPER_CONFIGHELPER);
     installed.addPerso(example("### Personalisation: `.perso`"));
@@ -80,7 +82,7 @@ void TestFilesDoc::thePersonalisationNamesModulesAndPlugins()
                      "[\"smsplugin\",\"ussdplugin\"]", "[]", "[\"smsplugin\",\"ussdplugin\"]"}));
 }
 
-void TestFilesDoc::theModuleFileAnswersForItems()
+void tst_filesdoc::theModuleFileAnswersForItems()
 {
     const InstalledConfig installed(HELPER_CONFIGHELPER);
     installed.addPerso(example("### Personalisation: `.perso`"));
@@ -90,7 +92,7 @@ void TestFilesDoc::theModuleFileAnswersForItems()
              QStringList({"true", R"({"General":{"CurrentSkin":"Blue"}})", "false"}));
 }
 
-void TestFilesDoc::theFirstStartWritesTheConfiguration()
+void tst_filesdoc::theFirstStartWritesTheConfiguration()
 {
     const InstalledConfig installed(HELPER_CONFIGHELPER);
     installed.addPerso(example("### Personalisation: `.perso`"));
@@ -101,7 +103,7 @@ void TestFilesDoc::theFirstStartWritesTheConfiguration()
     QCOMPARE(installed.run({"load", "skin"}).value(1), QString("/Skin/Blue"));
 }
 
-void TestFilesDoc::theLocalEnvironmentNamesTheProject()
+void tst_filesdoc::theLocalEnvironmentNamesTheProject()
 {
     const InstalledConfig installed(HELPER_CONFIGHELPER);
     installed.add("Build/LocalEnvConfig.ini", example("## Settings in INI form"));
@@ -109,7 +111,7 @@ void TestFilesDoc::theLocalEnvironmentNamesTheProject()
     QCOMPARE(installed.run({"project"}), QStringList({"Demo"}));
 }
 
-void TestFilesDoc::theLogSettingsAreRead()
+void tst_filesdoc::theLogSettingsAreRead()
 {
     const QByteArray settings = example("## Settings in INI form", 1);
     const InstalledConfig installed(HELPER_CONFIGHELPER);
@@ -122,7 +124,7 @@ void TestFilesDoc::theLogSettingsAreRead()
     QVERIFY(result.err.contains("the log did not start"));
 }
 
-void TestFilesDoc::theTextFileHasTheseBytes()
+void tst_filesdoc::theTextFileHasTheseBytes()
 {
     const QByteArray bytes = QByteArray::fromHex(example("## UTF-16 text files"));
     const QString path = m_folder.filePath("a.txt");
@@ -136,5 +138,22 @@ void TestFilesDoc::theTextFileHasTheseBytes()
     QCOMPARE(file.readAll(), QString::fromUtf8("a\n\xC3\x83\xC2\xA9\n"));
 }
 
-QTEST_GUILESS_MAIN(TestFilesDoc)
+void tst_filesdoc::theDemosFilesAreThese_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<int>("number");
+    QTest::newRow("personalisation") << "demo.perso" << 0;
+    QTest::newRow("module") << "DeviceService.xml" << 1;
+    QTest::newRow("defaults") << "SYSTEM MODULE.xml" << 2;
+}
+
+void tst_filesdoc::theDemosFilesAreThese()
+{
+    QFETCH(QString, name);
+    QFETCH(int, number);
+    const QString folder = PROJECT_FOLDER "/examples/connectionmanager/Resources/Data/Perso/";
+    QCOMPARE(example("## The files of the demo", number), TestFile::read(folder + name));
+}
+
+QTEST_GUILESS_MAIN(tst_filesdoc)
 #include "tst_filesdoc.moc"

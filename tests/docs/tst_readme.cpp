@@ -33,26 +33,6 @@ private Q_SLOTS:
                  qPrintable(source + " differs from what the README shows"));
     }
 
-    void showsTheFilesOfTheDemo_data()
-    {
-        QTest::addColumn<QString>("form");
-        QTest::addColumn<QString>("file");
-        QTest::newRow("personalisation") << QStringLiteral("json") << QStringLiteral("demo.perso");
-        QTest::newRow("module") << QStringLiteral("xml") << QStringLiteral("DeviceService.xml");
-        QTest::newRow("defaults") << QStringLiteral("xml") << QStringLiteral("SYSTEM MODULE.xml");
-    }
-    void showsTheFilesOfTheDemo()
-    {
-        QFETCH(QString, form);
-        QFETCH(QString, file);
-        const QString content =
-            read(QStringLiteral("examples/connectionmanager/Resources/Data/Perso/") + file);
-        QVERIFY(!content.isEmpty());
-        QVERIFY2(m_text.contains(QStringLiteral("```") + form + QLatin1Char('\n') + content +
-                                 QStringLiteral("```\n")),
-                 qPrintable(file + " differs from what the README shows"));
-    }
-
     void linksToFilesThatExist_data()
     {
         QTest::addColumn<QString>("page");
@@ -63,7 +43,8 @@ private Q_SLOTS:
     void linksToFilesThatExist()
     {
         QFETCH(QString, page);
-        static const QRegularExpression link(QStringLiteral("\\]\\(([A-Za-z0-9_./-]+)\\)"));
+        static const QRegularExpression link(
+            QStringLiteral("\\]\\(([A-Za-z0-9_./-]+)(#[a-z-]+)?\\)"));
         const QString text = read(page);
         const QDir folder = QFileInfo(path(page)).dir();
         QVERIFY(!text.isEmpty());

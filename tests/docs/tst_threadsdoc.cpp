@@ -40,7 +40,7 @@ QStringList blocksOf(const QStringList& lines, const QString& begin, const QStri
 
 } // namespace
 
-class TestThreadsDoc : public QObject
+class tst_threadsdoc : public QObject
 {
     Q_OBJECT
 
@@ -53,7 +53,7 @@ private Q_SLOTS:
     void theProcessEndsInOrder();
 };
 
-void TestThreadsDoc::thePageShowsTheCodeThatIsRun()
+void tst_threadsdoc::thePageShowsTheCodeThatIsRun()
 {
     const QStringList shown = blocksOf(linesOf("docs/threads-and-ownership.md"), "```cpp", "```");
     const QStringList run = blocksOf(linesOf("tests/docs/threadsexample.cpp"), "//! [", "//! [");
@@ -61,33 +61,33 @@ void TestThreadsDoc::thePageShowsTheCodeThatIsRun()
     QCOMPARE(shown, run);
 }
 
-void TestThreadsDoc::modulesKeepCopies()
+void tst_threadsdoc::modulesKeepCopies()
 {
     QCOMPARE(languageKept("en"), QString("en"));
     QCOMPARE(MessageCenter::defaultCenter()->postModuleMessage("LANGUAGE", nullptr), 0);
     MessageCenter::release();
 }
 
-void TestThreadsDoc::aRequestThatCannotBeSentIsAnsweredInsideTheCall()
+void tst_threadsdoc::aRequestThatCannotBeSentIsAnsweredInsideTheCall()
 {
     QCOMPARE(repliesInsideThePost(), QStringList({"GET_SIGNAL", "6"}));
     MessageCenter::release();
 }
 
-void TestThreadsDoc::workersReachTheMainThread()
+void tst_threadsdoc::workersReachTheMainThread()
 {
     QCOMPARE(reportsOfAWorker(), QStringList({"4", "main thread"}));
     MessageCenter::release();
 }
 
-void TestThreadsDoc::workersMayLog()
+void tst_threadsdoc::workersMayLog()
 {
     LogCapture log;
     logFromWorker();
     QCOMPARE(log.count("worker run started "), 1);
 }
 
-void TestThreadsDoc::theProcessEndsInOrder()
+void tst_threadsdoc::theProcessEndsInOrder()
 {
     QTemporaryDir folder;
     QVERIFY(folder.isValid());
@@ -103,5 +103,5 @@ void TestThreadsDoc::theProcessEndsInOrder()
     QVERIFY(center.isNull());
 }
 
-QTEST_GUILESS_MAIN(TestThreadsDoc)
+QTEST_GUILESS_MAIN(tst_threadsdoc)
 #include "tst_threadsdoc.moc"

@@ -235,7 +235,7 @@ void tst_connectionmanagerinstallation::countsItsStarts()
         end(*controller);
     }
     const QByteArray saved = TestFile::read(installation.systemFile());
-    QVERIFY2(TestFile::read(SOURCE_ROOT "/README.md").contains("```xml\n" + saved + "```\n"),
+    QVERIFY2(TestFile::read(SOURCE_ROOT "/docs/files.md").contains("```xml\n" + saved + "```\n"),
              saved.constData());
     const auto controller = installation.controller();
     QVERIFY(controller->says("applicationcontroller ready, start 2"));

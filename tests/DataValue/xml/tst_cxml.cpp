@@ -18,7 +18,7 @@ const char* const kNoText = nullptr;
 
 } // namespace
 
-class tst_CXml : public QObject
+class tst_cxml : public QObject
 {
     Q_OBJECT
 
@@ -48,7 +48,7 @@ private:
     QTemporaryDir m_folder;
 };
 
-void tst_CXml::findsElementsByName()
+void tst_cxml::findsElementsByName()
 {
     CXml xml;
     QVERIFY(xml.ParseXmlString(kPhonebook));
@@ -60,7 +60,7 @@ void tst_CXml::findsElementsByName()
     QCOMPARE(xml.GetElement(""), kNoElement);
 }
 
-void tst_CXml::findsElementsByAttribute()
+void tst_cxml::findsElementsByAttribute()
 {
     CXml xml;
     QVERIFY(xml.ParseXmlString(kPhonebook));
@@ -72,7 +72,7 @@ void tst_CXml::findsElementsByAttribute()
     QCOMPARE(xml.GetElement("Item", "id", "7")->GetText(), "out");
 }
 
-void tst_CXml::staysBelowTheStartOfASearch()
+void tst_cxml::staysBelowTheStartOfASearch()
 {
     CXml xml;
     QVERIFY(xml.ParseXmlString(kPhonebook));
@@ -83,7 +83,7 @@ void tst_CXml::staysBelowTheStartOfASearch()
     QCOMPARE(xml.GetElement(xml.GetElement("Setting"), "Item"), kNoElement);
 }
 
-void tst_CXml::findsSectionsBelowTheRootOnly()
+void tst_cxml::findsSectionsBelowTheRootOnly()
 {
     CXml xml;
     QVERIFY(xml.ParseXmlString(kPhonebook));
@@ -92,7 +92,7 @@ void tst_CXml::findsSectionsBelowTheRootOnly()
     QCOMPARE(xml.GetSessionElement("Nothing"), kNoElement);
 }
 
-void tst_CXml::readsElementTexts()
+void tst_cxml::readsElementTexts()
 {
     CXml xml;
     QVERIFY(xml.ParseXmlString(kPhonebook));
@@ -103,7 +103,7 @@ void tst_CXml::readsElementTexts()
     QCOMPARE(xml.GetElementValue("Nothing"), kNoText);
 }
 
-void tst_CXml::replacesElementTexts()
+void tst_cxml::replacesElementTexts()
 {
     CXml xml;
     QVERIFY(xml.ParseXmlString("<r>one<c>kept</c>two</r>"));
@@ -122,7 +122,7 @@ void tst_CXml::replacesElementTexts()
     QCOMPARE(xml.GetElementValue(added), "more");
 }
 
-void tst_CXml::readsAndChangesAttributes()
+void tst_cxml::readsAndChangesAttributes()
 {
     CXml xml;
     TiXmlElement* const root = xml.AddXmlRootElement("r", nullptr);
@@ -149,7 +149,7 @@ void tst_CXml::readsAndChangesAttributes()
     QCOMPARE(xml.GetTextAttributeValue(root, "absent"), kNoText);
 }
 
-void tst_CXml::takesNullArguments()
+void tst_cxml::takesNullArguments()
 {
     CXml xml;
     QVERIFY(!xml.ParseXmlString(nullptr));
@@ -197,7 +197,7 @@ void tst_CXml::takesNullArguments()
     QCOMPARE(TestFile::read(path("null.xml")), QByteArray("<r>t</r>\n"));
 }
 
-void tst_CXml::printsInLines()
+void tst_cxml::printsInLines()
 {
     CXml xml;
     QVERIFY(xml.AddXmlDeclaration("1.0", "utf-8", ""));
@@ -228,7 +228,7 @@ void tst_CXml::printsInLines()
              QByteArray("<?xml version=\"1.0\" encoding=\"utf-8\" standalone=\"yes\" ?>\n"));
 }
 
-void tst_CXml::keepsAttributesAndTextsThroughAFile_data()
+void tst_cxml::keepsAttributesAndTextsThroughAFile_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::newRow("blanks around") << QByteArray("  two  words  ");
@@ -246,7 +246,7 @@ void tst_CXml::keepsAttributesAndTextsThroughAFile_data()
     QTest::newRow("vertical blanks only") << QByteArray("\x0B\x0C");
 }
 
-void tst_CXml::keepsAttributesAndTextsThroughAFile()
+void tst_cxml::keepsAttributesAndTextsThroughAFile()
 {
     QFETCH(QByteArray, text);
     CXml written;
@@ -264,7 +264,7 @@ void tst_CXml::keepsAttributesAndTextsThroughAFile()
     QCOMPARE(QByteArray(read.GetTextAttributeValue(read.GetRootElement(), "a")), text);
 }
 
-void tst_CXml::keepsACommentInItsBounds()
+void tst_cxml::keepsACommentInItsBounds()
 {
     CXml xml;
     TiXmlElement* const root = xml.AddXmlRootElement("r", nullptr);
@@ -274,7 +274,7 @@ void tst_CXml::keepsACommentInItsBounds()
     QCOMPARE(xml.GetElement("evil"), kNoElement);
 }
 
-void tst_CXml::savesBackToTheLoadedFile()
+void tst_cxml::savesBackToTheLoadedFile()
 {
     TestFile::write(path("back.xml"), "<r>old</r>");
     CXml xml;
@@ -284,7 +284,7 @@ void tst_CXml::savesBackToTheLoadedFile()
     QCOMPARE(TestFile::read(path("back.xml")), QByteArray("<r>new</r>\n"));
 }
 
-void tst_CXml::reportsASaveThatFails_data()
+void tst_cxml::reportsASaveThatFails_data()
 {
     QTest::addColumn<QString>("where");
     QTest::newRow("missing folder") << path("none/a.xml");
@@ -294,7 +294,7 @@ void tst_CXml::reportsASaveThatFails_data()
     QTest::newRow("no name") << QString();
 }
 
-void tst_CXml::reportsASaveThatFails()
+void tst_cxml::reportsASaveThatFails()
 {
     QFETCH(QString, where);
     CXml xml;
@@ -307,7 +307,7 @@ void tst_CXml::reportsASaveThatFails()
     QCOMPARE(xml.GetLastErrorID(), 0);
 }
 
-void tst_CXml::copiesADocument()
+void tst_cxml::copiesADocument()
 {
     TiXmlDocument source("source.xml");
     source.InsertEndChild(TiXmlElement("r"));
@@ -319,7 +319,7 @@ void tst_CXml::copiesADocument()
     QVERIFY(xml.GetRootElement() != source.RootElement());
 }
 
-void tst_CXml::clears()
+void tst_cxml::clears()
 {
     CXml xml;
     QVERIFY(!xml.ParseXmlString("<r>"));
@@ -333,5 +333,5 @@ void tst_CXml::clears()
     QCOMPARE(xml.GetRootElement(), kNoElement);
 }
 
-QTEST_GUILESS_MAIN(tst_CXml)
+QTEST_GUILESS_MAIN(tst_cxml)
 #include "tst_cxml.moc"

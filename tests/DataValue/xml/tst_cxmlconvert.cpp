@@ -33,7 +33,7 @@ QByteArray nestedText(int levels)
 
 } // namespace
 
-class tst_CXMLConvert : public QObject
+class tst_cxmlconvert : public QObject
 {
     Q_OBJECT
 
@@ -79,7 +79,7 @@ private:
     QTemporaryDir m_folder;
 };
 
-void tst_CXMLConvert::writesScalarsAsText()
+void tst_cxmlconvert::writesScalarsAsText()
 {
     CXMLConvert convert;
     QCOMPARE(convert.convertToStrBuf(-12), "-12");
@@ -95,7 +95,7 @@ void tst_CXMLConvert::writesScalarsAsText()
     QCOMPARE(convert.convertToStrBuf(kNoText), "");
 }
 
-void tst_CXMLConvert::readsScalarsFromText()
+void tst_cxmlconvert::readsScalarsFromText()
 {
     CXMLConvert convert;
     QCOMPARE(convert.convertToInt("-12"), -12);
@@ -118,7 +118,7 @@ void tst_CXMLConvert::readsScalarsFromText()
     QCOMPARE(convert.convertToString(nullptr), std::string());
 }
 
-void tst_CXMLConvert::recognisesKindsByExactName()
+void tst_cxmlconvert::recognisesKindsByExactName()
 {
     CXMLConvert convert;
     QCOMPARE(convert.convertToEType("IntValue"), INT_VALUE);
@@ -136,7 +136,7 @@ void tst_CXMLConvert::recognisesKindsByExactName()
     QCOMPARE(convert.convertToEType(nullptr), NULL_VALUE);
 }
 
-void tst_CXMLConvert::readsAMember()
+void tst_cxmlconvert::readsAMember()
 {
     CXml xml;
     QVERIFY(xml.ParseXmlString("<DictValue><key>n</key><!-- c --><IntValue>3</IntValue>"
@@ -160,7 +160,7 @@ void tst_CXMLConvert::readsAMember()
     QCOMPARE(convert.memberName(), std::string());
 }
 
-void tst_CXMLConvert::readsAMemberWithoutText()
+void tst_cxmlconvert::readsAMemberWithoutText()
 {
     CXml xml;
     QVERIFY(xml.ParseXmlString("<DictValue><key>s</key><StringValue/></DictValue>"));
@@ -170,7 +170,7 @@ void tst_CXMLConvert::readsAMemberWithoutText()
     QCOMPARE(convert.memberKind(), STRING_VALUE);
 }
 
-void tst_CXMLConvert::writesTheDescribedFile()
+void tst_cxmlconvert::writesTheDescribedFile()
 {
     Json::Value json;
     json["nIndex"] = 3;
@@ -190,7 +190,7 @@ void tst_CXMLConvert::writesTheDescribedFile()
                                                 "</DictValue>\n"));
 }
 
-void tst_CXMLConvert::writesAnElementUnderAParent()
+void tst_cxmlconvert::writesAnElementUnderAParent()
 {
     CXml xml;
     TiXmlElement* const parent = xml.AddXmlRootElement("p", nullptr);
@@ -214,7 +214,7 @@ void tst_CXMLConvert::writesAnElementUnderAParent()
                                                 "</p>\n"));
 }
 
-void tst_CXMLConvert::takesNullArguments()
+void tst_cxmlconvert::takesNullArguments()
 {
     CXMLConvert convert;
     Json::Value json(5);
@@ -226,7 +226,7 @@ void tst_CXMLConvert::takesNullArguments()
     QCOMPARE(convert.getXmlTypeFromJson(json, nullptr, nullptr)->Value(), "IntValue");
 }
 
-void tst_CXMLConvert::keepsKindsThroughAFile()
+void tst_cxmlconvert::keepsKindsThroughAFile()
 {
     Json::Value json;
     json["int"] = -3;
@@ -244,7 +244,7 @@ void tst_CXMLConvert::keepsKindsThroughAFile()
         QVERIFY(throughAFile(json[scalar]) == json[scalar]);
 }
 
-void tst_CXMLConvert::keepsNumbersThroughAFile_data()
+void tst_cxmlconvert::keepsNumbersThroughAFile_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<double>("number");
@@ -256,7 +256,7 @@ void tst_CXMLConvert::keepsNumbersThroughAFile_data()
     QTest::newRow("six decimals") << QByteArray("<RealValue>0.123457</RealValue>") << 0.123457;
 }
 
-void tst_CXMLConvert::keepsNumbersThroughAFile()
+void tst_cxmlconvert::keepsNumbersThroughAFile()
 {
     QFETCH(QByteArray, text);
     QFETCH(double, number);
@@ -269,7 +269,7 @@ void tst_CXMLConvert::keepsNumbersThroughAFile()
     QVERIFY(TestFile::read(file()).contains(text));
 }
 
-void tst_CXMLConvert::keepsStringsThroughAFile_data()
+void tst_cxmlconvert::keepsStringsThroughAFile_data()
 {
     QTest::addColumn<QByteArray>("text");
     const auto row = [](const char* name, const QByteArray& text) { QTest::newRow(name) << text; };
@@ -302,7 +302,7 @@ void tst_CXMLConvert::keepsStringsThroughAFile_data()
     row("long", QByteArray("0123456789 \n").repeated(50000));
 }
 
-void tst_CXMLConvert::keepsStringsThroughAFile()
+void tst_cxmlconvert::keepsStringsThroughAFile()
 {
     QFETCH(QByteArray, text);
     const std::string bytes = text.toStdString();
@@ -320,7 +320,7 @@ void tst_CXMLConvert::keepsStringsThroughAFile()
     QVERIFY(throughAFile(named) == named);
 }
 
-void tst_CXMLConvert::keepsNullsInTheirPlaces()
+void tst_cxmlconvert::keepsNullsInTheirPlaces()
 {
     Json::Value json;
     json["a"] = Json::Value();
@@ -332,7 +332,7 @@ void tst_CXMLConvert::keepsNullsInTheirPlaces()
     QVERIFY2(read == json, read.toStyledString().c_str());
 }
 
-void tst_CXMLConvert::replacesBytesThatAreNotUtf8()
+void tst_cxmlconvert::replacesBytesThatAreNotUtf8()
 {
     Json::Value json;
     json["b\xFF"] = "x\xE7";
@@ -343,7 +343,7 @@ void tst_CXMLConvert::replacesBytesThatAreNotUtf8()
     QCOMPARE(read["ok"].asString(), std::string("\xC3\xA9"));
 }
 
-void tst_CXMLConvert::writesLargeIntegersAsDoubles()
+void tst_cxmlconvert::writesLargeIntegersAsDoubles()
 {
     Json::Value json;
     json["plus"] = Json::UInt64(4294967296);
@@ -357,7 +357,7 @@ void tst_CXMLConvert::writesLargeIntegersAsDoubles()
     QVERIFY(std::isnan(throughAFile(std::nan("")).asDouble()));
 }
 
-void tst_CXMLConvert::doesNotWriteNull()
+void tst_cxmlconvert::doesNotWriteNull()
 {
     TestFile::write(file("kept.xml"), "old");
     CXMLConvert convert;
@@ -365,7 +365,7 @@ void tst_CXMLConvert::doesNotWriteNull()
     QCOMPARE(TestFile::read(file("kept.xml")), QByteArray("old"));
 }
 
-void tst_CXMLConvert::readsHandWrittenFiles_data()
+void tst_cxmlconvert::readsHandWrittenFiles_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QByteArray>("json");
@@ -398,7 +398,7 @@ void tst_CXMLConvert::readsHandWrittenFiles_data()
         << QByteArray("[1]");
 }
 
-void tst_CXMLConvert::readsHandWrittenFiles()
+void tst_cxmlconvert::readsHandWrittenFiles()
 {
     QFETCH(QByteArray, text);
     QFETCH(QByteArray, json);
@@ -411,7 +411,7 @@ void tst_CXMLConvert::readsHandWrittenFiles()
     QCOMPARE(QByteArray::fromStdString(Json::writeString(compact, read)), json);
 }
 
-void tst_CXMLConvert::leavesTheResultAloneOnFailure_data()
+void tst_cxmlconvert::leavesTheResultAloneOnFailure_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::newRow("empty") << QByteArray();
@@ -423,7 +423,7 @@ void tst_CXMLConvert::leavesTheResultAloneOnFailure_data()
     QTest::newRow("100000 levels") << nestedText(100000);
 }
 
-void tst_CXMLConvert::leavesTheResultAloneOnFailure()
+void tst_cxmlconvert::leavesTheResultAloneOnFailure()
 {
     QFETCH(QByteArray, text);
     TestFile::write(file(), text);
@@ -435,7 +435,7 @@ void tst_CXMLConvert::leavesTheResultAloneOnFailure()
     QVERIFY(json == Json::Value("as it was"));
 }
 
-void tst_CXMLConvert::limitsNesting()
+void tst_cxmlconvert::limitsNesting()
 {
     QVERIFY(throughAFile(nestedValue(1000)) == nestedValue(1000));
     TestFile::write(file(), "old");
@@ -444,7 +444,7 @@ void tst_CXMLConvert::limitsNesting()
     QCOMPARE(TestFile::read(file()), QByteArray("old"));
 }
 
-void tst_CXMLConvert::readsTheChildrenOfANode()
+void tst_cxmlconvert::readsTheChildrenOfANode()
 {
     CXml xml;
     QVERIFY(
@@ -461,5 +461,5 @@ void tst_CXMLConvert::readsTheChildrenOfANode()
     QCOMPARE(array[1].asUInt(), 2u);
 }
 
-QTEST_GUILESS_MAIN(tst_CXMLConvert)
+QTEST_GUILESS_MAIN(tst_cxmlconvert)
 #include "tst_cxmlconvert.moc"

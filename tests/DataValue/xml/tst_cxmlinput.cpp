@@ -25,7 +25,7 @@ QByteArray withAttributes(int count)
 
 } // namespace
 
-class tst_CXmlInput : public QObject
+class tst_cxmlinput : public QObject
 {
     Q_OBJECT
 
@@ -54,7 +54,7 @@ private:
     QTemporaryDir m_folder;
 };
 
-void tst_CXmlInput::refuses_data()
+void tst_cxmlinput::refuses_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::newRow("nothing") << QByteArray();
@@ -88,7 +88,7 @@ void tst_CXmlInput::refuses_data()
                                           "ELF\x02\x01\x01\xFF\xFE<a/>");
 }
 
-void tst_CXmlInput::refuses()
+void tst_cxmlinput::refuses()
 {
     QFETCH(QByteArray, text);
     CXml xml;
@@ -106,7 +106,7 @@ void tst_CXmlInput::refuses()
     QCOMPARE(xml.GetLastErrorID(), 0);
 }
 
-void tst_CXmlInput::accepts_data()
+void tst_cxmlinput::accepts_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QByteArray>("rootText");
@@ -126,7 +126,7 @@ void tst_CXmlInput::accepts_data()
     QTest::newRow("blanks in tags") << QByteArray("<r\n a = '1' >a</r >") << QByteArray("a");
 }
 
-void tst_CXmlInput::accepts()
+void tst_cxmlinput::accepts()
 {
     QFETCH(QByteArray, text);
     QFETCH(QByteArray, rootText);
@@ -135,7 +135,7 @@ void tst_CXmlInput::accepts()
     QCOMPARE(QByteArray(xml.GetElementValue(xml.GetRootElement())), rootText);
 }
 
-void tst_CXmlInput::refusesEveryTruncation()
+void tst_cxmlinput::refusesEveryTruncation()
 {
     const QByteArray whole = "<?xml version=\"1.0\"?><r a=\"\xC3\xA9\"><!--c--><b>&amp;&#x41;</b>"
                              "<![CDATA[x]]>\xE4\xB8\xAD<e/></r>";
@@ -146,7 +146,7 @@ void tst_CXmlInput::refusesEveryTruncation()
                  whole.left(length).constData());
 }
 
-void tst_CXmlInput::doesNotCountWhatOnlyLooksLikeAnEnd_data()
+void tst_cxmlinput::doesNotCountWhatOnlyLooksLikeAnEnd_data()
 {
     // Each piece opens one element in the parser's eyes and tries to hide that from the check.
     QTest::addColumn<QByteArray>("piece");
@@ -164,7 +164,7 @@ void tst_CXmlInput::doesNotCountWhatOnlyLooksLikeAnEnd_data()
     QTest::newRow("end in a document type") << QByteArray("<a><!X </a>");
 }
 
-void tst_CXmlInput::doesNotCountWhatOnlyLooksLikeAnEnd()
+void tst_cxmlinput::doesNotCountWhatOnlyLooksLikeAnEnd()
 {
     QFETCH(QByteArray, piece);
     CXml xml;
@@ -172,7 +172,7 @@ void tst_CXmlInput::doesNotCountWhatOnlyLooksLikeAnEnd()
     QVERIFY(!xml.ParseXmlString("<r/>\xEF\xBB\xBF" + piece.repeated(200000)));
 }
 
-void tst_CXmlInput::readsNoDefinitions()
+void tst_cxmlinput::readsNoDefinitions()
 {
     CXml xml;
     QVERIFY(!xml.ParseXmlString("<!DOCTYPE r [<!ENTITY a \"aaaa\"><!ENTITY b \"&a;&a;\">]>"
@@ -181,7 +181,7 @@ void tst_CXmlInput::readsNoDefinitions()
     QCOMPARE(xml.GetElementValue("r"), "&x;");
 }
 
-void tst_CXmlInput::saysWhereAFileIsWrong_data()
+void tst_cxmlinput::saysWhereAFileIsWrong_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<int>("id");
@@ -202,7 +202,7 @@ void tst_CXmlInput::saysWhereAFileIsWrong_data()
                            << "Error document empty." << 0;
 }
 
-void tst_CXmlInput::saysWhereAFileIsWrong()
+void tst_cxmlinput::saysWhereAFileIsWrong()
 {
     QFETCH(QByteArray, text);
     QFETCH(int, id);
@@ -216,7 +216,7 @@ void tst_CXmlInput::saysWhereAFileIsWrong()
     QCOMPARE(xml.GetLastErrorRow(), row);
 }
 
-void tst_CXmlInput::opensRegularFilesOnly_data()
+void tst_cxmlinput::opensRegularFilesOnly_data()
 {
     const QByteArray pipe = QFile::encodeName(path("pipe.xml"));
     QCOMPARE(mkfifo(pipe.constData(), 0600), 0);
@@ -228,7 +228,7 @@ void tst_CXmlInput::opensRegularFilesOnly_data()
     QTest::newRow("no name") << QString();
 }
 
-void tst_CXmlInput::opensRegularFilesOnly()
+void tst_cxmlinput::opensRegularFilesOnly()
 {
     QFETCH(QString, where);
     CXml xml;
@@ -238,7 +238,7 @@ void tst_CXmlInput::opensRegularFilesOnly()
     QCOMPARE(xml.GetLastErrorRow(), 0);
 }
 
-void tst_CXmlInput::readsLargeDocuments()
+void tst_cxmlinput::readsLargeDocuments()
 {
     const QByteArray text(20 * 1024 * 1024, 'x');
     const QByteArray large = "<r>" + text + "</r>";
@@ -251,7 +251,7 @@ void tst_CXmlInput::readsLargeDocuments()
     QVERIFY(QFile::remove(path("large.xml")));
 }
 
-void tst_CXmlInput::makesLineEndsOne()
+void tst_cxmlinput::makesLineEndsOne()
 {
     TestFile::write(path("ends.xml"), "<r>\r\n<a>1\r\n2\r3\r\r\n4</a>\r</r>\r");
     CXml xml;
@@ -259,7 +259,7 @@ void tst_CXmlInput::makesLineEndsOne()
     QCOMPARE(xml.GetElementValue("a"), "1\n2\n3\n\n4");
 }
 
-void tst_CXmlInput::readsBytesAsTheyAreWhenAsked()
+void tst_cxmlinput::readsBytesAsTheyAreWhenAsked()
 {
     TestFile::write(path("latin.xml"),
                     "<?xml version=\"1.0\" encoding=\"iso-8859-1\"?><r>\xE9</r>");
@@ -270,7 +270,7 @@ void tst_CXmlInput::readsBytesAsTheyAreWhenAsked()
     QCOMPARE(xml.GetElementValue("r"), "\xE9");
 }
 
-void tst_CXmlInput::keepsTheGlobalSettingAfterAFailure()
+void tst_cxmlinput::keepsTheGlobalSettingAfterAFailure()
 {
     CXml xml;
     for (const bool condensed : {false, true}) {
@@ -283,7 +283,7 @@ void tst_CXmlInput::keepsTheGlobalSettingAfterAFailure()
     }
 }
 
-void tst_CXmlInput::replacesTheDocumentBefore()
+void tst_cxmlinput::replacesTheDocumentBefore()
 {
     CXml xml;
     QVERIFY(xml.ParseXmlString("<first/>"));
@@ -294,5 +294,5 @@ void tst_CXmlInput::replacesTheDocumentBefore()
     QVERIFY(!xml.GetRootElement());
 }
 
-QTEST_GUILESS_MAIN(tst_CXmlInput)
+QTEST_GUILESS_MAIN(tst_cxmlinput)
 #include "tst_cxmlinput.moc"

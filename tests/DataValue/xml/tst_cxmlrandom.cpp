@@ -85,7 +85,7 @@ const char* const kPieces[] = {"<",
 
 } // namespace
 
-class tst_CXmlRandom : public QObject
+class tst_cxmlrandom : public QObject
 {
     Q_OBJECT
 
@@ -110,7 +110,7 @@ private:
     std::mt19937 m_random;
 };
 
-void tst_CXmlRandom::initTestCase()
+void tst_cxmlrandom::initTestCase()
 {
     const unsigned int seed = qEnvironmentVariableIsSet("WZR_SEED") ? qgetenv("WZR_SEED").toUInt()
                                                                     : std::random_device()();
@@ -118,7 +118,7 @@ void tst_CXmlRandom::initTestCase()
     qInfo("WZR_SEED=%u", seed);
 }
 
-QByteArray tst_CXmlRandom::randomPieces(int most)
+QByteArray tst_cxmlrandom::randomPieces(int most)
 {
     QByteArray text;
     for (int count = 1 + below(most); count > 0; --count)
@@ -128,7 +128,7 @@ QByteArray tst_CXmlRandom::randomPieces(int most)
 
 /// Reads the document in every way; what could be read must come back from a file. Files are slow
 /// on a busy disk, so not every random document goes through one.
-void tst_CXmlRandom::feed(const QByteArray& text, bool throughFiles)
+void tst_cxmlrandom::feed(const QByteArray& text, bool throughFiles)
 {
     CXml xml;
     const bool parsed = xml.ParseXmlString(text.constData());
@@ -147,7 +147,7 @@ void tst_CXmlRandom::feed(const QByteArray& text, bool throughFiles)
     QVERIFY2(again == json, text.constData());
 }
 
-void tst_CXmlRandom::survivesTheCorpus_data()
+void tst_cxmlrandom::survivesTheCorpus_data()
 {
     QTest::addColumn<QString>("file");
     const QStringList names = QDir(XML_CORPUS).entryList(QDir::Files);
@@ -156,7 +156,7 @@ void tst_CXmlRandom::survivesTheCorpus_data()
         QTest::newRow(qPrintable(name)) << XML_CORPUS "/" + name;
 }
 
-void tst_CXmlRandom::survivesTheCorpus()
+void tst_cxmlrandom::survivesTheCorpus()
 {
     QFETCH(QString, file);
     const QByteArray text = TestFile::read(file);
@@ -165,13 +165,13 @@ void tst_CXmlRandom::survivesTheCorpus()
     feed("<r>" + text.repeated(20000).left(4000000));
 }
 
-void tst_CXmlRandom::survivesRandomPieces()
+void tst_cxmlrandom::survivesRandomPieces()
 {
     for (int i = 0; i < 1500 && !QTest::currentTestFailed(); ++i)
         feed(below(2) ? randomPieces(40) : "<r>" + randomPieces(20) + "</r>", i % 10 == 0);
 }
 
-void tst_CXmlRandom::survivesRepeatedPieces()
+void tst_cxmlrandom::survivesRepeatedPieces()
 {
     for (int i = 0; i < 12 && !QTest::currentTestFailed(); ++i) {
         const QByteArray piece = "<a>" + randomPieces(8);
@@ -179,7 +179,7 @@ void tst_CXmlRandom::survivesRepeatedPieces()
     }
 }
 
-void tst_CXmlRandom::survivesDamagedFiles()
+void tst_cxmlrandom::survivesDamagedFiles()
 {
     const QByteArray whole =
         "<?xml version=\"1.0\" encoding=\"utf-8\" ?>\n<DictValue>\n    <key>list</key>\n"
@@ -211,7 +211,7 @@ void tst_CXmlRandom::survivesDamagedFiles()
     }
 }
 
-std::string tst_CXmlRandom::randomText()
+std::string tst_cxmlrandom::randomText()
 {
     static const char* const parts[] = {
         " ",      "  ", "\n",  "\r", "\t",   "&",  "<", ">",  "\"",           "'",        "]]>",
@@ -222,7 +222,7 @@ std::string tst_CXmlRandom::randomText()
     return text;
 }
 
-Json::Value tst_CXmlRandom::randomValue(int depth)
+Json::Value tst_cxmlrandom::randomValue(int depth)
 {
     switch (below(depth > 0 ? 8 : 6)) {
     case 0:
@@ -252,7 +252,7 @@ Json::Value tst_CXmlRandom::randomValue(int depth)
     }
 }
 
-void tst_CXmlRandom::keepsRandomValues()
+void tst_cxmlrandom::keepsRandomValues()
 {
     for (int i = 0; i < 100; ++i) {
         Json::Value json(Json::objectValue);
@@ -265,5 +265,5 @@ void tst_CXmlRandom::keepsRandomValues()
     }
 }
 
-QTEST_GUILESS_MAIN(tst_CXmlRandom)
+QTEST_GUILESS_MAIN(tst_cxmlrandom)
 #include "tst_cxmlrandom.moc"
