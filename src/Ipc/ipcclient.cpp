@@ -213,7 +213,7 @@ void IPCClient::messageSend(const char* strMessage, const CDataValue* data, cons
     if (data) {
         if (g_bLog)
             logLine(kLogSource, "messageSend", "messageSend",
-                    logExcerpt(data->parseToQString(FAST_STYLE)));
+                    logDataOf(strMessage, data->parseToQString(FAST_STYLE)));
         envelope.mapSet("IPCMSG_USER_DATA", *data, false);
     }
     if (strSenderID)

@@ -5,6 +5,7 @@
 #include "LogTask/logformat_p.h"
 #include "LogTask/logline_p.h"
 #include "LogTask/logqueue_p.h"
+#include "LogTask/logsecrets_p.h"
 #include "LogTask/logsettings_p.h"
 #include "LogTask/logtext_p.h"
 #include "appglobal/applicationpaths.h"
@@ -292,6 +293,14 @@ void CLog::connectNotify(const QMetaMethod& signal)
 
 void CLog::writeLine(const QString& line)
 {
+    if (hidesSecrets())
+        writeShown(withoutSecrets(line));
+    else
+        writeShown(line);
+}
+
+void CLog::writeShown(const QString& line)
+{
     if (d->goesToFileOnly()) {
         LogBytes bytes;
         appendText(&bytes, line);
@@ -307,7 +316,7 @@ void CLog::Write(const char* text)
 {
     if (!d->settings().valid)
         return;
-    if (d->goesToFileOnly()) {
+    if (d->goesToFileOnly() && !hidesSecrets()) {
         LogBytes line;
         appendMessage(&line, text, d->settings().addTime);
         d->push(line, true);

@@ -4,6 +4,7 @@
 #include "wzrframework_export.h"
 
 #include <QString>
+#include <QStringList>
 #include <QThread>
 
 #include <atomic>
@@ -44,6 +45,18 @@ WZRFRAMEWORK_EXPORT void FlushLog();
 /// on, a second DestroyLog() neither. Takes 50 ms, and up to 3 s more when the disk hangs; the log
 /// thread is then left behind. InitLog() may start a new log afterwards.
 WZRFRAMEWORK_EXPORT void DestroyLog();
+
+/// From now on, log lines, their echo and WriteLog() show "***" in the place of secrets, which are
+/// looked for in JSON text wherever it stands in a line, also cut, styled, or as the text of
+/// another value:
+/// - the values of `keys`, whatever their kind: `{"user":"ada","strPwd":"***"}`
+/// - all data of the messages that `messages` identifies, say of a request whose data is the PIN:
+///   `{"IPCMSG_TYPE":"VERIFY_PIN","IPCMSG_USER_DATA":"***"}`. In a line that shows data before a
+///   message's identifier, they are hidden whatever the message.
+/// Replaces what an earlier call has set; two empty lists, as at the beginning, hide nothing. Any
+/// thread may call, also before InitLog(). Lines that others emit as WriteLog() stay as they are.
+/// A line then costs a search through it.
+WZRFRAMEWORK_EXPORT void HideInLog(const QStringList& keys, const QStringList& messages);
 
 /// The log of the process: a thread that owns the log file, and the front end to it. Programs use
 /// the free functions above and CLogFile.
@@ -108,6 +121,7 @@ private:
     ~CLog() override;
     bool stop();
     void writeLine(const QString& line);
+    void writeShown(const QString& line);
 
     static std::atomic<CLog*> m_pIns;
     std::unique_ptr<CLogPrivate> d;

@@ -1,5 +1,6 @@
 #include "LogTask/logline_p.h"
 
+#include "LogTask/logsecrets_p.h"
 #include "text/utf8_p.h"
 
 #include <algorithm>
@@ -63,4 +64,9 @@ QString logExcerpt(const QString& text, qsizetype length)
     const bool splitsPair = text.at(limit - 1).isHighSurrogate();
     return text.left(splitsPair ? limit - 1 : limit) + QLatin1String("... ") +
            QString::number(length) + QLatin1String(" characters");
+}
+
+QString logDataOf(const char* message, const QString& data)
+{
+    return hidesDataOf(message) ? QStringLiteral("***") : logExcerpt(data);
 }

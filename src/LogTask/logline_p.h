@@ -41,4 +41,8 @@ QString logExcerpt(const QString& head, const QString& text, const QString& end)
 /// `length` characters. Also while the log is off.
 QString logExcerpt(const QString& text, qsizetype length);
 
+/// The data of a message, for a line that does not show the message's identifier with them: "***"
+/// when HideInLog() hides all its data.
+QString logDataOf(const char* message, const QString& data);
+
 #endif

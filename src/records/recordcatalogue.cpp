@@ -33,3 +33,16 @@ const std::vector<RecordInfo>& recordCatalogue()
     static const std::vector<RecordInfo> catalogue = describeAllRecords();
     return catalogue;
 }
+
+QStringList secretRecordKeys()
+{
+    QStringList keys;
+    for (const RecordInfo& record : recordCatalogue()) {
+        for (const RecordFieldInfo& field : record.fields) {
+            if (field.secret)
+                keys << QString::fromLatin1(field.key);
+        }
+    }
+    keys.removeDuplicates();
+    return keys;
+}

@@ -3,6 +3,8 @@
 
 #include "wzrframework_export.h"
 
+#include <QStringList>
+
 #include <vector>
 
 /// What travels under a key of a record, or as an element of a list.
@@ -40,5 +42,8 @@ struct RecordInfo
 /// All records, grouped as the headers are. Made from the same lists of fields that write and read
 /// the records, at the first call; lives until the process ends. Any thread may call it.
 WZRFRAMEWORK_EXPORT const std::vector<RecordInfo>& recordCatalogue();
+
+/// The keys of all secret fields, each once: what HideInLog() takes, to keep them out of the log.
+WZRFRAMEWORK_EXPORT QStringList secretRecordKeys();
 
 #endif
