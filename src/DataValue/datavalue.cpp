@@ -144,13 +144,7 @@ bool CDataValue::isEqual(const CDataValue& other) const
 
 unsigned int CDataValue::getSize() const
 {
-    if (!DataValueTree::isOrdinary(m_kind))
-        return 0;
-    const CDataValue& face = DataValueTree::face(*this);
-    if (const PackedNode* const packed = DataValueTree::packedNode(face))
-        return packed->count;
-    const DataValueTree::Container& container = *DataValueTree::children(face);
-    return static_cast<unsigned int>(container.elements.size() + container.members.size());
+    return DataValueTree::isOrdinary(m_kind) ? DataValueTree::shownCount(*this) : 0;
 }
 
 bool CDataValue::isEmpty() const

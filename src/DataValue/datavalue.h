@@ -42,8 +42,7 @@ enum ENUM_STYLE : int {
 /// The one value type for all data: requests, answers, business records, configuration.
 ///
 /// A value is a scalar, a container of further values, or an address (a pointer that is never
-/// written as text). It is a plain value: changing a copy leaves the source alone. Copying costs
-/// little, whatever the size, as copies share what has not changed.
+/// written as text). It is a plain value: changing a copy leaves the source alone.
 ///
 /// **Text and children.** Conceptually every value keeps a JSON mirror, and text, counts, keys,
 /// searches and equality are read from that mirror. A scalar is its own mirror; a container's
@@ -68,9 +67,17 @@ enum ENUM_STYLE : int {
 /// **Assertions.** Ordinary containers never hold addresses. Storing one, or calling an ordinary
 /// container operation on a value that holds one, is a programming error and ends the process.
 ///
-/// **Threads.** A value and the whole tree that it belongs to are used by one thread at a time,
-/// copying it included. The copies may be used by other threads.
-/// Look-ups that may miss are made on one thread only, because they rewrite m_sNull.
+/// **Threads.** `const` operations, copying included, only read: several threads may read one value
+/// at once, as long as none changes it or the tree that it belongs to. Everything else, look-ups
+/// that hand out references included, is for one thread at a time. Copies are values of their own
+/// and may be used by other threads. Look-ups that may miss are made on one thread only, because
+/// they rewrite m_sNull.
+///
+/// **Costs.** Parsed values, copies and records as values are one block of memory, in which maps of
+/// containers are searched member by member; the first look-up that hands out a reference into a
+/// container takes that container out of the block, in time linear in its children. From then on a
+/// member is found in logarithmic time. Copying what is still one block costs a count, whatever its
+/// size; copying other values is linear. Text, comparing and searching are linear.
 ///
 /// **References** handed out by look-ups stay valid until their container changes shape.
 class WZRFRAMEWORK_EXPORT CDataValue

@@ -11,14 +11,11 @@
 #include <new>
 #include <utility>
 
-/// Where a comment of a JSON text stands, in the order of JsonCpp's placements.
-enum class CommentPlace { Before, SameLine, After };
-
 /// What few values have.
 struct WZRFRAMEWORK_NO_EXPORT CDataValue::Extras
 {
-    QString filePath;                    // where saveFile() writes to
-    std::array<std::string, 3> comments; // by CommentPlace, with their "//" or "/*"; else empty
+    QString filePath;                      // where saveFile() writes to
+    std::array<DataValueText, 3> comments; // by CommentPlace, with their "//" or "/*"; else empty
 
     bool hasComments() const;
 };
@@ -46,8 +43,8 @@ using DataValueElements = std::vector<DataValueElement>;
 ///
 /// Arrays and maps that were parsed, copied or made from records have none at first: they are
 /// *packed*, that is, they refer to a node of a PackedBlock, and so cost nothing to copy. The
-/// first operation that hands out or changes a child *unpacks* that one container; containers
-/// among its children are packed still.
+/// first operation that hands out a child to be changed, or changes one, *unpacks* that one
+/// container; containers among its children are packed still. Reading never unpacks.
 ///
 /// A container is *in step* when its JSON mirror would be what its children's mirrors say; then
 /// none is stored. Otherwise `mirror` holds what its text still is, as a value of kinds 0 to 7
@@ -65,18 +62,12 @@ struct WZRFRAMEWORK_NO_EXPORT CDataValue::Container
     std::unique_ptr<CDataValue> mirror;
 
     /// Whether a synchronising walk has something to do here or below: a stored mirror or a
-    /// child without its parent. Set upwards through ordinary containers; may stay set in vain.
+    /// child without its parent. Set upwards through ordinary containers; may stay set without
+    /// need.
     bool outOfStep = false;
-    /// Whether an address may be somewhere below. Set upwards, never wrongly clear.
+    /// Whether there may be something below that a packed tree cannot hold: an address, or a kind
+    /// that is none. Set upwards, never wrongly clear.
     bool mayHoldAddress = false;
-    /// Whether a packed tree, of this container or of one above it, may tell what stands here.
-    /// Where one is kept, all containers that it tells of are covered; the mark may be set in vain.
-    bool covered = false;
-    /// Whether packing was tried in vain since the last change here or below.
-    bool cannotPack = false;
-    /// These children and all below them as a packed tree, from when they were last copied. Where
-    /// there is one the container is in step, and holds no addresses and no comments.
-    PackedBlock* packed = nullptr;
 
     /// A new container for `owner`, with room for the first `members` in the same memory.
     static Container* create(CDataValue& owner, std::size_t members);
@@ -87,11 +78,7 @@ struct WZRFRAMEWORK_NO_EXPORT CDataValue::Container
     }
     Container(const Container&) = delete;
     Container& operator=(const Container&) = delete;
-    ~Container()
-    {
-        if (packed)
-            packed->dropReference();
-    }
+    ~Container() = default;
 
 private:
     explicit Container(CDataValue& value)
@@ -133,16 +120,16 @@ struct DataValueTree
         return isOrdinary(kind) || kind == ADDRESS_ARRAY_VALUE || kind == ADDRESS_MAP_VALUE;
     }
 
-    /// The children, or null when the value is no container. Unpacks it: how the children are
-    /// kept is not part of the value.
-    static Container* children(const CDataValue& value)
+    /// The children, to be changed or handed out: a packed container is unpacked. Null when the
+    /// value is no container.
+    static Container* children(CDataValue& value)
     {
         if (value.m_packed)
-            unpack(const_cast<CDataValue&>(value));
-        return unpackedChildren(value);
+            unpack(value);
+        return unpacked(value);
     }
-    /// The same, but null for a packed container.
-    static Container* unpackedChildren(const CDataValue& value)
+    /// The children of an unpacked container, null for every other value.
+    static Container* unpacked(const CDataValue& value)
     {
         return isContainer(value.m_kind) && !value.m_packed ? value.m_payload.children : nullptr;
     }
@@ -163,7 +150,10 @@ struct DataValueTree
         return hasMirror ? *value.m_payload.children->mirror : value;
     }
     /// The kind that the text shows: NULL_VALUE for addresses.
-    static ENUM_VALUE_TYPE faceKind(const CDataValue& value);
+    static ENUM_VALUE_TYPE faceKind(const CDataValue& value)
+    {
+        return value.m_kind >= NULL_VALUE && value.m_kind <= MAP_VALUE ? value.m_kind : NULL_VALUE;
+    }
 
     static int signedNumber(const CDataValue& value) { return value.m_payload.signedNumber; }
     static unsigned int unsignedNumber(const CDataValue& value)
@@ -172,9 +162,21 @@ struct DataValueTree
     }
     static double real(const CDataValue& value) { return value.m_payload.real; }
     static bool flag(const CDataValue& value) { return value.m_payload.flag; }
-    /// A node of the same kind and content, the children of a container aside. An address has the
-    /// kind that it shows, and a text is that of the value.
-    static PackedNode leafNode(const CDataValue& value);
+    /// A node of the same kind and content as an unpacked value: of a container the count, of a
+    /// text the value's own bytes. An address has the kind that it shows.
+    static PackedNode node(const CDataValue& value);
+    /// The number of children of an ordinary container that its text shows, else 0.
+    static std::uint32_t shownCount(const CDataValue& value)
+    {
+        const CDataValue& shown = face(value);
+        if (shown.m_packed)
+            return shown.m_payload.packed.node->count;
+        return isOrdinary(shown.m_kind) ? count(*shown.m_payload.children) : 0;
+    }
+    static std::uint32_t count(const Container& container)
+    {
+        return static_cast<std::uint32_t>(container.elements.size() + container.members.size());
+    }
     static const DataValueText& text(const CDataValue& value)
     {
         return *std::launder(reinterpret_cast<const DataValueText*>(value.m_payload.text));
@@ -230,26 +232,18 @@ struct DataValueTree
 
     /// Fills `to`, a null value, with a copy.
     static void copy(CDataValue& to, const CDataValue& from, Copy what);
-    /// The quick way to copy a container that is packed already; false when it is not for it.
+    /// Fills `to`, a null value, with a copy of a part of a packed tree.
+    static void copyPart(CDataValue& to, PackedBlock& block, const PackedNode& node);
+    /// The quick way to copy a whole packed tree; false when `from` is none.
     static bool share(CDataValue& to, const CDataValue& from)
     {
-        if (from.m_extras || !isOrdinary(from.m_kind))
+        if (!from.m_packed || from.m_extras)
             return false;
-        PackedBlock* block = nullptr;
-        const PackedNode* node = nullptr;
-        if (from.m_packed) {
-            block = from.m_payload.packed.block;
-            node = from.m_payload.packed.node;
-            if (node != block->root()) // may be too small a part
-                return false;
-        } else {
-            block = from.m_payload.children->packed;
-            if (!block)
-                return false;
-            node = block->root();
-        }
+        PackedBlock* const block = from.m_payload.packed.block;
+        if (from.m_payload.packed.node != block->root()) // may be too small a part
+            return false;
         block->addReference();
-        to.m_payload.packed = {block, node};
+        to.m_payload.packed = {block, block->root()};
         to.m_kind = from.m_kind;
         to.m_packed = true;
         return true;
@@ -263,7 +257,7 @@ struct DataValueTree
         to.m_payload = from.m_payload; // a text's bytes may be moved as they are, too
         to.m_kind = std::exchange(from.m_kind, NULL_VALUE);
         to.m_packed = std::exchange(from.m_packed, false);
-        if (Container* const container = unpackedChildren(to))
+        if (Container* const container = unpacked(to))
             container->owner = &to;
         delete to.m_extras;
         to.m_extras = std::exchange(from.m_extras, nullptr);
@@ -274,7 +268,7 @@ struct DataValueTree
     /// is copied: a value cannot hold itself.
     static CDataValue moved(CDataValue& value, const CDataValue& target)
     {
-        const Container* const container = unpackedChildren(value);
+        const Container* const container = unpacked(value);
         return container ? movedContainer(value, target) : CDataValue(std::move(value));
     }
     /// Whether `value` can go into `target` as it stands: moved() would change nothing.
@@ -322,34 +316,18 @@ struct DataValueTree
     }
     static CDataValue& insertSlot(Container& container, std::size_t index);
 
-    /// To be called before the content or the mirror of `value` changes: what hangs above it, and
-    /// will not be reached by the synchronising walk that follows (if one does), keeps its mirror,
-    /// and packed trees that tell of the old content are dropped.
+    /// To be called before the content or the mirror of `value` changes: a container around it that
+    /// the synchronising walk that follows (if one does) will not reach keeps its mirror.
     static void beforeChange(CDataValue& value, bool synchronised)
     {
-        const Container* const own = unpackedChildren(value);
-        if (value.m_holder || (own && own->covered))
-            beforeNotedChange(value, synchronised);
+        if (value.m_holder)
+            keepMirrorAround(value, synchronised);
     }
     static void storeMirror(Container& container);
-    /// Drops the packed trees that would not tell the truth after a change in `container`.
-    static void uncover(Container* container)
-    {
-        for (; container && container->covered; container = container->owner->m_holder) {
-            container->covered = false;
-            container->cannotPack = false;
-            if (PackedBlock* const block = std::exchange(container->packed, nullptr))
-                block->dropReference();
-        }
-    }
     /// The children of the stored mirror, to be changed; null when none is stored.
     static Container* mirrored(const Container& container)
     {
-        if (!container.mirror)
-            return nullptr;
-        Container* const result = children(*container.mirror);
-        uncover(result);
-        return result;
+        return container.mirror ? children(*container.mirror) : nullptr;
     }
     /// Brings `value` and all below it in step.
     static void synchronise(CDataValue& value);
@@ -358,41 +336,38 @@ struct DataValueTree
     /// Tells the containers from `container` upwards what `child` brings with it.
     static void noteChild(Container& container, const CDataValue& child)
     {
-        const Container* const below = unpackedChildren(child);
-        if (isAddressKind(child.m_kind) || (below && below->mayHoldAddress))
+        const Container* const below = unpacked(child);
+        if (faceKind(child) != child.m_kind || (below && below->mayHoldAddress))
             markMayHoldAddress(&container);
         if (below && below->outOfStep && isOrdinary(child.m_kind))
             markOutOfStep(&container);
     }
 
-    /// The keys of a map of either family, in byte order.
-    static std::vector<std::string> keys(const CDataValue& map);
     static bool holdsAddress(const CDataValue& value)
     {
         if (!isOrdinary(value.m_kind))
             return isAddressKind(value.m_kind);
-        const Container* const container = unpackedChildren(value);
+        const Container* const container = unpacked(value);
         return container && container->mayHoldAddress && findsAddress(value);
     }
+    /// Whether both texts describe the same content.
     static bool equal(const CDataValue& a, const CDataValue& b);
+    /// The keys of an ordinary map, in byte order.
+    static std::vector<std::string> keys(const CDataValue& map);
     /// The deep search below `node`: over the text (`faces`) or over the children themselves.
     static void find(std::string_view key, const CDataValue& node, bool faces,
                      std::list<CDataValue>& found);
 
 private:
-    friend class DataValuePacker;
     static constexpr std::size_t kUsualMembers = 8;
     struct CopyStep;
     static CDataValue movedContainer(CDataValue& value, const CDataValue& target);
     static void makeRoom(Container& container);
-    static void beforeNotedChange(CDataValue& value, bool synchronised);
+    static void keepMirrorAround(CDataValue& value, bool synchronised);
     static void unpack(CDataValue& value);
-    /// The children of a container that is in step as a packed tree, which the container keeps;
-    /// null when they cannot be packed.
-    static PackedBlock* pack(Container& container);
     /// Makes `to` a packed copy; false when that cannot be.
-    static bool copyPacked(CDataValue& to, const CDataValue& from);
-    static bool equalNodes(const PackedNode& a, const PackedNode& b);
+    static bool copyPacked(CDataValue& to, const CDataValue& from, Copy what);
+    static void takeComments(CDataValue& value, const PackedBlock& block, const PackedNode& node);
     static void copyOne(const CopyStep& step, std::vector<CopyStep>& pending);
     static bool findsAddress(const CDataValue& value);
     static void copyScalar(CDataValue& to, const CDataValue& from);

@@ -39,7 +39,7 @@ CDataValue& getMember(CDataValue& map, std::string_view key)
 
 bool hasMember(const CDataValue& map, std::string_view key)
 {
-    return map.isAddressMap() && Tree::children(map)->members.find(key) != nullptr;
+    return map.isAddressMap() && Tree::unpacked(map)->members.find(key) != nullptr;
 }
 
 void removeMember(CDataValue& map, std::string_view key)
@@ -53,7 +53,7 @@ std::list<CDataValue> findMembers(std::string_view key, const CDataValue& node)
     std::list<CDataValue> found;
     if (!node.isAddressMap())
         return found;
-    for (const auto& member : Tree::children(node)->members) {
+    for (const auto& member : Tree::unpacked(node)->members) {
         if (member.key.view() == key)
             found.push_back(member.value);
         Tree::find(key, member.value, false, found);
@@ -64,7 +64,7 @@ std::list<CDataValue> findMembers(std::string_view key, const CDataValue& node)
 /// Whether `index` passes the described bound test, which only 0 does.
 bool mayReach(const CDataValue& array, unsigned int index)
 {
-    return array.isAddressArray() && !Tree::children(array)->elements.empty() &&
+    return array.isAddressArray() && !Tree::unpacked(array)->elements.empty() &&
            index <= array.addressArrayCount();
 }
 
@@ -102,7 +102,12 @@ bool CDataValue::addressMapIsMember(const QString& key) const
 
 std::vector<std::string> CDataValue::addressMapGetKeys() const
 {
-    return isAddressMap() ? DataValueTree::keys(*this) : std::vector<std::string>();
+    std::vector<std::string> keys;
+    if (!isAddressMap())
+        return keys;
+    for (const auto& member : m_payload.children->members)
+        keys.emplace_back(member.key.view());
+    return keys;
 }
 
 void CDataValue::addressMapRemove(const char* key)

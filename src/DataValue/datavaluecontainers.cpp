@@ -62,9 +62,6 @@ CDataValue& setMember(CDataValue& map, std::string_view key, CDataValue&& fresh,
     return slot;
 }
 
-/// Up to so many members are looked through one by one.
-constexpr std::uint32_t kFewMembers = 16;
-
 CDataValue& getMember(CDataValue& map, std::string_view key)
 {
     DataValueMembers::Member* const member =
@@ -72,13 +69,14 @@ CDataValue& getMember(CDataValue& map, std::string_view key)
     return member ? member->value : CDataValue::referToMemberNull();
 }
 
+/// The members and the text always have the same keys.
 bool hasMember(const CDataValue& map, std::string_view key)
 {
-    if (const PackedNode* const packed = Tree::packedNode(map)) {
-        if (packed->count <= kFewMembers)
-            return map.isObject() && ::findMember(*packed, key) != nullptr;
-    }
-    return map.isObject() && Tree::children(map)->members.find(key) != nullptr;
+    if (!map.isObject())
+        return false;
+    const PackedNode* const packed = Tree::packedNode(map);
+    return packed ? ::findMember(*packed, key) != nullptr
+                  : Tree::unpacked(map)->members.find(key) != nullptr;
 }
 
 std::list<CDataValue> findMembers(std::string_view key, const CDataValue& node)
@@ -145,7 +143,7 @@ unsigned int appendElement(CDataValue& array, CDataValue&& fresh, bool synchroni
 }
 
 /// Whether `index` names an element or the place behind the last one that the text shows.
-bool mayReach(const CDataValue& array, unsigned int index)
+bool mayReach(CDataValue& array, unsigned int index)
 {
     return array.isArray() && !Tree::children(array)->elements.empty() && index <= array.getSize();
 }
@@ -229,7 +227,6 @@ bool CDataValue::mapIsMember(const QString& key) const
 std::vector<std::string> CDataValue::mapGetKeys() const
 {
     requireOrdinary(*this, __LINE__);
-    // The members and the text always have the same keys.
     return isObject() ? DataValueTree::keys(*this) : std::vector<std::string>();
 }
 

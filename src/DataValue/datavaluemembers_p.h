@@ -116,6 +116,7 @@ public:
     class Iterator
     {
     public:
+        Iterator() = default;
         Member& operator*() const { return *(*m_page)[m_at].member; }
         Member* operator->() const { return (*m_page)[m_at].member; }
         Iterator& operator++()
@@ -139,8 +140,8 @@ public:
             , m_at(at)
         {
         }
-        const Page* m_page;
-        std::size_t m_at;
+        const Page* m_page = nullptr;
+        std::size_t m_at = 0;
     };
 
     Iterator begin() const { return Iterator(m_size ? firstPage() : endPage(), 0); }

@@ -23,7 +23,7 @@ void forEachChild(DataValueTree::Container& container, Visit visit)
 bool CDataValue::Extras::hasComments() const
 {
     return std::any_of(comments.begin(), comments.end(),
-                       [](const std::string& comment) { return !comment.empty(); });
+                       [](const DataValueText& comment) { return !comment.view().empty(); });
 }
 
 DataValueElement::DataValueElement(DataValueElement&& other) noexcept
@@ -40,11 +40,6 @@ DataValueElement& DataValueElement::operator=(DataValueElement&& other) noexcept
     return *this;
 }
 
-ENUM_VALUE_TYPE DataValueTree::faceKind(const CDataValue& value)
-{
-    return value.m_kind >= NULL_VALUE && value.m_kind <= MAP_VALUE ? value.m_kind : NULL_VALUE;
-}
-
 DataValueTree::Extras& DataValueTree::makeExtras(CDataValue& value)
 {
     if (!value.m_extras)
@@ -54,7 +49,7 @@ DataValueTree::Extras& DataValueTree::makeExtras(CDataValue& value)
 
 CDataValue::Container* CDataValue::Container::create(CDataValue& owner, std::size_t members)
 {
-    constexpr std::size_t kMost = 64; // a large map is cleared, or loses members, to some purpose
+    constexpr std::size_t kMost = 64; // clearing a larger map gives its memory back
     const std::size_t inside = members <= kMost ? members : 0;
     const std::size_t room = inside ? DataValueMembers::roomFor(inside) : 0;
     void* const memory = ::operator new(sizeof(Container) + room);
@@ -95,7 +90,7 @@ void DataValueTree::release(Container* container)
     // A deep tree must not be destroyed by recursion: containers below are taken out and queued.
     container->nextToRelease = nullptr;
     const auto detach = [](CDataValue& value, Container*& queue) {
-        Container* const below = unpackedChildren(value);
+        Container* const below = unpacked(value);
         if (!below)
             return;
         value.m_kind = NULL_VALUE;
@@ -132,7 +127,7 @@ void DataValueTree::exchangeContent(CDataValue& a, CDataValue& b) noexcept
 
 void DataValueTree::take(CDataValue& to, CDataValue& from)
 {
-    Container* const container = unpackedChildren(from);
+    Container* const container = unpacked(from);
     if (from.m_holder || isAddressKind(from.m_kind) || (container && container->mayHoldAddress)) {
         copy(to, from, Copy::Whole);
         return;
@@ -153,7 +148,7 @@ void DataValueTree::take(CDataValue& to, CDataValue& from)
 
 CDataValue DataValueTree::movedContainer(CDataValue& value, const CDataValue& target)
 {
-    const Container& container = *unpackedChildren(value);
+    const Container& container = *unpacked(value);
     const bool isEmpty = container.elements.empty() && container.members.empty();
     if (!isEmpty && isBelow(target, value))
         return CDataValue(std::as_const(value));
@@ -193,7 +188,7 @@ CDataValue& DataValueTree::insertSlot(Container& container, std::size_t index)
     return place(container, container.elements.emplace(container.elements.begin() + at)->value);
 }
 
-void DataValueTree::beforeNotedChange(CDataValue& value, bool synchronised)
+void DataValueTree::keepMirrorAround(CDataValue& value, bool synchronised)
 {
     const CDataValue* top = &value;
     while (synchronised && top->m_holder && top->m_linked)
@@ -201,8 +196,6 @@ void DataValueTree::beforeNotedChange(CDataValue& value, bool synchronised)
     Container* const holder = top->m_holder;
     if (holder && isOrdinary(holder->owner->m_kind) && !holder->mirror)
         storeMirror(*holder);
-    Container* const own = unpackedChildren(value);
-    uncover(own ? own : value.m_holder);
 }
 
 void DataValueTree::storeMirror(Container& container)
@@ -211,12 +204,11 @@ void DataValueTree::storeMirror(Container& container)
     copy(*mirror, *container.owner, Copy::Face);
     container.mirror = std::move(mirror);
     markOutOfStep(&container);
-    uncover(&container); // the copy may have packed it
 }
 
 void DataValueTree::synchronise(CDataValue& value)
 {
-    Container* const top = unpackedChildren(value);
+    Container* const top = unpacked(value);
     if (!top || !top->outOfStep || !isOrdinary(value.m_kind))
         return;
     std::vector<Container*> pending{top};
@@ -227,7 +219,7 @@ void DataValueTree::synchronise(CDataValue& value)
         container->outOfStep = false;
         forEachChild(*container, [&pending](CDataValue& child) {
             child.m_linked = true;
-            Container* const below = unpackedChildren(child);
+            Container* const below = unpacked(child);
             if (below && below->outOfStep && isOrdinary(child.m_kind))
                 pending.push_back(below);
         });
@@ -260,23 +252,6 @@ void DataValueTree::markMayHoldAddress(Container* container)
     }
 }
 
-bool DataValueTree::findsAddress(const CDataValue& value)
-{
-    std::vector<Container*> pending{children(value)};
-    bool found = false;
-    while (!pending.empty() && !found) {
-        Container* const container = pending.back();
-        pending.pop_back();
-        forEachChild(*container, [&](CDataValue& child) {
-            found = found || isAddressKind(child.m_kind);
-            Container* const below = unpackedChildren(child);
-            if (below && below->mayHoldAddress && isOrdinary(child.m_kind))
-                pending.push_back(below);
-        });
-    }
-    return found;
-}
-
 void CDataValue::swap(CDataValue& other)
 {
     if (this == &other)
@@ -305,7 +280,7 @@ void CDataValue::swap(CDataValue& other)
 
 void CDataValue::synchJsonData()
 {
-    DataValueTree::Container* const container = DataValueTree::unpackedChildren(*this);
+    DataValueTree::Container* const container = DataValueTree::unpacked(*this);
     if (!container || !container->outOfStep)
         return;
     DataValueTree::beforeChange(*this, false);
@@ -314,7 +289,7 @@ void CDataValue::synchJsonData()
 
 void CDataValue::synchPreDataPoint()
 {
-    DataValueTree::Container* const container = DataValueTree::unpackedChildren(*this);
+    DataValueTree::Container* const container = DataValueTree::unpacked(*this);
     if (!container)
         return;
     const bool ordinary = DataValueTree::isOrdinary(m_kind);

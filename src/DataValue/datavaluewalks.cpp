@@ -1,5 +1,6 @@
 // Walks over whole trees: copying, comparing, searching.
 
+#include "DataValue/core/cursor_p.h"
 #include "DataValue/datavalue_p.h"
 
 #include <algorithm>
@@ -32,13 +33,19 @@ void DataValueTree::copyOne(const CopyStep& step, std::vector<CopyStep>& pending
     CDataValue& to = *step.to;
     if (from.m_extras && from.m_extras->hasComments())
         makeExtras(to).comments = from.m_extras->comments;
-    if ((faces && faceKind(from) == NULL_VALUE) || copyPacked(to, from))
+    if (faces && faceKind(from) == NULL_VALUE)
         return;
-    const Container* const source = children(from);
-    if (!source) {
+    if (!isContainer(from.m_kind)) {
         copyScalar(to, from);
         return;
     }
+    const Container* const source = unpacked(from); // null for a packed one, which is in step
+    const bool keepsMirror =
+        step.what == Copy::Whole && isOrdinary(from.m_kind) && source && source->outOfStep;
+    const bool mayPack = isOrdinary(from.m_kind) && !keepsMirror &&
+                         (!source || (count(*source) != 0 && (faces || !source->mayHoldAddress)));
+    if (mayPack && copyPacked(to, from, step.what))
+        return;
 
     constructFor(to, from.m_kind, source->members.size());
     Container& container = *to.m_payload.children;
@@ -57,7 +64,7 @@ void DataValueTree::copyOne(const CopyStep& step, std::vector<CopyStep>& pending
     for (const auto& member : source->members)
         copyChild(memberSlot(container, member.key), member.value);
 
-    if (step.what == Copy::Whole && isOrdinary(from.m_kind) && source->outOfStep) {
+    if (keepsMirror) {
         container.mirror = std::make_unique<CDataValue>();
         copy(*container.mirror, from, Copy::Face);
         markOutOfStep(&container);
@@ -66,8 +73,6 @@ void DataValueTree::copyOne(const CopyStep& step, std::vector<CopyStep>& pending
 
 void DataValueTree::copy(CDataValue& to, const CDataValue& from, Copy what)
 {
-    if (!from.m_extras && copyPacked(to, from))
-        return;
     std::vector<CopyStep> pending;
     copyOne(CopyStep{&to, &from, what}, pending);
     while (!pending.empty()) {
@@ -79,116 +84,87 @@ void DataValueTree::copy(CDataValue& to, const CDataValue& from, Copy what)
 
 namespace {
 
-using Tree = DataValueTree;
-using Pair = std::pair<const CDataValue*, const CDataValue*>;
-
-bool equalScalars(const CDataValue& a, const CDataValue& b, ENUM_VALUE_TYPE kind)
+/// Whether both are values of the same kind and content; of containers, the same count.
+bool isSameValue(const ValueCursor& at, const ValueCursor& other)
 {
-    switch (kind) {
+    const PackedNode& a = at.node();
+    const PackedNode& b = other.node();
+    if (a.kind != b.kind)
+        return false;
+    switch (a.type()) {
     case INT_VALUE:
-        return Tree::signedNumber(a) == Tree::signedNumber(b);
+        return a.signedNumber == b.signedNumber;
     case UINT_VALUE:
-        return Tree::unsignedNumber(a) == Tree::unsignedNumber(b);
+        return a.unsignedNumber == b.unsignedNumber;
     case REAL_VALUE:
-        return Tree::real(a) == Tree::real(b);
+        return a.real == b.real;
     case STRING_VALUE:
-        return Tree::text(a).view() == Tree::text(b).view();
+        return at.text() == other.text();
     case BOOLEAN_VALUE:
-        return Tree::flag(a) == Tree::flag(b);
+        return a.flag == b.flag;
+    case ARRAY_VALUE:
+    case MAP_VALUE:
+        return a.count == b.count;
     default:
         return true;
     }
-}
-
-/// Whether both containers have the same keys and count; queues the pairs of their children.
-bool sameShape(const Tree::Container& a, const Tree::Container& b, std::vector<Pair>& pending)
-{
-    if (a.elements.size() != b.elements.size() || a.members.size() != b.members.size())
-        return false;
-    for (std::size_t i = 0; i < a.elements.size(); ++i)
-        pending.emplace_back(&a.elements[i].value, &b.elements[i].value);
-    auto other = b.members.begin();
-    for (const auto& member : a.members) {
-        if (member.key.view() != other->key.view())
-            return false;
-        pending.emplace_back(&member.value, &other->value);
-        ++other;
-    }
-    return true;
 }
 
 } // namespace
 
 bool DataValueTree::equal(const CDataValue& first, const CDataValue& second)
 {
-    std::vector<Pair> pending{{&first, &second}};
-    while (!pending.empty()) {
-        const CDataValue& a = face(*pending.back().first);
-        const CDataValue& b = face(*pending.back().second);
-        pending.pop_back();
-        const ENUM_VALUE_TYPE kind = faceKind(a);
-        if (kind != faceKind(b))
+    ValueCursor at(first);
+    ValueCursor other(second);
+    do { // while all is the same, both stand at the same place
+        if (at.isEnd())
+            continue;
+        if (at.isMember() && at.key() != other.key())
             return false;
-        if (isOrdinary(kind)) {
-            const PackedNode* const one = packedNode(a);
-            const PackedNode* const other = packedNode(b);
-            if (one && other) {
-                if (!equalNodes(*one, *other))
-                    return false;
-            } else if (!sameShape(*children(a), *children(b), pending))
-                return false;
-        } else if (!equalScalars(a, b, kind)) {
+        if (!isSameValue(at, other))
             return false;
-        }
-    }
+    } while (at.next() && other.next());
     return true;
 }
 
 std::vector<std::string> DataValueTree::keys(const CDataValue& map)
 {
     std::vector<std::string> result;
-    if (const PackedNode* const packed = packedNode(map)) {
-        result.reserve(packed->count);
-        const PackedNode* key = packed + 1;
-        for (std::uint32_t i = 0; i < packed->count; ++i, key = (key + 1)->behind())
-            result.emplace_back(key->view());
-        return result;
+    result.reserve(shownCount(map));
+    ValueCursor at(map);
+    while (at.next() && !at.isEnd()) {
+        result.emplace_back(at.key());
+        at.skip();
     }
-    result.reserve(children(map)->members.size());
-    for (const auto& member : children(map)->members)
-        result.emplace_back(member.key.view());
     return result;
 }
 
 void DataValueTree::find(std::string_view key, const CDataValue& node, bool faces,
                          std::list<CDataValue>& found)
 {
-    struct Candidate
-    {
-        const CDataValue* value;
-        bool matches;
-    };
-    // The stack holds what is still to visit, the next one on top: children go on it backwards.
-    std::vector<Candidate> pending{{&node, false}};
-    while (!pending.empty()) {
-        const Candidate candidate = pending.back();
-        pending.pop_back();
-        const CDataValue& value = faces ? face(*candidate.value) : *candidate.value;
-        if (candidate.matches) {
-            found.emplace_back();
-            copy(found.back(), value, faces ? Copy::Face : Copy::Whole);
-        }
-        if (!isOrdinary(value.m_kind))
+    ValueCursor at(node, faces ? ValueCursor::Shown : ValueCursor::Held);
+    do {
+        if (at.isEnd())
             continue;
-        const Container& container = *children(value);
-        for (auto element = container.elements.rbegin(); element != container.elements.rend();
-             ++element) {
-            if (element->value.isObject())
-                pending.push_back({&element->value, false});
-        }
-        const auto top = static_cast<std::ptrdiff_t>(pending.size());
-        for (const auto& member : container.members)
-            pending.push_back({&member.value, member.key.view() == key});
-        std::reverse(pending.begin() + top, pending.end());
+        if (at.isMember() && at.key() == key)
+            at.copyTo(found.emplace_back());
+        const bool isInArray = at.depth() != 0 && !at.isMember();
+        if (isInArray && at.kind() == ARRAY_VALUE)
+            at.skip();
+    } while (at.next());
+}
+
+bool DataValueTree::findsAddress(const CDataValue& value)
+{
+    ValueCursor at(value, ValueCursor::Held);
+    while (at.next()) {
+        if (at.isEnd())
+            continue;
+        if (isAddressKind(at.value()->m_kind))
+            return true;
+        const Container* const below = unpacked(*at.value());
+        if (!below || !below->mayHoldAddress)
+            at.skip();
     }
+    return false;
 }

@@ -1,55 +1,32 @@
 #include "DataValue/jsonbridge_p.h"
 
-#include "DataValue/datavalue_p.h"
+#include "DataValue/core/cursor_p.h"
 
-#include <utility>
 #include <vector>
 
 namespace {
 
-using Tree = DataValueTree;
-
-struct Step
+/// The value that it stands at, a container without its children.
+Json::Value ownContent(const ValueCursor& at)
 {
-    const CDataValue* from;
-    Json::Value* to;
-};
-
-void convertContainer(const CDataValue& from, Json::Value& to, std::vector<Step>& pending)
-{
-    const Tree::Container& container = *Tree::children(from);
-    to = Json::Value(from.isArray() ? Json::arrayValue : Json::objectValue);
-    for (const DataValueElement& element : container.elements)
-        pending.push_back({&element.value, &to.append(Json::Value())});
-    for (const auto& member : container.members)
-        pending.push_back({&member.value, &to[std::string(member.key.view())]});
-}
-
-void convertOne(const Step& step, std::vector<Step>& pending)
-{
-    const CDataValue& from = Tree::face(*step.from);
-    switch (Tree::faceKind(from)) {
+    const PackedNode& node = at.node();
+    switch (node.type()) {
     case INT_VALUE:
-        *step.to = Tree::signedNumber(from);
-        break;
+        return node.signedNumber;
     case UINT_VALUE:
-        *step.to = Tree::unsignedNumber(from);
-        break;
+        return node.unsignedNumber;
     case REAL_VALUE:
-        *step.to = Tree::real(from);
-        break;
+        return node.real;
     case STRING_VALUE:
-        *step.to = std::string(Tree::text(from).view());
-        break;
+        return std::string(at.text());
     case BOOLEAN_VALUE:
-        *step.to = Tree::flag(from);
-        break;
+        return node.flag;
     case ARRAY_VALUE:
+        return Json::arrayValue;
     case MAP_VALUE:
-        convertContainer(from, *step.to, pending);
-        break;
+        return Json::objectValue;
     default:
-        break; // null is what the slot holds
+        return Json::nullValue;
     }
 }
 
@@ -57,32 +34,30 @@ void convertOne(const Step& step, std::vector<Step>& pending)
 
 bool JsonBridge::nestsAtMost(const CDataValue& value, int levels)
 {
-    std::vector<std::pair<const CDataValue*, int>> pending{{&value, 1}};
-    while (!pending.empty()) {
-        const auto [next, level] = pending.back();
-        pending.pop_back();
-        if (level > levels)
+    ValueCursor at(value);
+    do {
+        if (at.depth() >= static_cast<std::size_t>(levels))
             return false;
-        const CDataValue& face = Tree::face(*next);
-        if (!Tree::isOrdinary(face.type()))
-            continue;
-        const Tree::Container& container = *Tree::children(face);
-        for (const DataValueElement& element : container.elements)
-            pending.emplace_back(&element.value, level + 1);
-        for (const auto& member : container.members)
-            pending.emplace_back(&member.value, level + 1);
-    }
+    } while (at.next());
     return true;
 }
 
 Json::Value JsonBridge::toJson(const CDataValue& value)
 {
     Json::Value result;
-    std::vector<Step> pending{{&value, &result}};
-    while (!pending.empty()) {
-        const Step step = pending.back();
-        pending.pop_back();
-        convertOne(step, pending);
-    }
+    std::vector<Json::Value*> open; // the containers around
+    ValueCursor at(value);
+    do {
+        if (at.isEnd()) {
+            open.pop_back();
+            continue;
+        }
+        Json::Value& to = open.empty()    ? result
+                          : at.isMember() ? (*open.back())[std::string(at.key())]
+                                          : open.back()->append(Json::Value());
+        to = ownContent(at);
+        if (at.mayEnter())
+            open.push_back(&to);
+    } while (at.next());
     return result;
 }

@@ -22,16 +22,8 @@ using Tree = DataValueTree;
 /// Far below the depth that JsonCpp's reader refuses, so that it alone draws that line.
 constexpr std::size_t kDepth = 500;
 
-/// Room to begin with, enough for most messages.
-constexpr std::size_t kExpectedDepth = 16;
-
 /// The reader loads aligned blocks of 16 bytes, so it may look this far behind the text.
 constexpr std::size_t kPadding = 16;
-
-/// Nodes that are moved to put members in order may be so many times those of the tree. Maps
-/// whose members are in order, as all of this library's are, cost nothing; deeply nested ones in
-/// disorder would be moved once for every level.
-constexpr std::size_t kMovesPerNode = 32;
 
 /// The texts of a value stay where they were read. Where the whole is more than so many times their
 /// bytes, and more than a few, they are copied out of it.
@@ -45,8 +37,10 @@ public:
     explicit Events(PackedBuilder& builder)
         : m_builder(builder)
     {
-        m_open.reserve(kExpectedDepth);
     }
+
+    /// Whether the members of all maps came in order, each key only once.
+    bool isInOrder() const { return m_isInOrder; }
 
     bool Null()
     {
@@ -69,11 +63,6 @@ public:
     }
     bool Key(const char* text, rapidjson::SizeType size, bool)
     {
-        Open& map = m_open.back();
-        const std::string_view key(text, size);
-        map.isInOrder = map.isInOrder && (!map.hasMembers || map.latestKey < key);
-        map.hasMembers = true;
-        map.latestKey = key;
         m_builder.addLastingText(text, size);
         return true;
     }
@@ -81,31 +70,26 @@ public:
     bool StartArray() { return start(ARRAY_VALUE); }
     bool EndObject(rapidjson::SizeType count)
     {
-        const Open map = m_open.back();
-        m_open.pop_back();
-        m_builder.end(map.node, count);
-        return map.isInOrder || sortMembers(map.node);
+        const PackedNode* key = &m_builder.open() + 1;
+        for (rapidjson::SizeType left = count; left > 1 && m_isInOrder; --left) {
+            const PackedNode* const next = (key + 1)->behind();
+            m_isInOrder = key->view() < next->view();
+            key = next;
+        }
+        return EndArray(count);
     }
     bool EndArray(rapidjson::SizeType count)
     {
-        m_builder.end(m_open.back().node, count);
-        m_open.pop_back();
+        m_builder.end(count);
+        --m_depth;
         return true;
     }
 
 private:
-    struct Open
-    {
-        std::size_t node;
-        std::string_view latestKey;
-        bool hasMembers;
-        bool isInOrder;
-    };
-
     bool start(ENUM_VALUE_TYPE kind)
     {
-        m_open.push_back({m_builder.begin(kind), {}, false, true});
-        return m_open.size() <= kDepth;
+        m_builder.begin(kind);
+        return ++m_depth <= kDepth;
     }
 
     bool number(std::string_view text)
@@ -129,34 +113,47 @@ private:
         return true;
     }
 
-    /// False when a key occurs twice, or when too much would have to be moved.
-    bool sortMembers(std::size_t map)
-    {
-        const PackedNode* const first = &m_builder.node(map);
-        m_moves += first->size;
-        if (m_moves > kMovesPerNode * m_builder.nodeCount())
-            return false;
-        std::vector<const PackedNode*> members; // their keys
-        members.reserve(first->count);
-        for (const PackedNode* key = first + 1; key != first->behind(); key = (key + 1)->behind())
-            members.push_back(key);
-        std::sort(members.begin(), members.end(),
-                  [](const PackedNode* a, const PackedNode* b) { return a->view() < b->view(); });
-        std::vector<PackedNode> sorted;
-        sorted.reserve(first->size);
-        for (std::size_t i = 0; i < members.size(); ++i) {
-            if (i != 0 && members[i - 1]->view() == members[i]->view())
-                return false;
-            sorted.insert(sorted.end(), members[i], (members[i] + 1)->behind());
-        }
-        std::copy(sorted.begin(), sorted.end(), &m_builder.node(map) + 1);
-        return true;
-    }
-
     PackedBuilder& m_builder;
-    std::vector<Open> m_open;
-    std::size_t m_moves = 0;
+    std::size_t m_depth = 0;
+    bool m_isInOrder = true;
 };
+
+/// Adds a value with the members of its maps in order, of several with one key the last. The bytes
+/// of the texts are not copied. Recurses; nothing nests deeper than kDepth here.
+void addInOrder(PackedBuilder& builder, const PackedNode& node)
+{
+    if (node.kind == STRING_VALUE) {
+        builder.addLastingText(node.text, node.size);
+        return;
+    }
+    if (!node.isContainer()) {
+        builder.addLeaf(node);
+        return;
+    }
+    builder.begin(node.type());
+    std::size_t count = 0;
+    if (node.kind == ARRAY_VALUE) {
+        for (const PackedNode* child = &node + 1; child != node.behind(); child = child->behind())
+            addInOrder(builder, *child);
+        count = node.count;
+    } else {
+        std::vector<const PackedNode*> keys;
+        keys.reserve(node.count);
+        for (const PackedNode* key = &node + 1; key != node.behind(); key = (key + 1)->behind())
+            keys.push_back(key);
+        std::stable_sort(keys.begin(), keys.end(), [](const PackedNode* a, const PackedNode* b) {
+            return a->view() < b->view();
+        });
+        for (auto key = keys.begin(); key != keys.end(); ++key) {
+            if (key + 1 != keys.end() && key[0]->view() == key[1]->view())
+                continue;
+            builder.addLastingText((*key)->text, (*key)->size);
+            addInOrder(builder, (*key)[1]);
+            ++count;
+        }
+    }
+    builder.end(count);
+}
 
 /// Reads `text`, which is the builder's, ends with a zero byte and has the padding behind it.
 bool readInPlace(PackedBuilder& builder, char* text, std::size_t size, CDataValue& value)
@@ -169,14 +166,23 @@ bool readInPlace(PackedBuilder& builder, char* text, std::size_t size, CDataValu
     Events events(builder);
     if (!reader.Parse<kFlags>(stream, events))
         return false;
+    PackedBuilder inOrder;
+    if (!events.isInOrder()) {
+        addInOrder(inOrder, builder.root());
+        inOrder.takeTexts(builder);
+    }
+    PackedBuilder& result = events.isInOrder() ? builder : inOrder;
+    const bool isLoose = size > kPart * result.textBytes() + kFewBytes;
     CDataValue read;
-    if (size > kPart * builder.textBytes() + kFewBytes) { // mostly blanks, numbers or escapes
-        PackedBuilder compact;
-        compact.addCopy(builder.node(0));
-        if (!Tree::constructPacked(read, compact))
-            return false;
-    } else if (!Tree::constructPacked(read, builder)) {
+    if (!Tree::constructPacked(read, result))
         return false;
+    if (isLoose && Tree::packedNode(read)) { // mostly blanks, numbers or escapes
+        PackedBuilder compact;
+        compact.addCopy(*Tree::packedBlock(read), *Tree::packedNode(read));
+        CDataValue copy;
+        if (!Tree::constructPacked(copy, compact))
+            return false;
+        read = std::move(copy);
     }
     value = std::move(read);
     return true;

@@ -8,8 +8,8 @@
 /// The quick way to read ordinary JSON text: straight into a packed tree.
 ///
 /// It refuses everything that it might read differently from JsonCpp's reader, whose word counts:
-/// comments and other leniencies, keys that occur twice, numbers outside a double's range, deep
-/// nesting, errors of any kind. What it accepts, both read alike.
+/// comments and other leniencies, numbers outside a double's range, deep nesting, errors of any
+/// kind. What it accepts, both read alike.
 namespace JsonFastReader {
 
 /// Reads UTF-8 into `value`. False, with `value` unchanged, when the text is not for this way.

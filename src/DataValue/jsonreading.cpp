@@ -28,84 +28,59 @@ double nearestDouble(const Json::Value& json)
                           : static_cast<double>(json.asUInt64());
 }
 
-void constructInteger(CDataValue& value, const Json::Value& json, Integers rule)
+void addInteger(PackedBuilder& builder, const Json::Value& json, Integers rule)
 {
     const bool byText = rule == Integers::ByTheirText;
     const bool ruledOut = byText && (!json.isInt64() || !JsonText::isInteger(json.asInt64()));
     const bool isUnsigned = byText ? !json.isInt() : json.type() == Json::uintValue;
     if (!ruledOut && isUnsigned && json.isUInt())
-        Tree::constructUInt(value, json.asUInt());
+        builder.addUInt(json.asUInt());
     else if (!ruledOut && !isUnsigned && json.isInt())
-        Tree::constructInt(value, json.asInt());
+        builder.addInt(json.asInt());
     else
-        Tree::constructReal(value, nearestDouble(json));
+        builder.addReal(nearestDouble(json));
 }
 
-struct BuildStep
+/// Adds a scalar, or the beginning of a container.
+void addValue(PackedBuilder& builder, const Json::Value& json, Integers rule)
 {
-    const Json::Value* from;
-    CDataValue* to;
-};
-
-void copyComments(CDataValue& to, const Json::Value& from)
-{
-    static constexpr Json::CommentPlacement kPlaces[] = {
-        Json::commentBefore, Json::commentAfterOnSameLine, Json::commentAfter};
-    for (std::size_t i = 0; i < std::size(kPlaces); ++i) {
-        if (from.hasComment(kPlaces[i]))
-            Tree::makeExtras(to).comments[i] = from.getComment(kPlaces[i]);
-    }
-}
-
-void buildContainer(const BuildStep& step, std::vector<BuildStep>& pending)
-{
-    Tree::constructFor(*step.to, CDataValue::toValueType(*step.from), step.from->size());
-    Tree::Container& container = *Tree::children(*step.to);
-    if (step.from->isArray())
-        container.elements.reserve(step.from->size());
-    for (auto child = step.from->begin(); child != step.from->end(); ++child) {
-        if (step.from->isArray()) {
-            pending.push_back({&*child, &Tree::appendSlot(container)});
-        } else {
-            const char* end = nullptr;
-            const char* const begin = child.memberName(&end);
-            const std::string_view key(begin, static_cast<std::size_t>(end - begin));
-            pending.push_back({&*child, &Tree::memberSlot(container, key)});
-        }
-    }
-}
-
-void buildOne(const BuildStep& step, Integers rule, std::vector<BuildStep>& pending)
-{
-    const Json::Value& from = *step.from;
-    switch (CDataValue::toValueType(from)) {
+    const ENUM_VALUE_TYPE kind = CDataValue::toValueType(json);
+    switch (kind) {
     case INT_VALUE:
     case UINT_VALUE:
-        constructInteger(*step.to, from, rule);
+        addInteger(builder, json, rule);
         break;
     case REAL_VALUE:
-        Tree::constructReal(*step.to, from.asDouble());
+        builder.addReal(json.asDouble());
         break;
     case STRING_VALUE: {
         const char* begin = nullptr;
         const char* end = nullptr;
-        from.getString(&begin, &end);
-        Tree::constructText(*step.to,
-                            std::string_view(begin, static_cast<std::size_t>(end - begin)));
+        json.getString(&begin, &end);
+        builder.addText(std::string_view(begin, static_cast<std::size_t>(end - begin)));
         break;
     }
     case BOOLEAN_VALUE:
-        Tree::constructBool(*step.to, from.asBool());
+        builder.addBool(json.asBool());
         break;
     case ARRAY_VALUE:
     case MAP_VALUE:
-        buildContainer(step, pending);
+        builder.begin(kind);
         break;
     default:
-        break;
+        builder.addNull();
     }
-    copyComments(*step.to, from);
 }
+
+std::string commentOf(const Json::Value& json, CommentPlace place)
+{
+    const auto placement = static_cast<Json::CommentPlacement>(place);
+    return json.hasComment(placement) ? json.getComment(placement) : std::string();
+}
+
+static_assert(Json::commentBefore == int(CommentPlace::Before) &&
+              Json::commentAfterOnSameLine == int(CommentPlace::SameLine) &&
+              Json::commentAfter == int(CommentPlace::After));
 
 /// For each comment the reader looks for a line end, from the end of the last value on: the time
 /// for a line full of comments grows with the square of its length, to hours for a few megabytes.
@@ -142,12 +117,39 @@ bool readJson(const std::string& utf8, Json::Value& root)
 
 CDataValue build(const Json::Value& json, Integers rule)
 {
+    using Children = std::pair<Json::Value::const_iterator, const Json::Value*>;
+    PackedBuilder builder;
+    std::vector<Children> open; // the containers around, with what comes next
+    const auto add = [&](const Json::Value& value) {
+        addValue(builder, value, rule);
+        if (value.isArray() || value.isObject())
+            open.emplace_back(value.begin(), &value);
+    };
+    add(json);
+    while (!open.empty()) {
+        auto& [child, container] = open.back();
+        if (child == container->end()) {
+            builder.end(container->size());
+            open.pop_back();
+            continue;
+        }
+        if (container->isObject()) {
+            const char* end = nullptr;
+            const char* const begin = child.memberName(&end);
+            builder.addText(std::string_view(begin, static_cast<std::size_t>(end - begin)));
+        }
+        const Json::Value& value = *child;
+        ++child;
+        for (const CommentPlace place : kCommentPlaces)
+            builder.addComment(place, commentOf(value, place));
+        add(value);
+    }
     CDataValue result;
-    std::vector<BuildStep> pending{{&json, &result}};
-    while (!pending.empty()) {
-        const BuildStep step = pending.back();
-        pending.pop_back();
-        buildOne(step, rule, pending);
+    Tree::constructPacked(result, builder);
+    for (const CommentPlace place : kCommentPlaces) {
+        if (json.hasComment(static_cast<Json::CommentPlacement>(place)))
+            Tree::makeExtras(result).comments[std::size_t(place)] =
+                DataValueText(commentOf(json, place));
     }
     return result;
 }

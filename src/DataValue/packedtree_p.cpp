@@ -43,12 +43,38 @@ static_assert(sizeof(PackedBlock) % alignof(PackedNode) == 0, "nodes follow the 
 
 const PackedNode* findMember(const PackedNode& map, std::string_view key)
 {
-    const PackedNode* member = &map + 1;
+    constexpr std::uint32_t kFew = 16;
+    const PackedNode* const members = &map + 1;
+    if (map.count > kFew && map.size == 2 * map.count + 1) { // scalars and empty containers only
+        std::uint32_t low = 0;
+        for (std::uint32_t count = map.count; count != 0;) {
+            const std::uint32_t half = count / 2;
+            const bool right = members[2 * std::size_t(low + half)].view() < key;
+            low += right ? half + 1 : 0;
+            count = right ? count - half - 1 : half;
+        }
+        const PackedNode* const found = members + 2 * std::size_t(low);
+        return low != map.count && found->view() == key ? found + 1 : nullptr;
+    }
+    const PackedNode* member = members;
     for (std::uint32_t i = 0; i < map.count; ++i, member = (member + 1)->behind()) {
         if (member->view() == key)
             return member + 1;
     }
     return nullptr;
+}
+
+PackedBlock::Comments PackedBlock::comments(const PackedNode* first, const PackedNode* end) const
+{
+    const auto at = [this](const PackedNode* node) {
+        const auto isBefore = [](const PackedComment& comment, std::ptrdiff_t index) {
+            return comment.node < index;
+        };
+        return m_comments.data() +
+               (std::lower_bound(m_comments.begin(), m_comments.end(), node - root(), isBefore) -
+                m_comments.begin());
+    };
+    return {at(first), at(end)};
 }
 
 void PackedBlock::destroy()
@@ -112,11 +138,18 @@ void PackedBuilder::addLastingText(const char* bytes, std::size_t size)
     m_isTooLarge = m_isTooLarge || size >= kLimit;
 }
 
-void PackedBuilder::addCopy(const PackedNode& node)
+void PackedBuilder::addCopy(const PackedBlock& block, const PackedNode& node)
 {
     const std::size_t count = static_cast<std::size_t>(node.behind() - &node);
     if (m_capacity - m_count < count)
         grow(std::max(m_count + count, m_capacity * 2));
+    if (block.hasComments()) {
+        const std::ptrdiff_t moved = static_cast<std::ptrdiff_t>(m_count) - (&node - block.root());
+        for (const PackedComment& comment : block.comments(&node + 1, node.behind())) {
+            m_comments.push_back(comment);
+            m_comments.back().node = static_cast<std::uint32_t>(comment.node + moved);
+        }
+    }
     PackedNode* const to = m_nodes + m_count;
     std::memcpy(static_cast<void*>(to), &node, count * sizeof(PackedNode));
     m_count += count;
@@ -128,10 +161,15 @@ void PackedBuilder::addCopy(const PackedNode& node)
     }
 }
 
-void PackedBuilder::end(std::size_t container, std::size_t count)
+void PackedBuilder::addComment(CommentPlace place, std::string_view text)
 {
-    m_nodes[container].count = static_cast<std::uint32_t>(count);
-    m_nodes[container].size = static_cast<std::uint32_t>(m_count - container);
+    if (!text.empty())
+        m_comments.push_back({static_cast<std::uint32_t>(m_count), place, DataValueText(text)});
+}
+
+void PackedBuilder::takeTexts(PackedBuilder& other)
+{
+    m_texts = std::exchange(other.m_texts, nullptr);
 }
 
 PackedBlock* PackedBuilder::finish()
@@ -144,7 +182,8 @@ PackedBlock* PackedBuilder::finish()
             std::realloc(m_memory, sizeof(PackedBlock) + m_count * sizeof(PackedNode));
         m_memory = exact ? exact : m_memory;
     }
-    auto* const block = new (std::exchange(m_memory, nullptr)) PackedBlock(m_texts, m_textBytes);
+    auto* const block = new (std::exchange(m_memory, nullptr))
+        PackedBlock(m_texts, m_textBytes, std::move(m_comments));
     m_texts = nullptr;
     return block;
 }

@@ -2,16 +2,31 @@
 #define DATAVALUE_PACKEDTREE_P_H
 
 #include "DataValue/datavalue.h"
+#include "DataValue/datavaluetext_p.h"
 
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <vector>
+
+/// Where a comment of a JSON text stands, in the order of JsonCpp's placements.
+enum class CommentPlace : std::uint8_t { Before, SameLine, After };
+constexpr CommentPlace kCommentPlaces[] = {CommentPlace::Before, CommentPlace::SameLine,
+                                           CommentPlace::After};
+
+/// A comment of a value of a packed tree, with its "//" or "/*".
+struct PackedComment
+{
+    std::uint32_t node; // the value's, counted from the root
+    CommentPlace place;
+    DataValueText text;
+};
 
 /// One value of a packed tree. Nodes stand in the order of the text: a container is followed by
 /// its children, a member by its value; members are in byte order of their keys, each only once.
 ///
-/// A packed tree holds the kinds 0 to 7 only, without comments.
+/// A packed tree holds the kinds 0 to 7 only.
 struct PackedNode
 {
     union {
@@ -37,8 +52,9 @@ static_assert(sizeof(PackedNode) == 16, "two nodes of a map in half a cache line
 /// The value of the member of that name of a map, or null. Looks through all of them.
 const PackedNode* findMember(const PackedNode& map, std::string_view key);
 
-/// What a packed tree lies in: its nodes, and the bytes of its texts. It never changes, and is
-/// freed with the last reference to it. Values in different threads may share one.
+/// What a packed tree lies in: its nodes, the bytes of its texts, and the comments of what is below
+/// its root. It never changes, and is freed with the last reference to it. Values in different
+/// threads may share one.
 class PackedBlock
 {
 public:
@@ -48,6 +64,16 @@ public:
     const PackedNode* root() const { return reinterpret_cast<const PackedNode*>(this + 1); }
     /// The bytes of all texts and keys.
     std::size_t textBytes() const { return m_textBytes; }
+    bool hasComments() const { return !m_comments.empty(); }
+    /// The comments of the nodes from `first` up to, not including, `end`, in their order.
+    struct Comments
+    {
+        const PackedComment* first;
+        const PackedComment* last;
+        const PackedComment* begin() const { return first; }
+        const PackedComment* end() const { return last; }
+    };
+    Comments comments(const PackedNode* first, const PackedNode* end) const;
     void addReference() { m_references.fetch_add(1, std::memory_order_relaxed); }
     void dropReference()
     {
@@ -59,9 +85,10 @@ private:
     friend class PackedBuilder;
     struct Texts;
 
-    PackedBlock(Texts* texts, std::size_t textBytes)
+    PackedBlock(Texts* texts, std::size_t textBytes, std::vector<PackedComment>&& comments)
         : m_texts(texts)
         , m_textBytes(textBytes)
+        , m_comments(std::move(comments))
     {
     }
     ~PackedBlock() = default;
@@ -70,6 +97,7 @@ private:
     std::atomic<std::uint32_t> m_references{1};
     Texts* m_texts;
     std::size_t m_textBytes;
+    std::vector<PackedComment> m_comments; // by node, then place
 };
 
 /// Makes a packed tree from front to back.
@@ -78,7 +106,7 @@ private:
 ///     const std::size_t map = builder.begin(MAP_VALUE);
 ///     builder.addText("nIndex");
 ///     builder.addInt(3);
-///     builder.end(map, 1);
+///     builder.end(1);
 ///     PackedBlock* block = builder.finish();
 ///
 /// The members of a map must come in the byte order of their keys.
@@ -102,16 +130,30 @@ public:
     void addLastingText(const char* bytes, std::size_t size);
     /// A scalar that is no text.
     void addLeaf(const PackedNode& leaf) { add(leaf.type()) = leaf; }
-    /// A value of another packed tree, with all that is in it.
-    void addCopy(const PackedNode& node);
+    /// A value of another packed tree, with all that is in it. Its own comments stay behind.
+    void addCopy(const PackedBlock& block, const PackedNode& node);
+    /// Gives the value that is added or begun next a comment; none when the text is empty. The
+    /// places of one value come in their order.
+    void addComment(CommentPlace place, std::string_view text);
 
-    /// Begins a container; the result is for end().
+    /// Begins a container.
     std::size_t begin(ENUM_VALUE_TYPE kind)
     {
-        add(kind).nothing = 0;
-        return m_count - 1;
+        add(kind).nothing = m_open; // until it ends, a container knows the one around it
+        return m_open = m_count - 1;
     }
-    void end(std::size_t container, std::size_t count);
+    /// Ends the container that was begun last and is not ended, with so many children.
+    void end(std::size_t count)
+    {
+        PackedNode& container = m_nodes[m_open];
+        const std::size_t ended = m_open;
+        m_open = static_cast<std::size_t>(container.nothing);
+        container.nothing = 0;
+        container.count = static_cast<std::uint32_t>(count);
+        container.size = static_cast<std::uint32_t>(m_count - ended);
+    }
+    /// The same, for callers who keep what begin() gave.
+    void end(std::size_t, std::size_t count) { end(count); }
 
     /// Room for a text of at most `size` bytes and its zero byte, which lives as long as the block.
     char* textRoom(std::size_t size);
@@ -119,8 +161,12 @@ public:
     void trimText(char* end) { m_room = end; }
 
     std::size_t textBytes() const { return m_textBytes; }
-    std::size_t nodeCount() const { return m_count; }
-    PackedNode& node(std::size_t index) { return m_nodes[index]; }
+    /// The value that was begun first.
+    const PackedNode& root() const { return *m_nodes; }
+    /// The container that end() ends next.
+    const PackedNode& open() const { return m_nodes[m_open]; }
+    /// Keeps the texts of `other`, so that its nodes may be added as lasting ones.
+    void takeTexts(PackedBuilder& other);
     void reserve(std::size_t nodes)
     {
         if (nodes > m_capacity)
@@ -150,6 +196,8 @@ private:
     std::size_t m_count = 0;
     std::size_t m_capacity = 0;
     std::size_t m_textBytes = 0;
+    std::size_t m_open = 0; // the container that was begun last and is not ended
+    std::vector<PackedComment> m_comments;
     PackedBlock::Texts* m_texts = nullptr; // the newest first
     char* m_room = nullptr;                // of the newest
     char* m_roomEnd = nullptr;

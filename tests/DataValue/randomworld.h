@@ -32,9 +32,9 @@ struct NodePair
 /// A step is a seed: it decides, from the state that it finds, what is done. So a sequence of
 /// steps can be run again, also with steps left out, which is how a failure is shortened.
 ///
-/// After most steps only the texts are compared, which leaves the values in the form that they are
-/// in: packed or not, shared or not. Comparing every value that a reference can be had of unpacks
-/// them all, and is done after few steps.
+/// After most steps only what `const` operations say is compared, which leaves the values in the
+/// form that they are in: packed or not, shared or not. Comparing every value that a reference can
+/// be had of unpacks them all, and is done after few steps.
 class RandomWorld
 {
 public:
