@@ -3,7 +3,8 @@
 # the consumer through the CMake package and through pkg-config, once for each tree.
 #
 # BUILDS: the build trees; QTS: the version of Qt of each; BUILD_FIRST: whether to bring the trees
-# up to date; SOURCE_DIR, WORK_DIR, CXX. A tree that does not exist is made from PROJECT_DIR.
+# up to date; HAS_PROGRAMS: whether they install any; SOURCE_DIR, WORK_DIR, CXX. A tree that does not
+# exist is made from PROJECT_DIR.
 cmake_minimum_required(VERSION 3.23)
 foreach(variable IN ITEMS LD_LIBRARY_PATH PKG_CONFIG_PATH CMAKE_PREFIX_PATH)
     unset(ENV{${variable}})
