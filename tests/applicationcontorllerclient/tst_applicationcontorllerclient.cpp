@@ -73,6 +73,76 @@ struct Recorder
     std::unique_ptr<ApplicationContorllerClient> client;
 };
 
+/// A message whose identifier is "WZR_MESSAGE_" and `identifier`, with the other members of `rest`.
+void envelopeRow(const char* name, const char* identifier, const char* rest,
+                 const QStringList& expected)
+{
+    QTest::newRow(name)
+        << QString("{\"IPCMSG_TYPE\":\"WZR_MESSAGE_%1\"%2}").arg(QString(identifier), QString(rest))
+        << expected;
+}
+
+void addIntroductions()
+{
+    const auto init = "APPLICATION_CLIENT_INIT";
+    envelopeRow("introduction accepted", init, ",\"IPCMSG_ERROR_CODE\":0", {"status 2"});
+    envelopeRow("introduction refused", init, ",\"IPCMSG_ERROR_CODE\":-1", {"status 0"});
+    envelopeRow("introduction without a code", init, "", {"status 2"});
+}
+
+void addAnswersOnOneDevice()
+{
+    const auto one = "APPLICATION_GET_DEV_ID";
+    envelopeRow("one: known", one,
+                ",\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":{\"n\":\"d\"},"
+                "\"IPCMSG_USER_DATA\":{\"Name\":\"n\",\"ID\":4}",
+                {"id 1 'n' 'd' 4"});
+    envelopeRow("one: unknown", one,
+                ",\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":{\"m\":\"d\"},"
+                "\"IPCMSG_USER_DATA\":{\"Name\":\"n\",\"ID\":4}",
+                {"id 1 'n' '' 4"});
+    envelopeRow("one: error hides the ID", one,
+                ",\"IPCMSG_ERROR_CODE\":3,\"IPCMSG_RESPONSE_DATA\":{\"n\":\"d\"},"
+                "\"IPCMSG_USER_DATA\":{\"Name\":\"n\",\"ID\":4}",
+                {"id 0 'n' '' 4"});
+    envelopeRow("one: response is no map", one,
+                ",\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":[\"d\"],"
+                "\"IPCMSG_USER_DATA\":{\"Name\":\"n\",\"ID\":4}",
+                {"id 1 'n' '' 4"});
+    envelopeRow("one: user data is no map", one,
+                ",\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":{},\"IPCMSG_USER_DATA\":7",
+                {"id 1 '' '' 0"});
+    envelopeRow("one: wrong kinds", one,
+                ",\"IPCMSG_ERROR_CODE\":\"3\",\"IPCMSG_RESPONSE_DATA\":{\"n\":{}},"
+                "\"IPCMSG_USER_DATA\":{\"Name\":\"n\",\"ID\":\"4\"}",
+                {"id 1 'n' '' 0"});
+    envelopeRow("one: nothing", one, "", {"id 1 '' '' 0"});
+}
+
+void addAnswersOnSeveralDevices()
+{
+    const auto several = "APPLICATION_GET_MULT_DEV_ID";
+    envelopeRow("several", several,
+                ",\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":{\"\xC3\xBC\":\"1\",\"b\":2}",
+                {QString::fromUtf8("ids 1 b= \xC3\xBC=1")});
+    envelopeRow("several: none", several, ",\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":{}",
+                {"ids 1"});
+    envelopeRow("several: error", several,
+                ",\"IPCMSG_ERROR_CODE\":1,\"IPCMSG_RESPONSE_DATA\":{\"a\":\"1\"}", {"ids 0"});
+    envelopeRow("several: response is no map", several,
+                ",\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":[\"a\"]", {});
+    envelopeRow("several: no response", several, ",\"IPCMSG_ERROR_CODE\":0", {});
+}
+
+bool logged(const LogCapture& log, const char* text)
+{
+    const bool is = log.contains(
+        QString("applicationcontorllerclient/applicationcontorllerclient %1 ").arg(text));
+    if (!is)
+        qWarning("not logged: %s", text);
+    return is;
+}
+
 } // namespace
 
 class tst_applicationcontorllerclient : public QObject
@@ -108,7 +178,9 @@ private Q_SLOTS:
     void aLossEndsPendingPolls();
     void connectsAgainWhenAsked();
 
-    void logsWhatItDoes();
+    void logsItsConnecting();
+    void logsWhatItAsks();
+    void logsWhatItHears();
     void itsSlotsMayDeleteIt();
     void endsSilently();
 
@@ -343,60 +415,14 @@ void tst_applicationcontorllerclient::actsOnEnvelopes_data()
 {
     QTest::addColumn<QString>("envelope");
     QTest::addColumn<QStringList>("expected");
-    const auto row = [](const char* name, const char* identifier, const char* rest,
-                        const QStringList& expected) {
-        QTest::newRow(name) << QString("{\"IPCMSG_TYPE\":\"WZR_MESSAGE_%1\"%2}")
-                                   .arg(QString(identifier), QString(rest))
-                            << expected;
-    };
-    const auto init = "APPLICATION_CLIENT_INIT";
-    row("introduction accepted", init, ",\"IPCMSG_ERROR_CODE\":0", {"status 2"});
-    row("introduction refused", init, ",\"IPCMSG_ERROR_CODE\":-1", {"status 0"});
-    row("introduction without a code", init, "", {"status 2"});
+    addIntroductions();
+    addAnswersOnOneDevice();
+    addAnswersOnSeveralDevices();
+    envelopeRow("unplug", "RPT_DEVICE_UNPLUG", "", {"unplugged"});
+    envelopeRow("quit", "QUIT", ",\"IPCMSG_ERROR_CODE\":1", {"quit"});
 
-    const auto one = "APPLICATION_GET_DEV_ID";
-    row("one: known", one,
-        ",\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":{\"n\":\"d\"},"
-        "\"IPCMSG_USER_DATA\":{\"Name\":\"n\",\"ID\":4}",
-        {"id 1 'n' 'd' 4"});
-    row("one: unknown", one,
-        ",\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":{\"m\":\"d\"},"
-        "\"IPCMSG_USER_DATA\":{\"Name\":\"n\",\"ID\":4}",
-        {"id 1 'n' '' 4"});
-    row("one: error hides the ID", one,
-        ",\"IPCMSG_ERROR_CODE\":3,\"IPCMSG_RESPONSE_DATA\":{\"n\":\"d\"},"
-        "\"IPCMSG_USER_DATA\":{\"Name\":\"n\",\"ID\":4}",
-        {"id 0 'n' '' 4"});
-    row("one: response is no map", one,
-        ",\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":[\"d\"],"
-        "\"IPCMSG_USER_DATA\":{\"Name\":\"n\",\"ID\":4}",
-        {"id 1 'n' '' 4"});
-    row("one: user data is no map", one,
-        ",\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":{},\"IPCMSG_USER_DATA\":7",
-        {"id 1 '' '' 0"});
-    row("one: wrong kinds", one,
-        ",\"IPCMSG_ERROR_CODE\":\"3\",\"IPCMSG_RESPONSE_DATA\":{\"n\":{}},"
-        "\"IPCMSG_USER_DATA\":{\"Name\":\"n\",\"ID\":\"4\"}",
-        {"id 1 'n' '' 0"});
-    row("one: nothing", one, "", {"id 1 '' '' 0"});
-
-    const auto several = "APPLICATION_GET_MULT_DEV_ID";
-    row("several", several,
-        ",\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":{\"\xC3\xBC\":\"1\",\"b\":2}",
-        {QString::fromUtf8("ids 1 b= \xC3\xBC=1")});
-    row("several: none", several, ",\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":{}",
-        {"ids 1"});
-    row("several: error", several,
-        ",\"IPCMSG_ERROR_CODE\":1,\"IPCMSG_RESPONSE_DATA\":{\"a\":\"1\"}", {"ids 0"});
-    row("several: response is no map", several,
-        ",\"IPCMSG_ERROR_CODE\":0,\"IPCMSG_RESPONSE_DATA\":[\"a\"]", {});
-    row("several: no response", several, ",\"IPCMSG_ERROR_CODE\":0", {});
-
-    row("unplug", "RPT_DEVICE_UNPLUG", "", {"unplugged"});
-    row("quit", "QUIT", ",\"IPCMSG_ERROR_CODE\":1", {"quit"});
-
-    row("unknown", "RESTART", "", {});
-    row("other case", "quit", "", {});
+    envelopeRow("unknown", "RESTART", "", {});
+    envelopeRow("other case", "quit", "", {});
     QTest::newRow("no identifier") << "{\"IPCMSG_ERROR_CODE\":0}" << QStringList();
     QTest::newRow("identifier is a number") << "{\"IPCMSG_TYPE\":0}" << QStringList();
     QTest::newRow("no map") << "[\"WZR_MESSAGE_QUIT\"]" << QStringList();
@@ -493,31 +519,31 @@ void tst_applicationcontorllerclient::connectsAgainWhenAsked()
     QCOMPARE(next.introducedAt.size(), 1);
 }
 
-void tst_applicationcontorllerclient::logsWhatItDoes()
+void tst_applicationcontorllerclient::logsItsConnecting()
 {
-    LogCapture log;
+    const LogCapture log;
     Recorder recorder;
-    const auto logged = [&](const char* text) {
-        const bool is = log.contains(
-            QString("applicationcontorllerclient/applicationcontorllerclient %1 ").arg(text));
-        if (!is)
-            qWarning("not logged: %s", text);
-        return is;
-    };
     recorder.client->connectToServer();
-    QVERIFY(logged("connectToServer Enter connectToServer"));
+    QVERIFY(logged(log, "connectToServer Enter connectToServer"));
     recorder.client->sendMsgToAppController("OTHER", nullptr);
-    QVERIFY(logged("sendMsgToAppController sendMsgToAppController"));
-    QVERIFY(logged("handleAppControllerMessageReceived OTHER"));
+    QVERIFY(logged(log, "sendMsgToAppController sendMsgToAppController"));
+    QVERIFY(logged(log, "handleAppControllerMessageReceived OTHER"));
     recorder.client->sendMsgToAppController_ClientInit();
-    QVERIFY(logged("sendMsgToAppController_ClientInit Enter sendMsgToAppController_ClientInit"));
+    QVERIFY(
+        logged(log, "sendMsgToAppController_ClientInit Enter sendMsgToAppController_ClientInit"));
     QVERIFY(logged(
-        "handleMsgFromAppController_ClientInit Enter handleMsgFromAppController_ClientInit"));
+        log, "handleMsgFromAppController_ClientInit Enter handleMsgFromAppController_ClientInit"));
+}
+
+void tst_applicationcontorllerclient::logsWhatItAsks()
+{
+    const LogCapture log;
+    Recorder recorder;
     recorder.client->sendMsgToAppController_GetDevID("modem", 4);
-    QVERIFY(logged("sendMsgToAppController_GetDevID Enter sendMsgToAppController_GetDevID"));
+    QVERIFY(logged(log, "sendMsgToAppController_GetDevID Enter sendMsgToAppController_GetDevID"));
     const QString function("handleMsgFromAppController_GetDevID ");
     const auto inReply = [&](const char* text) {
-        return logged(qPrintable(function + QLatin1String(text)));
+        return logged(log, qPrintable(function + QLatin1String(text)));
     };
     QVERIFY(inReply("Enter handleMsgFromAppController_GetDevID"));
     QVERIFY(inReply("incoming data is : {\"IPCMSG_ERROR_CODE\":6,"
@@ -528,19 +554,26 @@ void tst_applicationcontorllerclient::logsWhatItDoes()
     QVERIFY(inReply("strDevID: "));
     QVERIFY(inReply("strDevName: modem"));
     recorder.client->sendMsgToAppController_GetMultDevID({"modem"});
-    QVERIFY(logged("sendMsgToAppController_GetMultDevID Enter "
-                   "sendMsgToAppController_GetMultDevID"));
-    QVERIFY(logged("handleMsgFromAppController_GetMultDevID Enter "
-                   "handleMsgFromAppController_GetMultDevID"));
-    QVERIFY(logged("handleMsgFromAppController_GetMultDevID GetMultDevID error = 6"));
+    QVERIFY(logged(log, "sendMsgToAppController_GetMultDevID Enter "
+                        "sendMsgToAppController_GetMultDevID"));
+    QVERIFY(logged(log, "handleMsgFromAppController_GetMultDevID Enter "
+                        "handleMsgFromAppController_GetMultDevID"));
+    QVERIFY(logged(log, "handleMsgFromAppController_GetMultDevID GetMultDevID error = 6"));
+}
+
+void tst_applicationcontorllerclient::logsWhatItHears()
+{
+    const LogCapture log;
+    Recorder recorder;
     recorder.receive("{\"IPCMSG_TYPE\":\"WZR_MESSAGE_RPT_DEVICE_UNPLUG\"}");
-    QVERIFY(logged("handleMsgFromAppController_DeviceUnplug Enter "
-                   "handleMsgFromAppController_DeviceUnplug"));
+    QVERIFY(logged(log, "handleMsgFromAppController_DeviceUnplug Enter "
+                        "handleMsgFromAppController_DeviceUnplug"));
     recorder.client->handleAppControllerServerConnected();
-    QVERIFY(logged("handleAppControllerServerConnected Enter handleAppControllerServerConnected"));
+    QVERIFY(
+        logged(log, "handleAppControllerServerConnected Enter handleAppControllerServerConnected"));
     recorder.client->handleAppControllerServerDisconnected();
-    QVERIFY(logged("handleAppControllerServerDisconnected Enter "
-                   "handleAppControllerServerDisconnected"));
+    QVERIFY(logged(log, "handleAppControllerServerDisconnected Enter "
+                        "handleAppControllerServerDisconnected"));
     recorder.receive("{\"IPCMSG_TYPE\":\"" + QString(100000, 'x') + "\"}");
     QVERIFY(log.contains("... 100000 characters"));
 }
