@@ -143,8 +143,8 @@ QString textOf(const BLGetStatisticsCnf& statistics)
     if (statistics.tState.nState != Connection::Connected)
         return textOf(statistics.tState);
     const BLConnectionStatistics& info = statistics.tInfo;
-    const QString text = QStringLiteral("%1 for %2 s")
-                             .arg(textOf(statistics.tState), QString::number(info.dwDuration));
+    QString text = QStringLiteral("%1 for %2 s")
+                       .arg(textOf(statistics.tState), QString::number(info.dwDuration));
     // A modem need not count.
     if (info.dwByteTransferred < 0)
         return text;
