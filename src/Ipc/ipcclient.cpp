@@ -6,8 +6,8 @@
 #include "Ipc/ipcconnection_p.h"
 #include "Ipc/messageframe_p.h"
 #include "Ipc/socketread_p.h"
-#include "Ipc/socketsystem_p.h"
 #include "LogTask/logline_p.h"
+#include "platform/socketpeer_p.h"
 
 #include <QPointer>
 #include <QTimer>
@@ -141,7 +141,7 @@ bool IPCClient::isServerTrusted() const
     if (m_trustedServerUsers.isEmpty())
         return true;
     const auto descriptor = static_cast<int>(m_connection->socket->socketDescriptor());
-    const SocketSystem::Peer peer = SocketSystem::peerOf(descriptor);
+    const SocketPeer peer = socketPeer(descriptor);
     if (peer.isKnown && m_trustedServerUsers.contains(peer.userId))
         return true;
     logLine(kLogSource, "socket_connected", "server refused, of user",

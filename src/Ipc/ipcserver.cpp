@@ -5,8 +5,8 @@
 #include "Ipc/ipclistener_p.h"
 #include "Ipc/messageframe_p.h"
 #include "Ipc/socketread_p.h"
-#include "Ipc/socketsystem_p.h"
 #include "LogTask/logline_p.h"
+#include "platform/socketpeer_p.h"
 
 #include <QLocalSocket>
 #include <QPointer>
@@ -102,7 +102,7 @@ IPCPeer IPCServer::peer(int clientId) const
     if (client == m_clients.constEnd() || !(*client)->socket)
         return {};
     const auto descriptor = static_cast<int>((*client)->socket->socketDescriptor());
-    const SocketSystem::Peer peer = SocketSystem::peerOf(descriptor);
+    const SocketPeer peer = socketPeer(descriptor);
     return {peer.isKnown, peer.processId, peer.userId};
 }
 
@@ -110,7 +110,7 @@ bool IPCServer::mayEnter(int descriptor) const
 {
     constexpr char kFunction[] = "mayEnter";
     if (!m_allowedUsers.isEmpty()) {
-        const SocketSystem::Peer peer = SocketSystem::peerOf(descriptor);
+        const SocketPeer peer = socketPeer(descriptor);
         if (!peer.isKnown || !m_allowedUsers.contains(peer.userId)) {
             logLine(kLogSource, kFunction, "connection refused, of user",
                     static_cast<int>(peer.userId));

@@ -7,15 +7,6 @@
 
 namespace SocketSystem {
 
-Peer peerOf(int descriptor)
-{
-    ucred credentials = {};
-    socklen_t size = sizeof credentials;
-    if (getsockopt(descriptor, SOL_SOCKET, SO_PEERCRED, &credentials, &size) != 0)
-        return {};
-    return {true, credentials.pid, credentials.uid};
-}
-
 Accepted acceptFrom(int listeningDescriptor)
 {
     const int descriptor =

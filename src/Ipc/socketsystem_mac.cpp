@@ -3,22 +3,9 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 namespace SocketSystem {
-
-Peer peerOf(int descriptor)
-{
-    Peer peer;
-    gid_t group = 0;
-    if (getpeereid(descriptor, &peer.userId, &group) != 0)
-        return {};
-    socklen_t size = sizeof peer.processId;
-    getsockopt(descriptor, SOL_LOCAL, LOCAL_PEERPID, &peer.processId, &size);
-    peer.isKnown = true;
-    return peer;
-}
 
 Accepted acceptFrom(int listeningDescriptor)
 {

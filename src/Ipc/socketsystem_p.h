@@ -31,17 +31,6 @@ FileIdentity identify(const QString& path);
 /// Gives the file at `path` these permission bits. False when that failed.
 bool setMode(const QString& path, mode_t mode);
 
-/// Who is at the other end of a connection, as the system has recorded it when the connection was
-/// made. `isKnown` is false when the system does not tell.
-struct Peer
-{
-    bool isKnown = false;
-    pid_t processId = 0;
-    uid_t userId = 0;
-};
-
-Peer peerOf(int descriptor);
-
 /// Takes one waiting connection from a listening socket. `descriptor` is -1 when there is none, and
 /// `error` then says why: 0 when nobody waits, or else the value of errno.
 struct Accepted

@@ -30,8 +30,8 @@ public:
     ~QtSingleCoreApplication() override;
 
     /// Whether another instance is running. If not, this one takes the role, keeps it, and answers
-    /// false from then on. Where no lock can be taken at all, such as on a full disk, the log says
-    /// so and this instance runs alone.
+    /// false from then on. Where no lock can be taken at all, such as on a full disk or when
+    /// another user has put something in its place, the log says so and this instance runs alone.
     bool isRunning();
 
     QString id() const;
@@ -39,7 +39,8 @@ public:
 public Q_SLOTS:
     /// Hands the text to the running instance and waits at most `timeout` milliseconds until it has
     /// it. False when none is running (this one then takes the role) and when it did not take the
-    /// text in time, such as while its event loop stands still.
+    /// text in time, such as while its event loop stands still. Nothing is sent to a process of
+    /// another user, and nothing taken from one.
     bool sendMessage(const QString& message, int timeout = 5000);
 
 Q_SIGNALS:

@@ -16,6 +16,11 @@ class QLocalSocket;
 /// its holder listens on the socket beside it, and removes what an instance that crashed left
 /// there.
 ///
+/// Both belong to the user, in any case. A lock file of another user is no lock: this instance then
+/// runs alone, as without any: nobody's message reaches it, and the log says so. Before a text is
+/// sent, and before one is read, the system is asked which user the other end is; that of another
+/// user is refused, whatever the permissions of the files are.
+///
 /// A message is its length as 4 bytes, highest first, and that many bytes of UTF-8; the answer, as
 /// soon as it is read whole, is the one byte 6.
 class SingleInstance : public QObject
@@ -23,7 +28,10 @@ class SingleInstance : public QObject
     Q_OBJECT
 
 public:
-    SingleInstance(const QString& id, QObject* parent);
+    /// A connection that has not sent its message after this time, in milliseconds, is closed.
+    static constexpr int kSilenceLimitMs = 30000;
+
+    SingleInstance(const QString& id, QObject* parent, int silenceLimitMs = kSilenceLimitMs);
     ~SingleInstance() override;
 
     QString id() const { return m_id; }
@@ -39,12 +47,14 @@ private:
     enum class Role { Unknown, Mine, Others };
 
     Role lock();
+    bool isOwnUser(const QLocalSocket& socket) const;
     void listen();
     void takeConnection();
     void readMessage(QLocalSocket* socket);
 
     const QString m_id;
     const QString m_path; // of the lock file and, with a suffix, of the socket
+    const int m_silenceLimitMs;
     int m_lockFile = -1;
     bool m_isMine = false;
     QLocalServer m_server;

@@ -25,6 +25,7 @@ const Component kComponents[] = {
     {"appglobal/executablepath", 1, "paths"},
     {"serialport/", 1, "serial port"},
     {"common_function.h", 1, "common functions"},
+    {"platform/socketpeer", 0, "peers of sockets"},
     {"platform/activeuser", 1, "common functions"},
     {"text/", 1, "common functions"},
     {"LogTask/", 2, "log"},

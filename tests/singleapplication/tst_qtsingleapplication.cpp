@@ -9,12 +9,12 @@
 #include <memory>
 
 // The test's own application is the running instance.
-class tst_QtSingleApplication : public QObject
+class tst_qtsingleapplication : public QObject
 {
     Q_OBJECT
 
 public:
-    tst_QtSingleApplication(QtSingleApplication& app, const QString& defaultId)
+    tst_qtsingleapplication(QtSingleApplication& app, const QString& defaultId)
         : m_app(app)
         , m_defaultId(defaultId)
     {
@@ -42,14 +42,14 @@ private:
     std::unique_ptr<QWidget> m_other;
 };
 
-void tst_QtSingleApplication::initTestCase()
+void tst_qtsingleapplication::initTestCase()
 {
     m_app.initialize();
     sendFromAnother(QStringLiteral("hello"));
     QVERIFY(!m_app.isRunning());
 }
 
-void tst_QtSingleApplication::init()
+void tst_qtsingleapplication::init()
 {
     m_window = std::make_unique<QWidget>();
     m_other = std::make_unique<QWidget>();
@@ -59,14 +59,14 @@ void tst_QtSingleApplication::init()
     QVERIFY(QTest::qWaitForWindowActive(m_other.get()));
 }
 
-void tst_QtSingleApplication::cleanup()
+void tst_qtsingleapplication::cleanup()
 {
     m_app.setActivationWindow(nullptr);
     m_window.reset();
     m_other.reset();
 }
 
-void tst_QtSingleApplication::sendFromAnother(const QString& message)
+void tst_qtsingleapplication::sendFromAnother(const QString& message)
 {
     QSignalSpy received(&m_app, &QtSingleApplication::messageReceived);
     InstanceProcess another(m_app.id(), message);
@@ -75,13 +75,13 @@ void tst_QtSingleApplication::sendFromAnother(const QString& message)
     QCOMPARE(received.at(0).at(0).toString(), message);
 }
 
-void tst_QtSingleApplication::idIsTheExecutableUnlessGiven()
+void tst_qtsingleapplication::idIsTheExecutableUnlessGiven()
 {
     QCOMPARE(m_defaultId, QCoreApplication::applicationFilePath());
     QCOMPARE(QUuid(m_app.id()).toString(), m_app.id());
 }
 
-void tst_QtSingleApplication::messageBringsTheWindowBack()
+void tst_qtsingleapplication::messageBringsTheWindowBack()
 {
     m_window->showMinimized();
     QTRY_VERIFY(m_window->isMinimized());
@@ -92,7 +92,7 @@ void tst_QtSingleApplication::messageBringsTheWindowBack()
     QTRY_VERIFY(m_window->isActiveWindow());
 }
 
-void tst_QtSingleApplication::messageActivatesAmongTheOwnWindows()
+void tst_qtsingleapplication::messageActivatesAmongTheOwnWindows()
 {
     QVERIFY(!m_window->isActiveWindow());
     m_app.setActivationWindow(m_window.get());
@@ -100,7 +100,7 @@ void tst_QtSingleApplication::messageActivatesAmongTheOwnWindows()
     QTRY_VERIFY(m_window->isActiveWindow());
 }
 
-void tst_QtSingleApplication::windowIsActiveBeforeTheSignal()
+void tst_qtsingleapplication::windowIsActiveBeforeTheSignal()
 {
     m_window->showMinimized();
     m_app.setActivationWindow(m_window.get());
@@ -112,7 +112,7 @@ void tst_QtSingleApplication::windowIsActiveBeforeTheSignal()
     QVERIFY(!minimised);
 }
 
-void tst_QtSingleApplication::activationOnMessageCanBeOff()
+void tst_qtsingleapplication::activationOnMessageCanBeOff()
 {
     m_window->showMinimized();
     m_app.setActivationWindow(m_window.get(), false);
@@ -120,7 +120,7 @@ void tst_QtSingleApplication::activationOnMessageCanBeOff()
     QVERIFY(m_window->isMinimized());
 }
 
-void tst_QtSingleApplication::activateWindowWorksWhenAsked()
+void tst_qtsingleapplication::activateWindowWorksWhenAsked()
 {
     m_window->showMinimized();
     m_app.setActivationWindow(m_window.get(), false);
@@ -129,7 +129,7 @@ void tst_QtSingleApplication::activateWindowWorksWhenAsked()
     QTRY_VERIFY(m_window->isActiveWindow());
 }
 
-void tst_QtSingleApplication::maximisedWindowStaysMaximised()
+void tst_qtsingleapplication::maximisedWindowStaysMaximised()
 {
     m_window->setWindowState(Qt::WindowMaximized | Qt::WindowMinimized);
     m_app.setActivationWindow(m_window.get());
@@ -138,7 +138,7 @@ void tst_QtSingleApplication::maximisedWindowStaysMaximised()
     QVERIFY(m_window->isMaximized());
 }
 
-void tst_QtSingleApplication::deletedWindowIsForgotten()
+void tst_qtsingleapplication::deletedWindowIsForgotten()
 {
     m_app.setActivationWindow(m_window.get());
     m_window.reset();
@@ -156,7 +156,7 @@ int main(int argc, char** argv)
     const QString defaultId = first->id();
     first.reset();
     QtSingleApplication app(QUuid::createUuid().toString(), argc, argv);
-    tst_QtSingleApplication test(app, defaultId);
+    tst_qtsingleapplication test(app, defaultId);
     return QTest::qExec(&test, argc, argv);
 }
 #include "tst_qtsingleapplication.moc"

@@ -33,7 +33,7 @@ Instances instances(int count, const QString& id)
 
 } // namespace
 
-class tst_QtSingleCoreApplication : public QObject
+class tst_qtsinglecoreapplication : public QObject
 {
     Q_OBJECT
 
@@ -66,7 +66,7 @@ private:
     QString m_id;
 };
 
-void tst_QtSingleCoreApplication::init()
+void tst_qtsinglecoreapplication::init()
 {
     m_runtime = std::make_unique<QTemporaryDir>();
     QVERIFY(m_runtime->isValid());
@@ -74,14 +74,14 @@ void tst_QtSingleCoreApplication::init()
     m_id = QUuid::createUuid().toString();
 }
 
-QString tst_QtSingleCoreApplication::socketPath() const
+QString tst_qtsinglecoreapplication::socketPath() const
 {
     const QDir folder(m_runtime->path());
     const QStringList names = folder.entryList({QStringLiteral("*.socket")}, QDir::System);
     return names.size() == 1 ? folder.filePath(names.first()) : QString();
 }
 
-void tst_QtSingleCoreApplication::idIsTheExecutableUnlessGiven()
+void tst_qtsinglecoreapplication::idIsTheExecutableUnlessGiven()
 {
     // There may be one application object at a time, and the test's own is no QtSingle...
     int argc = 1;
@@ -96,7 +96,7 @@ void tst_QtSingleCoreApplication::idIsTheExecutableUnlessGiven()
     QCOMPARE(app.id(), m_id);
 }
 
-void tst_QtSingleCoreApplication::secondHandsItsMessageOver_data()
+void tst_qtsinglecoreapplication::secondHandsItsMessageOver_data()
 {
     QTest::addColumn<QString>("message");
     QTest::newRow("ASCII") << "open file.txt";
@@ -105,7 +105,7 @@ void tst_QtSingleCoreApplication::secondHandsItsMessageOver_data()
     QTest::newRow("long") << QString(100000, QLatin1Char('x'));
 }
 
-void tst_QtSingleCoreApplication::secondHandsItsMessageOver()
+void tst_qtsinglecoreapplication::secondHandsItsMessageOver()
 {
     QFETCH(QString, message);
     InstanceProcess first(m_id, QStringLiteral("unsent"));
@@ -120,7 +120,7 @@ void tst_QtSingleCoreApplication::secondHandsItsMessageOver()
     QCOMPARE(first.nextLine(), QStringLiteral("received again"));
 }
 
-void tst_QtSingleCoreApplication::secondWithoutTheRoleSaysThatAnotherRuns()
+void tst_qtsinglecoreapplication::secondWithoutTheRoleSaysThatAnotherRuns()
 {
     int argc = 1;
     char name[] = "test";
@@ -141,7 +141,7 @@ void tst_QtSingleCoreApplication::secondWithoutTheRoleSaysThatAnotherRuns()
     QCOMPARE(received.at(0).at(0).toString(), QStringLiteral("hello"));
 }
 
-void tst_QtSingleCoreApplication::tooLongMessageIsNotSent()
+void tst_qtsinglecoreapplication::tooLongMessageIsNotSent()
 {
     InstanceProcess first(m_id, QStringLiteral("unsent"));
     QCOMPARE(first.outcome(), QStringLiteral("first"));
@@ -155,7 +155,7 @@ void tst_QtSingleCoreApplication::tooLongMessageIsNotSent()
         log.contains("singleapplication/singleinstance send The message is too long: 16777217"));
 }
 
-void tst_QtSingleCoreApplication::otherIdsDoNotMeet()
+void tst_qtsinglecoreapplication::otherIdsDoNotMeet()
 {
     InstanceProcess first(m_id, QStringLiteral("unsent"));
     QCOMPARE(first.outcome(), QStringLiteral("first"));
@@ -163,7 +163,7 @@ void tst_QtSingleCoreApplication::otherIdsDoNotMeet()
     QCOMPARE(other.outcome(), QStringLiteral("first"));
 }
 
-void tst_QtSingleCoreApplication::orderlyEndFreesTheRole()
+void tst_qtsinglecoreapplication::orderlyEndFreesTheRole()
 {
     InstanceProcess first(m_id, QStringLiteral("unsent"));
     QCOMPARE(first.outcome(), QStringLiteral("first"));
@@ -175,7 +175,7 @@ void tst_QtSingleCoreApplication::orderlyEndFreesTheRole()
     QCOMPARE(next.outcome(), QStringLiteral("first"));
 }
 
-void tst_QtSingleCoreApplication::destroyedApplicationFreesTheRole()
+void tst_qtsinglecoreapplication::destroyedApplicationFreesTheRole()
 {
     int argc = 1;
     char name[] = "test";
@@ -190,7 +190,7 @@ void tst_QtSingleCoreApplication::destroyedApplicationFreesTheRole()
     QCOMPARE(next.outcome(), QStringLiteral("first"));
 }
 
-void tst_QtSingleCoreApplication::crashBlocksNobody()
+void tst_qtsinglecoreapplication::crashBlocksNobody()
 {
     for (int round = 0; round < 3; ++round) {
         InstanceProcess first(m_id, QStringLiteral("unsent"));
@@ -205,7 +205,7 @@ void tst_QtSingleCoreApplication::crashBlocksNobody()
     }
 }
 
-void tst_QtSingleCoreApplication::stoppedLoopFailsTheMessageInTime()
+void tst_qtsinglecoreapplication::stoppedLoopFailsTheMessageInTime()
 {
     InstanceProcess first(m_id, QStringLiteral("sleep"));
     QCOMPARE(first.outcome(), QStringLiteral("first"));
@@ -215,7 +215,7 @@ void tst_QtSingleCoreApplication::stoppedLoopFailsTheMessageInTime()
     QCOMPARE(impatient.outcome(), QStringLiteral("failed"));
 }
 
-void tst_QtSingleCoreApplication::messageIsTriedUntilItsTimeIsUp()
+void tst_qtsinglecoreapplication::messageIsTriedUntilItsTimeIsUp()
 {
     {
         InstanceProcess first(m_id, QStringLiteral("unsent"));
@@ -240,14 +240,14 @@ void tst_QtSingleCoreApplication::messageIsTriedUntilItsTimeIsUp()
     QVERIFY(app.isRunning());
 }
 
-void tst_QtSingleCoreApplication::twentyRacingStartsHaveOneWinner_data()
+void tst_qtsinglecoreapplication::twentyRacingStartsHaveOneWinner_data()
 {
     QTest::addColumn<bool>("afterACrash");
     QTest::newRow("fresh") << false;
     QTest::newRow("after a crash") << true;
 }
 
-void tst_QtSingleCoreApplication::twentyRacingStartsHaveOneWinner()
+void tst_qtsinglecoreapplication::twentyRacingStartsHaveOneWinner()
 {
     QFETCH(bool, afterACrash);
     if (afterACrash) {
@@ -277,7 +277,7 @@ void tst_QtSingleCoreApplication::twentyRacingStartsHaveOneWinner()
     QCOMPARE(received, expected);
 }
 
-void tst_QtSingleCoreApplication::strangersOnTheSocketDoNoHarm_data()
+void tst_qtsinglecoreapplication::strangersOnTheSocketDoNoHarm_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<bool>("isClosed");
@@ -293,7 +293,7 @@ void tst_QtSingleCoreApplication::strangersOnTheSocketDoNoHarm_data()
                                   << QStringLiteral("received \uFFFD\uFFFD");
 }
 
-void tst_QtSingleCoreApplication::strangersOnTheSocketDoNoHarm()
+void tst_qtsinglecoreapplication::strangersOnTheSocketDoNoHarm()
 {
     QFETCH(QByteArray, bytes);
     QFETCH(bool, isClosed);
@@ -326,7 +326,7 @@ void tst_QtSingleCoreApplication::strangersOnTheSocketDoNoHarm()
     QCOMPARE(next, QStringLiteral("received hello"));
 }
 
-void tst_QtSingleCoreApplication::runsAloneWithoutALock()
+void tst_qtsinglecoreapplication::runsAloneWithoutALock()
 {
     // Something else stands where the lock would: a folder, which cannot be opened for writing.
     {
@@ -342,7 +342,7 @@ void tst_QtSingleCoreApplication::runsAloneWithoutALock()
     QCOMPARE(alone.outcome(), QStringLiteral("first"));
 }
 
-void tst_QtSingleCoreApplication::filesAreTheUsersOwn()
+void tst_qtsinglecoreapplication::filesAreTheUsersOwn()
 {
     InstanceProcess first(m_id, QStringLiteral("unsent"));
     QCOMPARE(first.outcome(), QStringLiteral("first"));
@@ -356,7 +356,7 @@ void tst_QtSingleCoreApplication::filesAreTheUsersOwn()
         QVERIFY2(!(file.permissions() & others), qPrintable(file.fileName()));
 }
 
-void tst_QtSingleCoreApplication::unfitRuntimeFolderIsNotUsed_data()
+void tst_qtsinglecoreapplication::unfitRuntimeFolderIsNotUsed_data()
 {
     QTest::addColumn<QString>("kind");
     QTest::newRow("none") << "none";
@@ -365,7 +365,7 @@ void tst_QtSingleCoreApplication::unfitRuntimeFolderIsNotUsed_data()
     QTest::newRow("another user's") << "foreign";
 }
 
-void tst_QtSingleCoreApplication::unfitRuntimeFolderIsNotUsed()
+void tst_qtsinglecoreapplication::unfitRuntimeFolderIsNotUsed()
 {
     QFETCH(QString, kind);
     // Writable by this user, but another's: the system's folder for all, or, as root, one given
@@ -391,5 +391,5 @@ void tst_QtSingleCoreApplication::unfitRuntimeFolderIsNotUsed()
     QCOMPARE(second.outcome(), QStringLiteral("sent"));
 }
 
-QTEST_APPLESS_MAIN(tst_QtSingleCoreApplication)
+QTEST_APPLESS_MAIN(tst_qtsinglecoreapplication)
 #include "tst_qtsinglecoreapplication.moc"

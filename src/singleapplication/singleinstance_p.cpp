@@ -1,6 +1,7 @@
 #include "singleapplication/singleinstance_p.h"
 
 #include "LogTask/logline_p.h"
+#include "platform/socketpeer_p.h"
 
 #include <QCryptographicHash>
 #include <QDeadlineTimer>
@@ -17,16 +18,16 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 
 constexpr char kLogSource[] = "singleapplication/singleinstance";
-constexpr char received = 6;
-constexpr qint64 headerSize = 4;
-constexpr quint32 longestMessage = 16 * 1024 * 1024;
-constexpr int silenceLimit = 30000; // ms that a connection may take to send its message
-constexpr int retryInterval = 20;   // ms between attempts to reach an instance that just starts
+constexpr char kReceived = 6;
+constexpr qint64 kHeaderSize = 4;
+constexpr quint32 kLongestMessage = 16 * 1024 * 1024;
+constexpr int kRetryMs = 20; // between attempts to reach an instance that just starts
 
 // A directory that only this user can write to, where there is one.
 QString folder()
@@ -52,6 +53,12 @@ int remaining(const QDeadlineTimer& deadline)
     return static_cast<int>(deadline.remainingTime());
 }
 
+bool isOwnFile(int file)
+{
+    struct stat status = {};
+    return fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == geteuid();
+}
+
 // Reaches the instance that holds the lock; it may have taken it a moment ago and not listen yet.
 bool reach(QLocalSocket& socket, const QString& name, const QDeadlineTimer& deadline)
 {
@@ -60,18 +67,19 @@ bool reach(QLocalSocket& socket, const QString& name, const QDeadlineTimer& dead
         if (socket.waitForConnected(remaining(deadline)))
             return true;
         socket.abort();
-        if (remaining(deadline) <= retryInterval)
+        if (remaining(deadline) <= kRetryMs)
             return false;
-        QThread::msleep(retryInterval);
+        QThread::msleep(kRetryMs);
     }
 }
 
 } // namespace
 
-SingleInstance::SingleInstance(const QString& id, QObject* parent)
+SingleInstance::SingleInstance(const QString& id, QObject* parent, int silenceLimitMs)
     : QObject(parent)
     , m_id(id)
     , m_path(pathFor(id))
+    , m_silenceLimitMs(silenceLimitMs)
 {
     m_server.setSocketOptions(QLocalServer::UserAccessOption);
     connect(&m_server, &QLocalServer::newConnection, this, &SingleInstance::takeConnection);
@@ -89,10 +97,13 @@ bool SingleInstance::isOtherRunning()
 {
     if (m_isMine)
         return false;
-    if (lock() == Role::Others)
+    const Role role = lock();
+    if (role == Role::Others)
         return true;
     m_isMine = true;
-    listen();
+    // Without the lock the socket would be put in the place of the running instance's.
+    if (role == Role::Mine)
+        listen();
     return false;
 }
 
@@ -100,6 +111,12 @@ SingleInstance::Role SingleInstance::lock()
 {
     const int file = ::open(QFile::encodeName(m_path).constData(),
                             O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    // Where all may write, another user may have put the file there, and keep it locked.
+    if (file >= 0 && !isOwnFile(file)) {
+        ::close(file);
+        logLine(kLogSource, "lock", m_path, "is not this user's own");
+        return Role::Unknown;
+    }
     if (file >= 0 && flock(file, LOCK_EX | LOCK_NB) == 0) {
         m_lockFile = file;
         return Role::Mine;
@@ -113,11 +130,20 @@ SingleInstance::Role SingleInstance::lock()
     return Role::Unknown;
 }
 
+bool SingleInstance::isOwnUser(const QLocalSocket& socket) const
+{
+    const SocketPeer peer = socketPeer(static_cast<int>(socket.socketDescriptor()));
+    if (peer.isKnown && peer.userId == geteuid())
+        return true;
+    logLine(kLogSource, "isOwnUser", m_path, "refused: the other end is user",
+            peer.isKnown ? QString::number(peer.userId) : QStringLiteral("unknown"));
+    return false;
+}
+
 void SingleInstance::listen()
 {
     const QString name = m_path + QLatin1String(".socket");
-    if (m_lockFile >= 0)
-        QLocalServer::removeServer(name);
+    QLocalServer::removeServer(name);
     if (!m_server.listen(name))
         logLine(kLogSource, "listen", name, m_server.errorString());
 }
@@ -127,15 +153,15 @@ bool SingleInstance::send(const QString& message, int timeout)
     if (!isOtherRunning())
         return false;
     const QByteArray text = message.toUtf8();
-    if (static_cast<quint64>(text.size()) > longestMessage) {
+    if (static_cast<quint64>(text.size()) > kLongestMessage) {
         logLine(kLogSource, "send", "The message is too long:", QString::number(text.size()));
         return false;
     }
     const QDeadlineTimer deadline(qMax(timeout, 0));
     QLocalSocket socket;
-    if (!reach(socket, m_path + QLatin1String(".socket"), deadline))
+    if (!reach(socket, m_path + QLatin1String(".socket"), deadline) || !isOwnUser(socket))
         return false;
-    QByteArray header(headerSize, '\0');
+    QByteArray header(kHeaderSize, '\0');
     qToBigEndian(static_cast<quint32>(text.size()), header.data());
     socket.write(header + text);
     while (socket.bytesToWrite() > 0) {
@@ -145,37 +171,41 @@ bool SingleInstance::send(const QString& message, int timeout)
     if (socket.bytesAvailable() == 0 && !socket.waitForReadyRead(remaining(deadline)))
         return false;
     char answer = 0;
-    return socket.getChar(&answer) && answer == received;
+    return socket.getChar(&answer) && answer == kReceived;
 }
 
 void SingleInstance::takeConnection()
 {
     while (QLocalSocket* const socket = m_server.nextPendingConnection()) {
         connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
+        if (!isOwnUser(*socket)) {
+            socket->abort();
+            continue;
+        }
         connect(socket, &QLocalSocket::readyRead, this, [this, socket] { readMessage(socket); });
-        QTimer::singleShot(silenceLimit, socket, &QLocalSocket::abort);
+        QTimer::singleShot(m_silenceLimitMs, socket, &QLocalSocket::abort);
         readMessage(socket);
     }
 }
 
 void SingleInstance::readMessage(QLocalSocket* socket)
 {
-    QByteArray header = socket->peek(headerSize);
-    if (header.size() < headerSize)
+    QByteArray header = socket->peek(kHeaderSize);
+    if (header.size() < kHeaderSize)
         return;
     const auto length = qFromBigEndian<quint32>(header.constData());
-    if (length > longestMessage) {
+    if (length > kLongestMessage) {
         logLine(kLogSource, "readMessage", "A message is too long:", QString::number(length));
         socket->abort();
         return;
     }
-    if (socket->bytesAvailable() < headerSize + static_cast<qint64>(length))
+    if (socket->bytesAvailable() < kHeaderSize + static_cast<qint64>(length))
         return;
-    socket->skip(headerSize);
+    socket->skip(kHeaderSize);
     const QString message = QString::fromUtf8(socket->read(length));
     // One message per connection. The answer goes first: a slot may open a dialogue and stay.
     disconnect(socket, &QLocalSocket::readyRead, this, nullptr);
-    socket->putChar(received);
+    socket->putChar(kReceived);
     socket->flush();
     socket->disconnectFromServer();
     Q_EMIT messageReceived(message);
