@@ -23,7 +23,7 @@ using Receivers = QVector<Registration>; // in the order of registration
 
 MessageCenter* g_center = nullptr;
 
-constexpr char byteOrderMark[] = "\xEF\xBB\xBF";
+constexpr char kByteOrderMark[] = "\xEF\xBB\xBF";
 
 Registration makeRegistration(const char* messageID, const char* slot, const QObject* receiver)
 {
@@ -50,7 +50,7 @@ QByteArray borrowedDeviceKey(CDataValue& envelope)
 {
     const CDataValue& type = envelope.mapGet("IPCMSG_TYPE");
     const char* const text = type.isString() ? DataValueTree::text(type).c_str() : nullptr;
-    if (!text || *text == byteOrderMark[0]) // a mark is no part of the text
+    if (!text || *text == kByteOrderMark[0]) // a mark is no part of the text
         return type.asQString().toUtf8();
     return borrowedKey(text);
 }

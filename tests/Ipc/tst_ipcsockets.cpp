@@ -17,6 +17,7 @@
 #include <QTimer>
 #include <QtTest>
 
+#include <algorithm>
 #include <ctime>
 #include <memory>
 #include <sys/stat.h>
@@ -47,6 +48,44 @@ struct Asker
     QStringList answers;
     IPCClient client;
 };
+
+/// Adds a client that asks at once. The system queues 50; the server takes some of them meanwhile.
+bool addAsking(Peers& crowd, const QString& path)
+{
+    auto peer = std::make_unique<RawPeer>();
+    const bool came = QTest::qWaitFor([&] {
+        peer = std::make_unique<RawPeer>(path);
+        return peer->isOpen();
+    });
+    peer->send("__BEGIN__me__END__");
+    crowd.push_back(std::move(peer));
+    return came;
+}
+
+/// Ends the clients that have their answer; returns how many.
+int takeServed(Peers& crowd)
+{
+    const auto isServed = [](const std::unique_ptr<RawPeer>& peer) {
+        return peer->receive() == "__BEGIN__me__END__";
+    };
+    const auto served = std::remove_if(crowd.begin(), crowd.end(), isServed);
+    const int count = static_cast<int>(crowd.end() - served);
+    crowd.erase(served, crowd.end());
+    return count;
+}
+
+/// What the log files of a folder hold.
+QByteArray logIn(const QString& folder)
+{
+    QByteArray text;
+    const QStringList names = QDir(folder).entryList({"log*"}, QDir::Files);
+    for (const QString& name : names) {
+        QFile file(QDir(folder).filePath(name));
+        if (file.open(QIODevice::ReadOnly))
+            text += file.readAll();
+    }
+    return text;
+}
 
 int processorMs()
 {
@@ -185,49 +224,23 @@ void tst_ipcsockets::clientsWaitWhileTheServerHasNoDescriptors()
     QVERIFY(server.says("ready"));
     Asker early(path);
     QVERIFY(early.hears("early"));
-
     Peers crowd;
-    for (int i = 0; i < 80; ++i) {
-        // The system queues 50; the server takes some of them meanwhile.
-        QVERIFY(QTest::qWaitFor([&] {
-            crowd.push_back(std::make_unique<RawPeer>(path));
-            if (!crowd.back()->isOpen())
-                crowd.pop_back();
-            return static_cast<int>(crowd.size()) > i;
-        }));
-        crowd.back()->send("__BEGIN__me__END__");
-    }
-    const auto takeServed = [&crowd] {
-        const auto isServed = [](const std::unique_ptr<RawPeer>& peer) {
-            return peer->receive() == "__BEGIN__me__END__";
-        };
-        const auto count = crowd.size();
-        crowd.erase(std::remove_if(crowd.begin(), crowd.end(), isServed), crowd.end());
-        return static_cast<int>(count - crowd.size());
-    };
+    while (crowd.size() < 80)
+        QVERIFY(addAsking(crowd, path));
     QVERIFY(early.hears("served meanwhile"));
-    int served = 0;
-    for (QElapsedTimer waiting; served < 80;) {
+    while (!crowd.empty()) {
         // Those who were served are gone: there are descriptors for others.
+        QElapsedTimer waiting;
         waiting.start();
-        int now = 0;
-        QVERIFY(QTest::qWaitFor([&] { return (now = takeServed()) > 0; }, 10000));
+        QVERIFY(QTest::qWaitFor([&] { return takeServed(crowd) > 0; }, 10000));
         QVERIFY2(waiting.elapsed() < 2000, qPrintable(QString::number(waiting.elapsed())));
-        served += now;
     }
     QVERIFY(early.hears("served afterwards"));
     Asker late(path);
     QVERIFY(late.hears("late"));
     late.client.sendblock("quit");
     QCOMPARE(server.exitCode(), 0);
-    QByteArray log;
-    const QStringList names = QDir(folder.path()).entryList({"log*"}, QDir::Files);
-    for (const QString& name : names) {
-        QFile file(folder.filePath(name));
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        log += file.readAll();
-    }
-    QCOMPARE(log.count("cannot accept a connection"), 1);
+    QCOMPARE(logIn(folder.path()).count("cannot accept a connection"), 1);
 }
 
 void tst_ipcsockets::aClientWaitsForAServerThatHangs()

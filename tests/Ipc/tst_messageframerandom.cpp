@@ -120,6 +120,13 @@ std::vector<Read> cutAnywhere(const QString& text, Generator& random)
     return reads;
 }
 
+QString nameOf(MessageFrame::Outcome outcome)
+{
+    if (outcome == MessageFrame::NoHead)
+        return "no head";
+    return outcome == MessageFrame::NoEnd ? "no end" : "done";
+}
+
 } // namespace
 
 class tst_messageframerandom : public QObject
@@ -131,6 +138,8 @@ private Q_SLOTS:
 
 private:
     void run(Generator& random);
+    void compareOneRead(const Read& read, PlainReceiver& plain, MessageFrame& frame,
+                        const Markers& later, int changeAt);
 };
 
 void tst_messageframerandom::agreesWithThePlainRules()
@@ -153,36 +162,38 @@ void tst_messageframerandom::run(Generator& random)
     for (int piece = 0; piece < 6; ++piece) {
         const std::vector<Read> reads = cutAnywhere(random.text(markers), random);
         for (const Read& read : reads) {
-            // Markers may change between two bodies, and between two reads.
             const Markers later = random.below(8) == 0 ? random.markers() : markers;
-            const int changeAt = random.below(3);
-            QStringList expected;
-            const QString expectedOutcome = plain.read(read.text, [&](const QString& body) {
-                expected << body;
-                if (expected.size() == changeAt) {
-                    plain.head = later.head;
-                    plain.end = later.end;
-                }
-            });
-            QStringList bodies;
-            QString body;
-            frame.append(read.bytes);
-            MessageFrame::Outcome outcome = frame.next(body);
-            for (; outcome == MessageFrame::Body; outcome = frame.next(body)) {
-                bodies << body;
-                if (bodies.size() == changeAt)
-                    frame.setMarkers(later.head, later.end);
-            }
-            QCOMPARE(bodies, expected);
-            QCOMPARE(frame.buffer(), plain.buffer);
-            QCOMPARE(outcome == MessageFrame::NoHead  ? QString("no head")
-                     : outcome == MessageFrame::NoEnd ? QString("no end")
-                                                      : QString("done"),
-                     expectedOutcome);
+            compareOneRead(read, plain, frame, later, random.below(3));
             if (plain.head != markers.head || plain.end != markers.end)
                 markers = later;
         }
     }
+}
+
+// Markers may change between two bodies, and between two reads.
+void tst_messageframerandom::compareOneRead(const Read& read, PlainReceiver& plain,
+                                            MessageFrame& frame, const Markers& later, int changeAt)
+{
+    QStringList expected;
+    const QString expectedOutcome = plain.read(read.text, [&](const QString& body) {
+        expected << body;
+        if (expected.size() == changeAt) {
+            plain.head = later.head;
+            plain.end = later.end;
+        }
+    });
+    QStringList bodies;
+    QString body;
+    frame.append(read.bytes);
+    MessageFrame::Outcome outcome = frame.next(body);
+    for (; outcome == MessageFrame::Body; outcome = frame.next(body)) {
+        bodies << body;
+        if (bodies.size() == changeAt)
+            frame.setMarkers(later.head, later.end);
+    }
+    QCOMPARE(bodies, expected);
+    QCOMPARE(frame.buffer(), plain.buffer);
+    QCOMPARE(nameOf(outcome), expectedOutcome);
 }
 
 QTEST_APPLESS_MAIN(tst_messageframerandom)

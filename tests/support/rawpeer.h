@@ -39,7 +39,7 @@ inline int listenAt(const QString& path, int queue)
 }
 
 /// A client of a local socket without any Qt behind it: it writes single bytes when told to, does
-/// not read unless told to, and vanishes at once. Nothing here waits for the other end.
+/// not read unless told to, and vanishes at once. Only waitForBytes() waits for the other end.
 class RawPeer
 {
 public:
@@ -91,6 +91,13 @@ public:
                 return result;
             result.append(buffer, int(got));
         }
+    }
+
+    /// Waits until bytes have arrived, or the other end has ended the connection.
+    bool waitForBytes(int milliseconds) const
+    {
+        pollfd watched{m_fd, POLLIN, 0};
+        return poll(&watched, 1, milliseconds) > 0;
     }
 
     /// Whether the other end has ended the connection.
