@@ -14,11 +14,12 @@ constexpr char kLogSource[] = "deviceservice_global";
 DeviceService_Global* g_instance = nullptr;
 bool g_errorTableInUse = false;
 
-// By AT error number. 4 to 37 are shifted by five; the odd rest is meant. The codes 4 to 7 have
-// no AT error: 6, for one, is what a client answers itself when it cannot send.
-constexpr std::array<int, 39> errorTable = {0,  1,  8,  2,  9,  10, 11, 12, 13, 14, 15, 16, 17,
-                                            18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30,
-                                            31, 32, 33, 34, 35, 36, 37, 38, 39, 40, 41, 42, 3};
+// The codes by the modem's error number. The numbers 4 to 37 are shifted by five; the others follow
+// no rule, which is meant. No number gives the codes 4 to 7: with 6, a client answers itself when a
+// request could not be sent.
+constexpr std::array<int, 39> kErrorTable = {0,  1,  8,  2,  9,  10, 11, 12, 13, 14, 15, 16, 17,
+                                             18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30,
+                                             31, 32, 33, 34, 35, 36, 37, 38, 39, 40, 41, 42, 3};
 
 } // namespace
 
@@ -79,7 +80,7 @@ void DeviceService_Global::initErrorTable()
 
 int DeviceService_Global::atError2IpcError(int atError)
 {
-    if (!g_errorTableInUse || atError < 0 || atError >= int(errorTable.size()))
+    if (!g_errorTableInUse || atError < 0 || atError >= int(kErrorTable.size()))
         return -1;
-    return errorTable[std::size_t(atError)];
+    return kErrorTable[std::size_t(atError)];
 }

@@ -48,8 +48,8 @@ void SlotCall::find(const QMetaObject* metaObject, const char* result, const cha
         return;
     m_method = metaObject->method(index);
     m_metaObject = metaObject;
-    // The arguments fit, they are what it was found by. Another name of the result's type may
-    // still mean the same type.
+    // The arguments fit, because the method was found by their types. The result's type may have
+    // another name and still be the same.
     if (result && qstrcmp(result, m_method.typeName()) != 0)
         return;
     const QMetaObject* const owner = m_method.enclosingMetaObject();

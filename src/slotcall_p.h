@@ -8,7 +8,7 @@
 
 #include <new>
 
-/// A null pointer where one is required is treated as being out of memory.
+/// Throws std::bad_alloc for a null pointer where one is required; the interface promises that.
 inline void requireNotNull(const void* pointer)
 {
     if (!pointer)
@@ -50,8 +50,10 @@ private:
     const QMetaObject* m_metaObject = nullptr; // the receiver's when m_method was found
     QMetaMethod m_method;
 
-    // What QMetaMethod::invoke() would call after checks that were made when m_method was found.
-    // Null when it may find something to object to, and must be asked each time.
+    // The function that QMetaMethod::invoke() would call once its checks have passed. They have, as
+    // m_method was found by the types of the arguments. Null when the type of the result has
+    // another name than the slot's: then invoke() decides at each call whether the two are the
+    // same.
     void (*m_metaCall)(QObject*, QMetaObject::Call, int, void**) = nullptr;
     int m_indexInClass = 0;
 };

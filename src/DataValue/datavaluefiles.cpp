@@ -54,10 +54,11 @@ bool ifItFits(Operation operation)
     }
 }
 
-/// Gives the value what was read from a file. All of it fails or nothing.
+/// Gives the value what was read from a file, and the file's path. When memory runs out, nothing
+/// has changed.
 void takeOver(CDataValue& value, CDataValue&& read, const QString& path)
 {
-    DataValueTree::makeExtras(value); // before anything changes: it may fail for want of memory
+    DataValueTree::makeExtras(value); // allocates, so it comes first
     value = std::move(read);
     DataValueTree::makeExtras(value).filePath = path;
 }

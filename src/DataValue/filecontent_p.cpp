@@ -16,15 +16,15 @@
 
 namespace {
 
-/// How much is read before the next look for a zero byte: a file with a hole of gigabytes is over
-/// at the hole.
+/// How much is read at a time. Reading ends at a zero byte, so of a file with a hole of gigabytes
+/// hardly more is read than what stands before the hole.
 constexpr std::size_t kPiece = std::size_t(1) << 20;
 
 /// A regular file that is open for reading.
 class RegularFile
 {
 public:
-    /// Not opened to wait: at a pipe that would last until somebody writes into it.
+    /// Opened without waiting: at a pipe, open() would else wait until somebody writes into it.
     explicit RegularFile(const QString& path)
         : m_descriptor(open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))
     {

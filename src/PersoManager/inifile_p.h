@@ -13,7 +13,8 @@
 ///     title="a; b"
 ///
 /// Otherwise the form is that of QSettings, whose files can be read: UTF-8, escapes after a
-/// backslash, `%20` in names, quotation marks around texts with blanks or semicolons at their ends.
+/// backslash, `%20` in names, quotation marks around texts that hold semicolons, or blanks at an
+/// end.
 namespace IniFile {
 
 /// The text of `key` in `group`, both case-sensitive; the last one when there are several. Null

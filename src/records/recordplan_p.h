@@ -1,7 +1,7 @@
 #ifndef RECORDS_RECORDPLAN_P_H
 #define RECORDS_RECORDPLAN_P_H
 
-// What records consist of, and how that is walked.
+// The fields of all records as tables, and the walk over a record by its table.
 //
 // Each record has one plan, a constant table of its fields:
 //
@@ -108,13 +108,13 @@ struct RecordType
     Table<std::uint8_t> byKey; // their places, in the byte order of the keys
 };
 
-/// A list without its type.
+/// What can be done with a list when only the address of the member is known.
 struct ListType
 {
     ValueType element;
     std::size_t (*count)(const void* list);
     bool (*equal)(const void* left, const void* right);
-    void* (*append)(void* list); // a default element; returns its place
+    void* (*append)(void* list); // appends a default element and returns its address
     void (*each)(const void* list, void* context,
                  void (*visit)(void* context, const void* element));
 
@@ -229,13 +229,13 @@ auto walk(const ValueType& type, Place* place, Walker&& walker)
     return walker(*type.list, place);
 }
 
-// The walkers, a source for each; recordcatalogue.h has the one that describes.
+// The walkers, each in a source of its own. The fifth, recordCatalogue(), describes the fields.
 bool equalRecords(const RecordType& type, const void* left, const void* right);
 QDebug printRecord(const RecordType& type, const void* record, QDebug debug);
 void writeRecord(const RecordType& type, const void* record, CDataValue& data);
 void readRecord(const RecordType& type, CDataValue& data, void* record);
 
-/// Of all records, in the order of the headers.
+/// The plans of all records, in the order of the headers.
 std::vector<const RecordType*> allRecords();
 
 /// The places of the fields in the byte order of their keys.

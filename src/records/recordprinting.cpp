@@ -42,7 +42,7 @@ struct Printer
     }
 };
 
-/// A secret, unless it is a text that says nothing.
+/// Whether the value must not be printed. An empty text gives nothing away.
 bool isHidden(const Field& field, const void* member)
 {
     const bool isText = field.type.kind == RecordValueKind::Text;

@@ -13,8 +13,8 @@ using Tree = DataValueTree;
 
 /// Reads members and elements from the value that was found for them.
 ///
-/// What a value is read as, and what is noted of a wrong one, is CDataValue's to say; a packed
-/// node of the right kind is read directly.
+/// CDataValue's conversions decide what a value gives and what is logged of a wrong kind. A packed
+/// node of the right kind is read directly, with the same result.
 class Reader
 {
 public:
@@ -58,8 +58,8 @@ public:
     {
         asValue([&texts](CDataValue& map) {
             for (const std::string& bytes : map.mapGetKeys()) {
-                // The peers read keys byte by byte: one outside ASCII changes here, and its text
-                // is then not found under the changed key.
+                // Keys are read as Latin-1, as the other processes read them. A key that is not
+                // ASCII changes by that, and no text is found under the changed key.
                 const QString key = QString::fromLatin1(bytes.c_str());
                 texts.insert(key, map.mapGet(key).asQString());
             }
@@ -97,7 +97,7 @@ public:
 private:
     bool isA(ENUM_VALUE_TYPE kind) const { return m_node && m_node->kind == kind; }
 
-    /// A member that is not there is a miss, also where nothing is read from it.
+    /// A missing list or record counts as a look-up that missed, as a missing scalar does.
     void noteMiss() const
     {
         if (!m_value && !m_node)
@@ -118,7 +118,7 @@ private:
         }
     }
 
-    /// Calls `read` with the value itself, made for the purpose where it is a node.
+    /// Calls `read` with the value; a packed node becomes a value for that call.
     template<class Read>
     std::invoke_result_t<Read, CDataValue&> asValue(Read read) const
     {
@@ -140,7 +140,8 @@ private:
 
 void readRecord(const RecordType& type, CDataValue& data, void* record)
 {
-    // A miss discards the content of the shared null value, and with it what is being read.
+    // Each look-up that misses empties the shared null value. When that is to be read, or something
+    // in it, a copy is read instead.
     if (&data == &CDataValue::m_sNull || Tree::isBelow(data, CDataValue::m_sNull)) {
         CDataValue written(data);
         Reader{written}(type, record);

@@ -1,4 +1,4 @@
-// A record becomes a packed tree, made at one go.
+// A record is written as a packed tree, from front to back.
 
 #include "DataValue/datavalue_p.h"
 #include "records/recordplan_p.h"
@@ -56,7 +56,7 @@ public:
         m_builder.end(array, count);
     }
 
-    /// What was written; a null value when it was more than a packed tree can hold.
+    /// What was written; null when that is more than a packed tree can hold.
     CDataValue finish()
     {
         CDataValue result;
@@ -83,7 +83,8 @@ private:
         const std::size_t map = m_builder.begin(MAP_VALUE);
         std::size_t count = 0;
         for (std::size_t i = 0; i < members.size(); ++i) {
-            // Keys that differ in what has no UTF-8 are one key, and the last one stays.
+            // Keys that differ only in half surrogate pairs are the same in UTF-8: the last is
+            // kept.
             if (i + 1 < members.size() && members[i].first == members[i + 1].first)
                 continue;
             m_builder.addText(members[i].first);

@@ -28,7 +28,7 @@ constexpr unsigned short kGsmTable[128] = {
 
 constexpr char32_t kEuroSign = 0x20AC;
 
-// The zero ends a text and so never needs a coding of its own; all else is what the table holds.
+// The zero only ends a text, so it counts as basic. All other basic characters are in the table.
 bool isBasicGsm(char32_t character)
 {
     return character == 0 ||

@@ -146,7 +146,8 @@ inline std::size_t readOther(const char* bytes, std::size_t count, uint& code)
     return code < 0x10000 || code > 0x10FFFF ? 0 : 4;
 }
 
-/// How many bytes at the beginning are ASCII for certain: some steps of several bytes.
+/// How many bytes at the beginning are ASCII, looked at several at a time: those before the first
+/// group that has another byte in it, or that is cut short by the end.
 std::size_t asciiRun(const char* bytes, std::size_t size)
 {
     std::size_t at = 0;

@@ -151,7 +151,7 @@ bool XmlCheck::walk()
             if (!reference())
                 return false;
         } else {
-            ++m_at; // outside of all elements the parser stops at a text: the more so
+            ++m_at; // a text; outside of all elements the parser stops here, which is safe
         }
     }
     return m_depth == 0 || refuse("The document ends inside an element");
