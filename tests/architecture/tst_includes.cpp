@@ -4,7 +4,11 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QRegularExpression>
+#include <QSet>
 #include <QTest>
+
+#include <algorithm>
+#include <iterator>
 
 namespace {
 
@@ -46,6 +50,30 @@ const Component kComponents[] = {
     {"appglobal/", 6, "application globals"},
 };
 
+// The private headers that other rooms than their own may see. A room is a folder of src/ with all
+// below it; what lies in src/ itself is a room of its own.
+const char* const kShared[] = {
+    "assertion_p.h",
+    "slotcall_p.h",
+    "text/utf8_p.h",
+    "platform/socketpeer_p.h",
+    "appglobal/executablepath_p.h",
+    "LogTask/logline_p.h",
+    "DataValue/datavalue_p.h",
+    "DataValue/jsontext_p.h",
+};
+
+bool isShared(const QString& header)
+{
+    const auto* const end = std::end(kShared);
+    return std::find(std::begin(kShared), end, header) != end;
+}
+
+QString roomOf(const QString& path)
+{
+    return path.left(path.indexOf(QLatin1Char('/')) + 1);
+}
+
 const Component* componentOf(const QString& path)
 {
     for (const Component& component : kComponents) {
@@ -65,9 +93,54 @@ bool anyFile(const QString&)
     return true;
 }
 
+bool isPrivateHeader(const QString& path)
+{
+    return path.endsWith(QLatin1String("_p.h"));
+}
+
 bool isPublicHeader(const QString& path)
 {
-    return path.endsWith(QLatin1String(".h")) && !path.endsWith(QLatin1String("_p.h"));
+    return path.endsWith(QLatin1String(".h")) && !isPrivateHeader(path);
+}
+
+/// The headers of this library that a source includes, by their paths.
+QStringList includesOf(const QString& path)
+{
+    QFile file(QStringLiteral(SOURCE_ROOT "/src/") + path);
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("cannot read %s", qPrintable(path));
+    const QString text = QString::fromUtf8(file.readAll());
+    static const QRegularExpression include(QStringLiteral("^#include \"([^\"]+)\""),
+                                            QRegularExpression::MultilineOption);
+    QStringList headers;
+    for (auto match = include.globalMatch(text); match.hasNext();) {
+        const QString header = match.next().captured(1);
+        if (!header.endsWith(QLatin1String(".moc")))
+            headers << header;
+    }
+    return headers;
+}
+
+QStringList privateHeadersOfOthers(const QString& path)
+{
+    QStringList headers;
+    for (const QString& header : includesOf(path)) {
+        if (isPrivateHeader(header) && roomOf(header) != roomOf(path))
+            headers << header;
+    }
+    return headers;
+}
+
+/// The paths of all sources and headers, from src/.
+QStringList allSources()
+{
+    const QString root = QStringLiteral(SOURCE_ROOT "/src/");
+    QDirIterator files(root, {QStringLiteral("*.h"), QStringLiteral("*.cpp")}, QDir::Files,
+                       QDirIterator::Subdirectories);
+    QStringList paths;
+    while (files.hasNext())
+        paths << files.next().mid(root.size());
+    return paths;
 }
 
 } // namespace
@@ -91,15 +164,7 @@ private Q_SLOTS:
         QFETCH(QString, path);
         const Component* const own = componentOf(path);
         QVERIFY(own);
-        QFile file(QStringLiteral(SOURCE_ROOT "/src/") + path);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QString text = QString::fromUtf8(file.readAll());
-        static const QRegularExpression include(QStringLiteral("^#include \"([^\"]+)\""),
-                                                QRegularExpression::MultilineOption);
-        for (auto match = include.globalMatch(text); match.hasNext();) {
-            const QString included = match.next().captured(1);
-            if (included.endsWith(QLatin1String(".moc")))
-                continue;
+        for (const QString& included : includesOf(path)) {
             const Component* const other = componentOf(included);
             QVERIFY2(other, qPrintable(included + " is not included by its path from src/"));
             QVERIFY2(maySee(*own, *other),
@@ -111,25 +176,39 @@ private Q_SLOTS:
         }
     }
 
+    void privateHeadersStayInTheirRoom_data() { sources(); }
+    void privateHeadersStayInTheirRoom()
+    {
+        QFETCH(QString, path);
+        for (const QString& header : privateHeadersOfOthers(path))
+            QVERIFY2(isShared(header),
+                     qPrintable(path + " sees " + header + ", which is not listed as shared"));
+    }
+
+    void everySharedHeaderIsSeenByOthers()
+    {
+        QSet<QString> seen;
+        for (const QString& path : allSources()) {
+            for (const QString& header : privateHeadersOfOthers(path))
+                seen.insert(header);
+        }
+        for (const char* header : kShared)
+            QVERIFY2(seen.contains(QLatin1String(header)), header);
+    }
+
     void publicHeadersSeeNoPrivateOnes_data() { sources(isPublicHeader); }
     void publicHeadersSeeNoPrivateOnes()
     {
         QFETCH(QString, path);
-        QFile file(QStringLiteral(SOURCE_ROOT "/src/") + path);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray text = file.readAll();
-        QVERIFY2(!text.contains("_p.h\""), qPrintable(path + " includes a private header"));
+        for (const QString& included : includesOf(path))
+            QVERIFY2(!isPrivateHeader(included), qPrintable(path + " includes " + included));
     }
 
 private:
     static void sources(bool (*accept)(const QString&) = anyFile)
     {
         QTest::addColumn<QString>("path");
-        const QString root = QStringLiteral(SOURCE_ROOT "/src/");
-        QDirIterator files(root, {QStringLiteral("*.h"), QStringLiteral("*.cpp")}, QDir::Files,
-                           QDirIterator::Subdirectories);
-        while (files.hasNext()) {
-            const QString path = files.next().mid(root.size());
+        for (const QString& path : allSources()) {
             if (accept(path))
                 QTest::newRow(qPrintable(path)) << path;
         }
