@@ -1,6 +1,6 @@
 #include "DataValue/datavalue.h"
 
-#include "DataValue/datavalue_p.h"
+#include "DataValue/core/tree_p.h"
 #include "LogTask/logline_p.h"
 #include "text/utf8_p.h"
 

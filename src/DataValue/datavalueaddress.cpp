@@ -1,6 +1,6 @@
 // The address containers: no text, no synchronising, no assertions.
 
-#include "DataValue/datavalue_p.h"
+#include "DataValue/core/tree_p.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,6 +1,6 @@
 // The ordinary containers: maps and arrays.
 
-#include "DataValue/datavalue_p.h"
+#include "DataValue/core/tree_p.h"
 
 #include "assertion_p.h"
 

@@ -1,9 +1,9 @@
 // Values in files.
 
-#include "DataValue/datavalue_p.h"
+#include "DataValue/core/tree_p.h"
 #include "DataValue/filecontent_p.h"
-#include "DataValue/jsonbridge_p.h"
-#include "DataValue/jsontext_p.h"
+#include "DataValue/json/jsonbridge_p.h"
+#include "DataValue/json/jsontext_p.h"
 #include "DataValue/xml/cxmlconvert.h"
 #include "LogTask/logline_p.h"
 #include "assertion_p.h"

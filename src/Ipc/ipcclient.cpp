@@ -1,7 +1,7 @@
 #include "Ipc/ipcclient.h"
 
 #include "DataValue/datavalue.h"
-#include "DataValue/jsontext_p.h"
+#include "DataValue/valueaccess_p.h"
 #include "Ipc/directsend_p.h"
 #include "Ipc/ipcconnection_p.h"
 #include "Ipc/messageframe_p.h"
@@ -295,6 +295,6 @@ void IPCClient::deliverAll()
 void IPCClient::deliver(const std::string& body)
 {
     CDataValue value(MAP_VALUE);
-    if (JsonText::parse(body, value))
+    if (ValueAccess::parse(body, value))
         Q_EMIT sigMessageReceived(&value);
 }

@@ -1,6 +1,6 @@
 #include "MessageCenter/messagecenter.h"
 
-#include "DataValue/datavalue_p.h"
+#include "DataValue/valueaccess_p.h"
 #include "LogTask/logline_p.h"
 #include "slotcall_p.h"
 
@@ -49,7 +49,7 @@ QByteArray deviceKey(const char* messageID)
 QByteArray borrowedDeviceKey(CDataValue& envelope)
 {
     const CDataValue& type = envelope.mapGet("IPCMSG_TYPE");
-    const char* const text = type.isString() ? DataValueTree::text(type).c_str() : nullptr;
+    const char* const text = ValueAccess::text(type);
     if (!text || *text == kByteOrderMark[0]) // a mark is no part of the text
         return type.asQString().toUtf8();
     return borrowedKey(text);

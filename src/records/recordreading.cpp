@@ -1,6 +1,6 @@
 // A record is read from a packed tree without unpacking it.
 
-#include "DataValue/datavalue_p.h"
+#include "DataValue/valueaccess_p.h"
 #include "records/recordplan_p.h"
 
 #include <string>
@@ -8,8 +8,6 @@
 namespace records {
 
 namespace {
-
-using Tree = DataValueTree;
 
 /// Reads members and elements from the value that was found for them.
 ///
@@ -20,8 +18,8 @@ class Reader
 public:
     explicit Reader(CDataValue& value)
         : m_value(&value)
-        , m_node(Tree::packedNode(value))
-        , m_block(Tree::packedBlock(value))
+        , m_node(ValueAccess::packedNode(value))
+        , m_block(ValueAccess::packedBlock(value))
     {
     }
     /// A node of a packed tree; null stands for a member that is not there.
@@ -127,7 +125,7 @@ private:
         if (!m_node)
             return read(CDataValue::referToMemberNull());
         CDataValue value;
-        Tree::constructPacked(value, *m_block, *m_node);
+        ValueAccess::constructPacked(value, *m_block, *m_node);
         return read(value);
     }
 
@@ -142,7 +140,7 @@ void readRecord(const RecordType& type, CDataValue& data, void* record)
 {
     // Each look-up that misses empties the shared null value. When that is to be read, or something
     // in it, a copy is read instead.
-    if (&data == &CDataValue::m_sNull || Tree::isBelow(data, CDataValue::m_sNull)) {
+    if (&data == &CDataValue::m_sNull || ValueAccess::isBelow(data, CDataValue::m_sNull)) {
         CDataValue written(data);
         Reader{written}(type, record);
         return;

@@ -1,6 +1,6 @@
 // A record is written as a packed tree, from front to back.
 
-#include "DataValue/datavalue_p.h"
+#include "DataValue/valueaccess_p.h"
 #include "records/recordplan_p.h"
 #include "text/utf8_p.h"
 
@@ -60,7 +60,7 @@ public:
     CDataValue finish()
     {
         CDataValue result;
-        DataValueTree::constructPacked(result, m_builder);
+        ValueAccess::constructPacked(result, m_builder);
         return result;
     }
 

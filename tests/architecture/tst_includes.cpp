@@ -59,8 +59,7 @@ const char* const kShared[] = {
     "platform/socketpeer_p.h",
     "appglobal/executablepath_p.h",
     "LogTask/logline_p.h",
-    "DataValue/datavalue_p.h",
-    "DataValue/jsontext_p.h",
+    "DataValue/valueaccess_p.h",
 };
 
 bool isShared(const QString& header)

@@ -1,7 +1,7 @@
 #ifndef DATAVALUE_CORE_CURSOR_P_H
 #define DATAVALUE_CORE_CURSOR_P_H
 
-#include "DataValue/datavalue_p.h"
+#include "DataValue/core/tree_p.h"
 
 #include <QVarLengthArray>
 

@@ -1,4 +1,4 @@
-#include "DataValue/datavaluemembers_p.h"
+#include "DataValue/core/members_p.h"
 
 #include <QtTest>
 

@@ -1,4 +1,4 @@
-#include "DataValue/packedtree_p.h"
+#include "DataValue/core/packed_p.h"
 
 #include <QtTest>
 

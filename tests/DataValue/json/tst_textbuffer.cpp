@@ -1,4 +1,4 @@
-#include "DataValue/textbuffer_p.h"
+#include "DataValue/json/textbuffer_p.h"
 
 #include <QRandomGenerator>
 #include <QtTest>

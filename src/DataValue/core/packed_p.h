@@ -1,8 +1,8 @@
-#ifndef DATAVALUE_PACKEDTREE_P_H
-#define DATAVALUE_PACKEDTREE_P_H
+#ifndef DATAVALUE_CORE_PACKED_P_H
+#define DATAVALUE_CORE_PACKED_P_H
 
+#include "DataValue/core/text_p.h"
 #include "DataValue/datavalue.h"
-#include "DataValue/datavaluetext_p.h"
 
 #include <atomic>
 #include <cstddef>

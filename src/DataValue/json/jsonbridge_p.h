@@ -1,5 +1,5 @@
-#ifndef DATAVALUE_JSONBRIDGE_P_H
-#define DATAVALUE_JSONBRIDGE_P_H
+#ifndef DATAVALUE_JSON_JSONBRIDGE_P_H
+#define DATAVALUE_JSON_JSONBRIDGE_P_H
 
 #include "DataValue/datavalue.h"
 

@@ -1,8 +1,8 @@
 // Reading JSON text, and taking JsonCpp's trees over.
 
-#include "DataValue/datavalue_p.h"
-#include "DataValue/jsonfastreader_p.h"
-#include "DataValue/jsontext_p.h"
+#include "DataValue/core/tree_p.h"
+#include "DataValue/json/jsonfastreader_p.h"
+#include "DataValue/json/jsontext_p.h"
 
 #include <json/json.h>
 

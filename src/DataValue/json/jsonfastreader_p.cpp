@@ -1,7 +1,7 @@
-#include "DataValue/jsonfastreader_p.h"
+#include "DataValue/json/jsonfastreader_p.h"
 
-#include "DataValue/datavalue_p.h"
-#include "DataValue/jsontext_p.h"
+#include "DataValue/core/tree_p.h"
+#include "DataValue/json/jsontext_p.h"
 #include "text/utf8_p.h"
 
 // The reader scans strings 16 bytes at a time where it may.

@@ -1,8 +1,8 @@
-#ifndef DATAVALUE_DATAVALUEMEMBERS_P_H
-#define DATAVALUE_DATAVALUEMEMBERS_P_H
+#ifndef DATAVALUE_CORE_MEMBERS_P_H
+#define DATAVALUE_CORE_MEMBERS_P_H
 
+#include "DataValue/core/text_p.h"
 #include "DataValue/datavalue.h"
-#include "DataValue/datavaluetext_p.h"
 
 #include <utility>
 #include <vector>

@@ -1,7 +1,7 @@
 // Values into packed trees and back.
 
 #include "DataValue/core/cursor_p.h"
-#include "DataValue/datavalue_p.h"
+#include "DataValue/core/tree_p.h"
 
 #include <utility>
 

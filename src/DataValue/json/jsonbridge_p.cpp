@@ -1,4 +1,4 @@
-#include "DataValue/jsonbridge_p.h"
+#include "DataValue/json/jsonbridge_p.h"
 
 #include "DataValue/core/cursor_p.h"
 

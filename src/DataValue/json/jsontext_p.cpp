@@ -1,4 +1,4 @@
-#include "DataValue/jsontext_p.h"
+#include "DataValue/json/jsontext_p.h"
 
 #include "DataValue/core/cursor_p.h"
 #include "LogTask/logline_p.h"

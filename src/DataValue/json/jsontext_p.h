@@ -1,8 +1,8 @@
-#ifndef DATAVALUE_JSONTEXT_P_H
-#define DATAVALUE_JSONTEXT_P_H
+#ifndef DATAVALUE_JSON_JSONTEXT_P_H
+#define DATAVALUE_JSON_JSONTEXT_P_H
 
 #include "DataValue/datavalue.h"
-#include "DataValue/textbuffer_p.h"
+#include "DataValue/json/textbuffer_p.h"
 
 #include <cstdint>
 #include <string>

@@ -1,10 +1,10 @@
-#ifndef DATAVALUE_DATAVALUE_P_H
-#define DATAVALUE_DATAVALUE_P_H
+#ifndef DATAVALUE_CORE_TREE_P_H
+#define DATAVALUE_CORE_TREE_P_H
 
+#include "DataValue/core/members_p.h"
+#include "DataValue/core/packed_p.h"
+#include "DataValue/core/text_p.h"
 #include "DataValue/datavalue.h"
-#include "DataValue/datavaluemembers_p.h"
-#include "DataValue/datavaluetext_p.h"
-#include "DataValue/packedtree_p.h"
 
 #include <array>
 #include <memory>

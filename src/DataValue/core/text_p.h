@@ -1,5 +1,5 @@
-#ifndef DATAVALUE_DATAVALUETEXT_P_H
-#define DATAVALUE_DATAVALUETEXT_P_H
+#ifndef DATAVALUE_CORE_TEXT_P_H
+#define DATAVALUE_CORE_TEXT_P_H
 
 #include <atomic>
 #include <cstddef>

@@ -1,7 +1,7 @@
 // Walks over whole trees: copying, comparing, searching.
 
 #include "DataValue/core/cursor_p.h"
-#include "DataValue/datavalue_p.h"
+#include "DataValue/core/tree_p.h"
 
 #include <algorithm>
 #include <utility>

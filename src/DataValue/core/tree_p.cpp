@@ -1,6 +1,6 @@
 // The content of values and the rule of their mirrors.
 
-#include "DataValue/datavalue_p.h"
+#include "DataValue/core/tree_p.h"
 
 #include <algorithm>
 #include <new>
