@@ -85,7 +85,8 @@ QString IniFile::text(const QByteArray& content, const QString& group, const QSt
     const QString wanted = group + QLatin1Char('/') + key;
     QString holder;
     QString found;
-    QString all = QString::fromUtf8(content);
+    // With its size: from a byte array alone, Qt 5 would read up to the first zero byte.
+    QString all = QString::fromUtf8(content.constData(), content.size());
     all.replace(QLatin1Char('\r'), QLatin1Char('\n'));
     for (const QString& line : all.split(QLatin1Char('\n'))) {
         const QString entry = line.trimmed();

@@ -2,22 +2,64 @@
 
 #include "support/testfile.h"
 
+#include <QDir>
+#include <QRandomGenerator>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <iterator>
 
 class tst_inifile : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase();
     void findsTexts_data();
     void findsTexts();
     void findsNothingElse_data();
     void findsNothingElse();
     void readsWhatQSettingsWrites_data();
     void readsWhatQSettingsWrites();
+    void readsRandomTextsOfQSettings();
+    void survivesTheCorpus_data();
+    void survivesTheCorpus();
+    void survivesRandomFiles();
+
+private:
+    QRandomGenerator m_random;
+    QTemporaryDir m_folder;
 };
+
+namespace {
+
+/// Pieces that the reader's branches look at, whole and cut.
+QByteArray randomPieces(QRandomGenerator& random, int most)
+{
+    static const char* const kPieces[] = {
+        "[",     "]",    "[General]", "[%General]", "=",        "key",  "key=", "\n",
+        "\r",    "\r\n", ";",         "\"",         "\\",       "\\x",  "\\x4", "\\0",
+        "\\777", "%",    "%U",        "%U00E9",     "%4",       "%41",  "/",    ",",
+        " ",     "\t",   "@",         "@@",         "\xC3\xA9", "\xC3", "\xFF", "\xEF\xBB\xBF",
+        "a",     "1"};
+    QByteArray bytes;
+    for (int left = random.bounded(most); left > 0; --left)
+        bytes += kPieces[random.bounded(int(std::size(kPieces)))];
+    return bytes;
+}
+
+} // namespace
+
+void tst_inifile::initTestCase()
+{
+    bool isGiven = false;
+    quint32 seed = qEnvironmentVariableIntValue("WZR_SEED", &isGiven);
+    if (!isGiven)
+        seed = QRandomGenerator::global()->generate();
+    m_random.seed(seed);
+    qInfo("WZR_SEED=%u", seed);
+}
 
 void tst_inifile::findsTexts_data()
 {
@@ -133,6 +175,61 @@ void tst_inifile::readsWhatQSettingsWrites()
     const QString found = IniFile::text(content, group, key);
     QVERIFY2(!found.isNull(), content.constData());
     QCOMPARE(found, text);
+}
+
+void tst_inifile::readsRandomTextsOfQSettings()
+{
+    for (int round = 0; round < 10; ++round) {
+        const QString file = m_folder.filePath(QString::number(round) + ".ini");
+        QStringList texts;
+        {
+            QSettings settings(file, QSettings::IniFormat);
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+            settings.setIniCodec("UTF-8");
+#endif
+            settings.beginGroup("General");
+            for (int i = 0; i < 100; ++i) {
+                // Without half characters, which no file keeps, and marks, which Qt takes for one.
+                texts += QString::fromUtf8('x' + randomPieces(m_random, 8)).mid(1);
+                texts.last().remove(QChar(0xFFFD)).remove(QChar(0xFEFF));
+                settings.setValue("key" + QString::number(i), texts.last());
+            }
+        }
+        const QByteArray content = TestFile::read(file);
+        for (int i = 0; i < texts.size(); ++i)
+            QCOMPARE(IniFile::text(content, "General", "key" + QString::number(i)), texts.at(i));
+    }
+}
+
+void tst_inifile::survivesTheCorpus_data()
+{
+    QTest::addColumn<QString>("file");
+    const QDir folder(INI_CORPUS);
+    for (const QString& name : folder.entryList(QDir::Files))
+        QTest::newRow(qPrintable(name)) << folder.filePath(name);
+}
+
+/// Whatever the file holds, a group put behind it is found, and cutting it anywhere does no harm.
+void tst_inifile::survivesTheCorpus()
+{
+    QFETCH(QString, file);
+    const QByteArray content = TestFile::read(file);
+    QVERIFY(!content.isEmpty());
+    for (int size = 0; size <= content.size(); ++size) {
+        const QByteArray cut = content.left(size);
+        IniFile::text(cut, "General", "key");
+        QCOMPARE(IniFile::text(cut + "\n[Last]\nkey=here\n", "Last", "key"), QString("here"));
+    }
+}
+
+void tst_inifile::survivesRandomFiles()
+{
+    for (int round = 0; round < 5000; ++round) {
+        const QByteArray content = randomPieces(m_random, 40);
+        IniFile::text(content, "General", "key");
+        const QString found = IniFile::text(content + "\n[Last]\nkey=here\n", "Last", "key");
+        QVERIFY2(found == "here", content.toHex().constData());
+    }
 }
 
 QTEST_APPLESS_MAIN(tst_inifile)
