@@ -88,6 +88,7 @@ private Q_SLOTS:
     void refusesUsers();
     void tellsWhoAClientIs();
     void clientLeavesAServerOfAnotherUser();
+    void clientTakesNothingFromARefusedServer();
     void clientMayConnectAnewInsideTheRefusal();
 };
 
@@ -299,6 +300,26 @@ void tst_ipcoptions::clientLeavesAServerOfAnotherUser()
     client.connectToServer();
     QVERIFY(client.isConnected());
     QTRY_COMPARE(received.size(), 1);
+}
+
+// What the server has sent is there before the client gets to leave it.
+void tst_ipcoptions::clientTakesNothingFromARefusedServer()
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("socket");
+    const int listening = listenAt(path, 1);
+    IPCClient client(path);
+    client.setTrustedServerUsers({getuid() + 1});
+    QSignalSpy received(&client, &IPCClient::sigMessageReceived);
+    QSignalSpy failed(&client, &IPCClient::sigIPCSocketError);
+    client.connectToServer();
+    RawPeer server = RawPeer::accept(listening);
+    ::close(listening);
+    QCOMPARE(server.send("__BEGIN__{\"tempting\":true}__END__"), 33);
+    QTRY_COMPARE(failed.size(), 1);
+    QVERIFY(server.isEnded());
+    QCOMPARE(received.size(), 0);
+    QCOMPARE(server.receive(), QByteArray());
 }
 
 void tst_ipcoptions::clientMayConnectAnewInsideTheRefusal()
