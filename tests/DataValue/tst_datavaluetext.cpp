@@ -89,6 +89,11 @@ void tst_DataValueText::writesScalars_data()
     row("1e-5", CDataValue(1e-5), "1e-05\n");
     row("0.0001", CDataValue(0.0001), "0.0001\n");
     row("1e300", CDataValue(-2.5e300), "-2.5e+300\n");
+    const double largest = std::numeric_limits<double>::max();
+    row("largest", CDataValue(largest), "1.7976931348623157e+308\n");
+    row("least", CDataValue(-largest), "-1.7976931348623157e+308\n");
+    row("next to it", CDataValue(std::nextafter(largest, 0.0)), "1.7976931348623155e+308\n");
+    row("not so near", CDataValue(1.797693134862315e308), "1.797693134862315e+308\n");
     row("nan", CDataValue(std::nan("")), "null\n");
     row("infinity", CDataValue(std::numeric_limits<double>::infinity()), "null\n");
     row("minus infinity", CDataValue(-std::numeric_limits<double>::infinity()), "null\n");
@@ -238,6 +243,8 @@ void tst_DataValueText::readsNumbersAtTheLimits_data()
     row("18446744073709551615", REAL_VALUE, "1.844674407370955e+19");
     row("18446744073709551616", REAL_VALUE, "1.844674407370955e+19");
     row("100000000000000000000", REAL_VALUE, "1e+20");
+    row("1.7976931348623157e+308", REAL_VALUE, "1.7976931348623157e+308");
+    row("-1.7976931348623157e+308", REAL_VALUE, "-1.7976931348623157e+308");
     row("1.0", REAL_VALUE, "1.0");
     row("1e2", REAL_VALUE, "100.0");
     row("1E+2", REAL_VALUE, "100.0");

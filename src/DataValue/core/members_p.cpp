@@ -219,7 +219,7 @@ void DataValueMembers::clear()
     for (Member& member : *this)
         member.~Member();
     m_onlyPage.shrink(0);
-    m_pages.clear();
+    std::vector<Page>().swap(m_pages); // gives its memory back, too
     m_free = nullptr;
     m_size = 0;
     while (m_blocks != m_borrowed)

@@ -224,9 +224,13 @@ void JsonText::appendReal(TextBuffer& out, double number)
         out.append("null");
         return;
     }
+    // From here on 16 digits round up to a number that no double holds.
+    constexpr double kNearTheLargest = 1.7976931348623155e308;
+    const int precision = std::abs(number) >= kNearTheLargest ? 17 : 16;
     char digits[32];
     const char* const end =
-        std::to_chars(digits, digits + sizeof digits, number, std::chars_format::general, 16).ptr;
+        std::to_chars(digits, digits + sizeof digits, number, std::chars_format::general, precision)
+            .ptr;
     const std::string_view text(digits, static_cast<std::size_t>(end - digits));
     out.append(text);
     if (text.find_first_of(".e") == std::string_view::npos)

@@ -38,8 +38,8 @@ constexpr bool isInteger(std::int64_t number)
 /// outside 32 bits become doubles.
 CDataValue fromJson(const Json::Value& json);
 
-/// Appends a number with 16 significant digits that reads back as a double; `null` for the
-/// numbers that JSON lacks.
+/// Appends a number with 16 significant digits that reads back as a double, with 17 where 16 would
+/// be beyond the largest double; `null` for the numbers that JSON lacks.
 void appendReal(TextBuffer& out, double number);
 
 } // namespace JsonText
