@@ -8,6 +8,7 @@
 #include "LogTask/logsecrets_p.h"
 #include "LogTask/logsettings_p.h"
 #include "LogTask/logtext_p.h"
+#include "LogTask/loguse_p.h"
 #include "appglobal/applicationpaths.h"
 #include "assertion_p.h"
 #include "text/utf8_p.h"
@@ -19,11 +20,13 @@
 #include <QLoggingCategory>
 #include <QMetaMethod>
 
-#include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstdarg>
 #include <cstring>
-#include <iterator>
+#include <string_view>
+
+#include <pthread.h>
 
 std::atomic<bool> g_bLog{false};
 
@@ -34,54 +37,8 @@ constexpr char kLogSource[] = "LogTask/clog";
 constexpr std::chrono::milliseconds startLimit(1000);
 constexpr std::chrono::milliseconds gatherTime(10);
 constexpr int settleTime = 50;
-constexpr int stopLimit = 3000;
-
-// How many log calls use the instance at this moment; Destroy() waits until there is none. Threads
-// count in different places, as far as there are enough: they would slow each other down.
-struct alignas(64) UserCount
-{
-    std::atomic<int> users{0};
-};
-UserCount s_userCounts[16];
-
-std::atomic<int>& ownUserCount()
-{
-    static std::atomic<unsigned> threads{0};
-    thread_local const unsigned own = threads++ % std::size(s_userCounts);
-    return s_userCounts[own].users;
-}
-
-// Keeps the instance alive for one log call; false when the log was ended meanwhile.
-class InstanceUse
-{
-public:
-    InstanceUse()
-        : m_users(ownUserCount())
-    {
-        ++m_users;
-    }
-    ~InstanceUse() { m_users.fetch_sub(1, std::memory_order_release); }
-    InstanceUse(const InstanceUse&) = delete;
-    InstanceUse& operator=(const InstanceUse&) = delete;
-    explicit operator bool() const { return g_bLog; }
-
-private:
-    std::atomic<int>& m_users;
-};
-
-bool waitForUsers()
-{
-    const QDeadlineTimer deadline(stopLimit);
-    const auto isUnused = [&deadline](const UserCount& count) {
-        while (count.users.load() != 0) {
-            if (deadline.hasExpired())
-                return false;
-            QThread::yieldCurrentThread();
-        }
-        return true;
-    };
-    return std::all_of(std::begin(s_userCounts), std::end(s_userCounts), isUnused);
-}
+constexpr std::chrono::milliseconds stopLimit(3000);
+constexpr int crashLimit = 1000; // ms
 
 // The formatted message, at most `size` - 1 bytes, without half a character at the cut.
 std::size_t formatMessage(char* buffer, std::size_t size, const char* format, va_list arguments)
@@ -139,6 +96,12 @@ struct CLogPrivate
     std::atomic<const LogSettings*> m_settings{&defaults};
     QString m_strFile;
     ErrorCodeTable codes;
+
+    // Whose turn it is to use the writer and to take lines out of the queue.
+    enum Turn { Nobody, LogThread, CrashHandler };
+    std::atomic<int> turn{Nobody};
+    std::atomic<CLogObject*> writer{nullptr};
+    std::atomic<pthread_t> thread{};
     LogQueue queue;
 
     // From Init() on. Lines that come earlier have no writer and are lost.
@@ -163,6 +126,32 @@ struct CLogPrivate
             return false;
         const QLoggingCategory* const category = QLoggingCategory::defaultCategory();
         return category && category->isDebugEnabled();
+    }
+
+    bool takeTurn(Turn who)
+    {
+        int expected = Nobody;
+        return turn.compare_exchange_strong(expected, who);
+    }
+
+    // In a signal handler. Waits for the log thread, unless that is the one that has crashed.
+    void flushInCrash()
+    {
+        CLogObject* const object = writer;
+        if (!object)
+            return;
+        if (pthread_equal(thread, pthread_self())) {
+            if (turn.exchange(CrashHandler) == CrashHandler)
+                return;
+        } else {
+            for (int waited = 0; !takeTurn(CrashHandler); ++waited) {
+                if (waited == crashLimit || turn == CrashHandler)
+                    return;
+                sleepMillisecond();
+            }
+        }
+        const std::string_view waiting = queue.closeInCrash(crashLimit);
+        object->writeInCrash(waiting.data(), waiting.size());
     }
 
     void push(const LogBytes& line, bool newLine)
@@ -219,8 +208,18 @@ void CLog::Destroy()
     CLog* instance = m_pIns.exchange(nullptr);
     // What still runs cannot be deleted: a log thread that the disk holds is left behind, with its
     // instance, rather than crash the process at its end.
-    if (instance && waitForUsers() && instance->stop())
+    if (instance && waitForLogUses(stopLimit) && instance->stop())
         delete instance;
+}
+
+// After fork(). Only the thread that called it is there: neither the log thread nor other log
+// calls.
+void CLog::forgetInChild()
+{
+    static std::atomic<CLog*> s_parents{nullptr}; // not deleted: its thread cannot be waited for
+    g_bLog = false;
+    s_parents = m_pIns.exchange(nullptr);
+    forgetLogUses();
 }
 
 bool CLog::stop()
@@ -249,6 +248,8 @@ void CLog::Init(const char* name)
     d->queue.setDelay(settings.flush ? std::chrono::milliseconds(0) : gatherTime);
     d->queue.setLimit(static_cast<std::size_t>(settings.maxQueue));
     d->takesLines = true;
+    static const int s_registered = pthread_atfork(nullptr, nullptr, &CLog::forgetInChild);
+    Q_UNUSED(s_registered)
     start(QThread::InheritPriority);
     d->queue.waitAttached(startLimit);
 }
@@ -263,13 +264,21 @@ void CLog::run()
     QAbstractEventDispatcher* dispatcher = QAbstractEventDispatcher::instance();
     LogQueue::Batch batch;
     const auto writeWaiting = [&] {
-        if (!d->queue.takeAll(&batch))
+        if (!d->takeTurn(CLogPrivate::LogThread))
             return false;
-        writeBatch(batch, &writer);
-        d->queue.written();
-        return true;
+        const bool found = d->queue.takeAll(&batch);
+        if (found)
+            writeBatch(batch, &writer);
+        else if (settings.flushIdle)
+            writer.writeOut();
+        d->turn = CLogPrivate::Nobody;
+        if (found)
+            d->queue.written();
+        return found;
     };
 
+    d->thread = pthread_self();
+    d->writer = &writer;
     d->queue.attach(dispatcher);
     while (!isInterruptionRequested()) {
         const bool wrote = writeWaiting();
@@ -278,6 +287,7 @@ void CLog::run()
     }
     writeWaiting();
     d->queue.detach();
+    d->writer = nullptr;
 }
 
 bool CLog::IsValid() const
@@ -392,7 +402,7 @@ void Log(const char* format, ...)
     va_start(arguments, format);
     formatMessage(buffer, sizeof buffer, format, arguments);
     va_end(arguments);
-    if (const InstanceUse use{})
+    if (const LogUse use{})
         CLog::Instance()->Write(buffer);
 }
 
@@ -405,7 +415,7 @@ void LogErr(int code, const char* format, ...)
     va_start(arguments, format);
     formatMessage(buffer, sizeof buffer, format, arguments);
     va_end(arguments);
-    if (const InstanceUse use{})
+    if (const LogUse use{})
         CLog::Instance()->Write(code, buffer);
 }
 
@@ -419,7 +429,7 @@ void LogDebug(const char* format, ...)
     va_start(arguments, format);
     formatMessage(buffer.get(), size, format, arguments);
     va_end(arguments);
-    const InstanceUse use;
+    const LogUse use;
     CLog::Instance()->Write(buffer.get());
 }
 
@@ -427,8 +437,18 @@ void FlushLog()
 {
     if (!g_bLog)
         return;
-    if (const InstanceUse use{})
+    if (const LogUse use{})
         CLog::Instance()->Flush();
+}
+
+void FlushLogInCrash()
+{
+    const int error = errno;
+    const LogUse use{LogUse::Crash};
+    CLog* const log = CLog::m_pIns;
+    if (use && log)
+        log->d->flushInCrash();
+    errno = error;
 }
 
 void DestroyLog()
@@ -465,6 +485,6 @@ void CLogFile::append(const QString& text)
 
 void CLogFile::end()
 {
-    if (const InstanceUse use{})
+    if (const LogUse use{})
         *CLog::Instance() << m_line;
 }

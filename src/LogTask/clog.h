@@ -24,6 +24,9 @@ extern WZRFRAMEWORK_EXPORT std::atomic<bool> g_bLog;
 /// setting "MAXLINE" (characters, 16384). Waits at most about one second for the writer. Returns
 /// whether logging is on; a log file that cannot be opened is not reported, its lines are lost.
 /// Calling it again while the log runs, or after it was found switched off, changes nothing.
+///
+/// In a child that fork() has made, the log is off, and stays the parent's: log calls do nothing
+/// and DestroyLog() returns at once. The child may start a log of its own, in another file.
 WZRFRAMEWORK_EXPORT bool InitLog(const char* name);
 
 /// Logs a printf-style message, cut to 1023 bytes of UTF-8 (a character is never cut in two). Where
@@ -45,6 +48,13 @@ WZRFRAMEWORK_EXPORT void FlushLog();
 /// on, a second DestroyLog() neither. Takes 50 ms, and up to 3 s more when the disk hangs; the log
 /// thread is then left behind. InitLog() may start a new log afterwards.
 WZRFRAMEWORK_EXPORT void DestroyLog();
+
+/// For a signal handler of the application that runs in a crash: writes out all lines logged so
+/// far, so that they survive the process. Safe there: takes no lock and no memory. Waits at most
+/// about a second for the log thread when that is writing; lines that other threads are adding at
+/// this moment may be lost, and those of the call in which the process has crashed. The log writes
+/// nothing any more after it: the process has to end.
+WZRFRAMEWORK_EXPORT void FlushLogInCrash();
 
 /// From now on, log lines, their echo and WriteLog() show "***" in the place of secrets, which are
 /// looked for in JSON text wherever it stands in a line, also cut, styled, or as the text of
@@ -119,7 +129,9 @@ protected:
 private:
     CLog();
     ~CLog() override;
+    friend void FlushLogInCrash();
     bool stop();
+    static void forgetInChild();
     void writeLine(const QString& line);
     void writeShown(const QString& line);
 

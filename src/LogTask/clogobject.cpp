@@ -25,6 +25,16 @@ void CLogObject::writeBytes(const char* bytes, qint64 size)
         m_file->flush();
 }
 
+void CLogObject::writeOut()
+{
+    m_file->flush();
+}
+
+void CLogObject::writeInCrash(const char* bytes, std::size_t size)
+{
+    m_file->writeInCrash(bytes, size);
+}
+
 void CLogObject::WriteLog(const QString& text, bool newLine)
 {
     LogBytes line;
@@ -43,7 +53,7 @@ void CLogObject::flushLog()
 
 void CLogObject::timerEvent(QTimerEvent* event)
 {
-    m_file->flush();
+    writeOut();
     QObject::timerEvent(event);
 }
 

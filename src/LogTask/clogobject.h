@@ -29,6 +29,13 @@ public:
     /// Writes `size` bytes that are in the local 8-bit encoding already.
     void writeBytes(const char* bytes, qint64 size);
 
+    /// Writes out what was kept back, as a timer event does.
+    void writeOut();
+
+    /// For a signal handler: writes out what was kept back, and `size` bytes after it. Nobody else
+    /// may use the object meanwhile.
+    void writeInCrash(const char* bytes, std::size_t size);
+
 public Q_SLOTS:
     /// Writes the text in the local 8-bit encoding, and "\r\n" after it when `newLine` is true.
     void WriteLog(const QString& text, bool newLine);

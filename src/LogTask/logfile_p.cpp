@@ -67,6 +67,15 @@ void LogFile::flush()
     m_keptSize = 0;
 }
 
+void LogFile::writeInCrash(const char* text, std::size_t size)
+{
+    if (m_file < 0)
+        return;
+    writeAll(m_kept.get(), m_keptSize);
+    m_keptSize = 0;
+    writeAll(text, size);
+}
+
 void LogFile::put(const char* text, std::size_t size)
 {
     if (m_isLosing && !putNotice()) {

@@ -3,6 +3,7 @@
 
 #include <QString>
 
+#include <atomic>
 #include <cstddef>
 #include <memory>
 
@@ -31,6 +32,11 @@ public:
     void write(const char* text, std::size_t size);
     void flush();
 
+    /// For a signal handler: writes out what was kept back, and `text` after it. What a full disk
+    /// has lost is not told. Also within a call of another function by the same thread; the text of
+    /// that call may then be lost or doubled.
+    void writeInCrash(const char* text, std::size_t size);
+
 private:
     void put(const char* text, std::size_t size);
     bool putNotice();
@@ -39,7 +45,7 @@ private:
 
     int m_file = -1;
     std::unique_ptr<char[]> m_kept;
-    std::size_t m_keptSize = 0;
+    std::atomic<std::size_t> m_keptSize{0};
 
     bool m_isLineOpen = false;     // whether the file ends within a line
     bool m_isLosing = false;       // since the last notice

@@ -2,6 +2,8 @@
 
 #include <QAbstractEventDispatcher>
 
+#include <ctime>
+
 namespace {
 
 // So many bytes end the gathering: enough that waking costs nothing beside writing them.
@@ -23,6 +25,12 @@ std::unique_lock<std::mutex> lockSoon(std::mutex& mutex)
 }
 
 } // namespace
+
+void sleepMillisecond()
+{
+    const timespec time = {0, 1000000};
+    ::nanosleep(&time, nullptr);
+}
 
 void LogQueue::Batch::clear()
 {
@@ -52,12 +60,36 @@ void LogQueue::push(const char* text, std::size_t size, bool newLine)
         pushed(); // an idle log thread has to write the notice: until then all lines are lost
         return;
     }
+    if (!beginAdding())
+        return;
     m_waiting.text.append(text, size);
     if (newLine)
         m_waiting.text.append("\r\n", 2);
+    m_isAdding.store(false, std::memory_order_release);
     pushed();
     if (m_waiting.text.size() >= enough && !m_hurry)
         hurry();
+}
+
+// Either this sees that the queue is closed, or closeInCrash() that a line is being added.
+bool LogQueue::beginAdding()
+{
+    m_isAdding = true;
+    if (!m_isClosed)
+        return true;
+    m_isAdding = false;
+    return false;
+}
+
+std::string_view LogQueue::closeInCrash(int milliseconds)
+{
+    m_isClosed = true;
+    for (int waited = 0; m_isAdding; ++waited) {
+        if (waited == milliseconds)
+            return {};
+        sleepMillisecond();
+    }
+    return m_waiting.text;
 }
 
 void LogQueue::pushFlush()

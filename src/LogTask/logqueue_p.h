@@ -1,14 +1,19 @@
 #ifndef LOGTASK_LOGQUEUE_P_H
 #define LOGTASK_LOGQUEUE_P_H
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 class QAbstractEventDispatcher;
+
+/// Also in a signal handler.
+void sleepMillisecond();
 
 /// The lines on their way to the log thread, in the order of hand-over. It stands where queued
 /// signals would, because a thread gets no queued signal while there is no application object.
@@ -65,9 +70,16 @@ public:
     /// Wakes the log thread without an entry.
     void wake();
 
+    /// For a signal handler: takes no line from now on, waits at most `milliseconds` for one that
+    /// is being added, and gives the text of all that wait. Nothing when a call does not end, say
+    /// that in which the process has crashed. Nobody may call takeAll() any more.
+    std::string_view closeInCrash(int milliseconds);
+
 private:
     void pushed();
     void hurry();
+
+    bool beginAdding();
 
     std::mutex m_mutex;
     std::condition_variable m_changed; // attached, detached, written
@@ -79,6 +91,9 @@ private:
     QAbstractEventDispatcher* m_dispatcher = nullptr;
     bool m_idle = false;
     bool m_hurry = false;
+    // Instead of the mutex, which a signal handler cannot lock.
+    std::atomic<bool> m_isAdding{false};
+    std::atomic<bool> m_isClosed{false};
     unsigned long long m_pushed = 0;
     unsigned long long m_taken = 0;
     unsigned long long m_written = 0;

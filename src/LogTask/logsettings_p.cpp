@@ -75,6 +75,7 @@ LogSettings readLogSettings(const QString& iniFile, const QString& file, QDate t
         result.timer = 10;
     readSwitch(settings, "DEBUG", &result.debug);
     readSwitch(settings, "FLUSH", &result.flush);
+    readSwitch(settings, "FLUSHIDLE", &result.flushIdle);
     readNumber(settings, "MAXQUEUE", &result.maxQueue);
     result.maxQueue = std::max(result.maxQueue, 0);
     readNumber(settings, "MAXLINE", &result.maxLine);

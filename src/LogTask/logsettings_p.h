@@ -13,6 +13,7 @@ struct LogSettings
     bool append = false;    ///< from "TYPE": the existing file is continued
     bool debug = true;      ///< "DEBUG": lines are echoed to the debug output
     bool flush = false;     ///< "FLUSH": each line leaves the process at once
+    bool flushIdle = false; ///< "FLUSHIDLE": what was written leaves the process in each pause
     int timer = 10;         ///< "TIMER", at least 1: reserved, nothing is timed by it
     int maxQueue = 0;       ///< "MAXQUEUE", bytes waiting for the log thread; 0: no limit
     int maxLine = 16384;    ///< "MAXLINE", characters of a frame, buffer or value in a line; 0: all

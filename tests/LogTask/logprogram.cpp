@@ -8,12 +8,17 @@
 #include <QFile>
 #include <QStringList>
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <map>
 #include <memory>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -67,6 +72,31 @@ void logMany(const std::string& value)
         CLogFile() << "line" << i;
 }
 
+// As an application does it: the crash goes its way afterwards.
+void installCrashHandler(const std::string&)
+{
+    const auto handler = [](int number) {
+        FlushLogInCrash();
+        std::signal(number, SIG_DFL);
+        std::raise(number);
+    };
+    std::signal(SIGSEGV, handler);
+    std::signal(SIGABRT, handler);
+}
+
+// Threads that log until the process ends.
+void startStorm(const std::string& value)
+{
+    for (int i = 0; i < std::stoi(value); ++i) {
+        std::thread([i] {
+            for (int line = 0;; ++line)
+                CLogFile() << "storm" << i << line << "end";
+        }).detach();
+    }
+}
+
+void runChild(const std::string& value);
+
 using Action = std::function<void(const std::string&)>;
 
 const std::map<std::string, Action>& actions()
@@ -101,10 +131,33 @@ const std::map<std::string, Action>& actions()
              say(CLog::Instance()->WaitWritten(30000) ? "written" : "not written");
          }},
         {"remove", [](const std::string& v) { QFile::remove(QString::fromStdString(v)); }},
+        {"wait", [](const std::string&) { (void)std::getchar(); }},
+        {"crashhandler", installCrashHandler},
+        {"abort", [](const std::string&) { std::abort(); }},
+        {"segv", [](const std::string&) { std::raise(SIGSEGV); }},
+        {"storm", startStorm},
+        {"child", runChild},
         {"destroy", [](const std::string&) { DestroyLog(); }},
         {"kill", [](const std::string&) { std::raise(SIGKILL); }},
     };
     return all;
+}
+
+// A child process that does what stands between the commas, and ends. Says how it ended.
+void runChild(const std::string& value)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(60);
+        for (const QString& step : QString::fromStdString(value).split(',')) {
+            const std::string name = step.section('=', 0, 0).toStdString();
+            actions().at(name)(step.section('=', 1).toStdString());
+        }
+        std::exit(5);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    say(WIFEXITED(status) && WEXITSTATUS(status) == 5 ? "child ended" : "child crashed");
 }
 
 // What its destructor does happens after main(), when Qt has taken down its globals: those are

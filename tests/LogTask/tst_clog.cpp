@@ -1,5 +1,6 @@
 #include "LogTask/clog.h"
-#include "support/installedprogram.h"
+
+#include "loggingprogram.h"
 
 #include <QDate>
 #include <QMetaMethod>
@@ -50,60 +51,24 @@ private Q_SLOTS:
     void endsTwice();
     void startsAgainAfterItsEnd();
     void worksWithoutAndAcrossAnApplicationObject();
-    void takesCallsAfterTheEndOfQt_data();
-    void takesCallsAfterTheEndOfQt();
     void stopsTheProcessOnAnEmptyPath();
     void losesLinesOfAFileThatCannotBeOpened();
 
-    void keepsFlushedLinesWhenKilled();
-    void keepsEveryLineWhenKilledWithFlushSet();
     void callersDoNotWaitForTheDisk();
-    void leavesAHangingDiskBehind();
-    void survivesALimitOnFileSizes();
-    void goesOnAfterAFullDisk();
     void offersItsSignalsInOrder();
 
 private:
     using Result = ChildProcess::Result;
 
-    void setSettings(const QByteArray& lines)
-    {
-        m_program->addData("LogFile.ini", "[SETTING]\n" + lines);
-    }
-    /// Runs the program and reads its log file, every time of day as "T" and every stamp as "T M".
-    Result run(const QStringList& actions) { return m_program->run(actions); }
-    QByteArray log() const;
-    /// The log without start banner and end banner.
-    QByteArray lines() const;
-    QString path() const { return m_program->path("log"); }
-    QStringList actions(const QStringList& between) const
-    {
-        return QStringList("initpath=" + path()) + between + QStringList("destroy");
-    }
+    void setSettings(const QByteArray& lines) { m_program->setSettings(lines); }
+    Result run(const QStringList& actions) const { return m_program->run(actions); }
+    QByteArray log() const { return m_program->log(); }
+    QByteArray lines() const { return m_program->lines(); }
+    QString path() const { return m_program->path(); }
+    QStringList actions(const QStringList& between) const { return m_program->actions(between); }
 
-    std::unique_ptr<InstalledProgram> m_program;
+    std::unique_ptr<LoggingProgram> m_program;
 };
-
-namespace {
-
-const QByteArray startBanner = "\r\nStart Log--T\r\n";
-const QByteArray endBanner = "\r\nEnd Log--T\r\n";
-
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
-}
-
-QByteArray withoutTimes(const QByteArray& text)
-{
-    QString result = QString::fromUtf8(text);
-    result.replace(QRegularExpression("\\d\\d:\\d\\d:\\d\\d"), "T");
-    result.replace(QRegularExpression("T \\d{1,3} "), "T M ");
-    return result.toUtf8();
-}
-
-} // namespace
 
 void tst_CLog::initTestCase()
 {
@@ -112,22 +77,8 @@ void tst_CLog::initTestCase()
 
 void tst_CLog::init()
 {
-    m_program = std::make_unique<InstalledProgram>(HELPER_LOGPROGRAM);
+    m_program = std::make_unique<LoggingProgram>(HELPER_LOGPROGRAM);
     setSettings("TYPE=1\n");
-}
-
-QByteArray tst_CLog::log() const
-{
-    return withoutTimes(readFile(path()));
-}
-
-QByteArray tst_CLog::lines() const
-{
-    QByteArray text = log();
-    if (!text.startsWith(startBanner) || !text.endsWith(endBanner))
-        return "not one whole log: " + text;
-    text.chop(endBanner.size());
-    return text.mid(startBanner.size());
 }
 
 void tst_CLog::namesTheFileByProgramUserAndDay()
@@ -431,37 +382,6 @@ void tst_CLog::worksWithoutAndAcrossAnApplicationObject()
     QCOMPARE(result.err, QByteArray("\xC3\xA9\n\xC3\xA9\n\xC3\xA9\n"));
 }
 
-void tst_CLog::takesCallsAfterTheEndOfQt_data()
-{
-    QTest::addColumn<QStringList>("during");
-    QTest::addColumn<QStringList>("atEnd");
-    QTest::addColumn<QByteArray>("written");
-    const QStringList all = {"log=b", "err=26:b", "stream=b,1", "number=5", "flush"};
-    const QByteArray line = startBanner + "T a\r\n";
-    const QByteArray late = "T b\r\nT b Error code:1a \r\nT M b 1 \r\n5\r\nflush to file \r\n";
-    QTest::newRow("log on") << QStringList("app") << all + QStringList("written") << line + late;
-    QTest::newRow("log ends there")
-        << QStringList() << all + QStringList("destroy") << line + late + endBanner;
-    QTest::newRow("log ended before")
-        << QStringList("destroy") << all + QStringList("debug=b") << line + endBanner;
-}
-
-// A global object of the program that logs in its destructor.
-void tst_CLog::takesCallsAfterTheEndOfQt()
-{
-    QFETCH(QStringList, during);
-    QFETCH(QStringList, atEnd);
-    QFETCH(QByteArray, written);
-    for (const QByteArray echo : {"DEBUG=true\n", "DEBUG=false\n"}) {
-        setSettings("TYPE=1\n" + echo);
-        const Result result = run(QStringList{"initpath=" + path(), "log=a"} + during +
-                                  QStringList("atend") + atEnd + QStringList("say=ended"));
-        QVERIFY2(result.code == 0, result.err.constData());
-        QVERIFY2(result.out.endsWith("ended\n"), result.out.constData());
-        QCOMPARE(log(), written);
-    }
-}
-
 void tst_CLog::stopsTheProcessOnAnEmptyPath()
 {
     const Result result = run({"initpath=", "log=a"});
@@ -478,20 +398,6 @@ void tst_CLog::losesLinesOfAFileThatCannotBeOpened()
     QCOMPARE(result.code, 0);
     QCOMPARE(result.out, QByteArray("on\nwritten\n"));
     QVERIFY(!QFile::exists(below));
-}
-
-void tst_CLog::keepsFlushedLinesWhenKilled()
-{
-    const Result result = run({"initpath=" + path(), "log=a", "flush", "written", "log=b", "kill"});
-    QCOMPARE(result.code, ChildProcess::kCrashed);
-    QCOMPARE(log(), startBanner + "T a\r\nflush to file \r\n");
-}
-
-void tst_CLog::keepsEveryLineWhenKilledWithFlushSet()
-{
-    setSettings("TYPE=1\nFLUSH=true\n");
-    run({"initpath=" + path(), "log=a", "log=b", "written", "kill"});
-    QCOMPARE(log(), startBanner + "T a\r\nT b\r\n");
 }
 
 void tst_CLog::callersDoNotWaitForTheDisk()
@@ -519,64 +425,6 @@ void tst_CLog::callersDoNotWaitForTheDisk()
     const QByteArray marks = withoutTimes(text);
     QCOMPARE(marks.count("T M line "), 20000);
     QVERIFY(marks.contains("T M line 19999 \r\nflush to file \r\n"));
-}
-
-void tst_CLog::leavesAHangingDiskBehind()
-{
-    // Opening a pipe without a reader hangs for ever.
-    QCOMPARE(mkfifo(QFile::encodeName(path()).constData(), 0600), 0);
-    const Result result = run(actions({"log=a", "state", "destroy", "state"}));
-    QCOMPARE(result.code, 0);
-    QCOMPARE(result.out, QByteArray("on\non\noff\n"));
-}
-
-// The system's signal for such a limit ends a process that does nothing about it.
-void tst_CLog::survivesALimitOnFileSizes()
-{
-    const QString command = QStringLiteral("ulimit -f 8; exec \"$0\" \"$@\"");
-    const QStringList arguments =
-        actions({"many=5000", "flush", "written", "say=alive"}) + QStringList("say=ended");
-    const Result result =
-        ChildProcess::run("/bin/sh", QStringList{"-c", command, m_program->program()} + arguments);
-    QCOMPARE(result.code, 0);
-    QCOMPARE(result.out, QByteArray("on\nwritten\nalive\nended\n"));
-    QVERIFY(QFile(path()).size() <= 8 * 1024);
-}
-
-// A small file system of the test's own, which only this process and its children see.
-void tst_CLog::goesOnAfterAFullDisk()
-{
-    setSettings("TYPE=1\nDEBUG=false\n");
-    const QString folder = m_program->path("disk");
-    QVERIFY(QDir().mkpath(folder));
-    const QStringList own = {"-rm", "/bin/sh", "-c"};
-    const QString mount = "mount -t tmpfs -o size=64k none " + folder;
-    if (ChildProcess::run("unshare", own + QStringList(mount)).code != 0)
-        QSKIP("this machine lets its users mount nothing");
-    const QString filler = folder + "/filler";
-    const QString command = mount + " && head -c 49152 /dev/zero > " + filler +
-                            " && \"$0\" \"$@\"" + " && cat " + folder + "/log";
-    const QStringList arguments = {"initpath=" + folder + "/log",
-                                   "many=3000",
-                                   "flush",
-                                   "written",
-                                   "remove=" + filler,
-                                   "log=after",
-                                   "destroy"};
-    const Result result =
-        ChildProcess::run("unshare", own + QStringList{command, m_program->program()} + arguments);
-    QCOMPARE(result.code, 0);
-    const QByteArray text = withoutTimes(result.out);
-    // Every line is there whole, or counted: 3000 and the mark of the flush. One that is cut just
-    // before its line end looks whole, too.
-    const QRegularExpression notice("\r\n([0-9]+) lines lost here\r\nT after\r\n");
-    const QRegularExpressionMatch match = notice.match(QString::fromUtf8(text));
-    QVERIFY2(match.hasMatch(), text.right(200).constData());
-    const int whole = static_cast<int>(text.left(match.capturedStart(1)).count(" \r\n"));
-    QVERIFY2(whole > 100 && whole < 2000, QByteArray::number(whole).constData());
-    const int all = whole + match.captured(1).toInt();
-    QVERIFY2(all == 3001 || all == 3002, QByteArray::number(all).constData());
-    QVERIFY(text.endsWith(endBanner));
 }
 
 void tst_CLog::offersItsSignalsInOrder()

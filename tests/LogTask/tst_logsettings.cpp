@@ -57,6 +57,7 @@ void compareDefaults(const LogSettings& settings)
     QCOMPARE(settings.append, true); // "TYPE" 0
     QCOMPARE(settings.debug, true);
     QCOMPARE(settings.flush, false);
+    QCOMPARE(settings.flushIdle, false);
     QCOMPARE(settings.timer, 10);
 }
 

@@ -2,6 +2,7 @@
 #include "support/logcapture.h"
 
 #include <QLoggingCategory>
+#include <QSemaphore>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -23,6 +24,7 @@ private Q_SLOTS:
     void acceptsLinesEmittedAsSignals();
     void tellsReceiversEveryLine();
     void survivesThreadsThatLogWhileItEnds();
+    void waitsForCallsThatStillRunWhenItEnds();
     void takesDebugLinesWhileItStartsAndEnds();
     void keepsLinesWhole();
 };
@@ -159,6 +161,46 @@ void tst_LogThreads::survivesThreadsThatLogWhileItEnds()
         for (std::thread& thread : threads)
             thread.join();
     }
+}
+
+// A call that a receiver holds back: the log thread ends after it, and the instance after that.
+void tst_LogThreads::waitsForCallsThatStillRunWhenItEnds()
+{
+    std::atomic<bool> isHeld{false};
+    std::atomic<bool> hasReturned{false};
+    std::atomic<bool> endedEarly{false};
+    QSemaphore threadEnded;
+    std::unique_ptr<std::thread> caller;
+    {
+        LogCapture log;
+        CLog* const instance = CLog::Instance();
+        connect(
+            instance, &CLog::finished, instance, [&] { threadEnded.release(); },
+            Qt::DirectConnection);
+        connect(
+            instance, &QObject::destroyed, this,
+            [&] {
+                if (!hasReturned)
+                    endedEarly = true;
+            },
+            Qt::DirectConnection);
+        connect(
+            instance, &CLog::WriteLog, this,
+            [&] {
+                isHeld = true;
+                while (g_bLog)
+                    std::this_thread::yield();
+                if (threadEnded.tryAcquire(1, 100)) // must not come
+                    endedEarly = true;
+                hasReturned = true;
+            },
+            Qt::DirectConnection);
+        caller = std::make_unique<std::thread>([] { Log("held"); });
+        QTRY_VERIFY(isHeld);
+    }
+    caller->join();
+    QVERIFY(hasReturned);
+    QVERIFY(!endedEarly);
 }
 
 // For the thread sanitizer. Nothing of these lines reaches the file: they come before the log.
