@@ -7,8 +7,8 @@
 
 namespace {
 
-constexpr char Ready[] = "modem ready: ";
-constexpr char Away[] = "modem away: ";
+constexpr char kReady[] = "modem ready: ";
+constexpr char kAway[] = "modem away: ";
 
 /// A service at a scripted line. The time-out is long enough for a modem that answers, also on a
 /// busy machine, and short enough to wait for where it does not.
@@ -19,7 +19,7 @@ struct FailingLine
         , service(manager.startService({"--port", manager.socket("modem"), "--timeout", timeOut,
                                         "--retry", "20", "--trace"}))
     {
-        if (!service->says(Ready))
+        if (!service->says(kReady))
             qFatal("the service does not find the modem");
         peer.inform("AT+CREG?", "+CREG: 2,1,\"1A2B\",\"01C3D4E\",7");
     }
@@ -97,7 +97,7 @@ void tst_connectionmanagermodem::answersAfterHalfALine()
     line.peer.inform("AT+CREG?", "+CREG: 2,5");
     client.send(request("NETWORK_REG_STATE"));
     QVERIFY(client.answer().contains(R"("nState":5)"));
-    QVERIFY(!line.service->output().contains(Away));
+    QVERIFY(!line.service->output().contains(kAway));
 }
 
 // Each kind of request ends; only the first one waits for a time-out.
@@ -124,7 +124,7 @@ void tst_connectionmanagermodem::answersEveryRequestAtASilentModem()
     QCOMPARE(errorIn(client.answer(), "DIAL"), 1);
 
     line.peer.setSilent(false);
-    QVERIFY(line.service->says(Ready));
+    QVERIFY(line.service->says(kReady));
     QCOMPARE(ask(client, "NETWORK_REG_STATE"), 0);
 }
 
@@ -270,7 +270,7 @@ void tst_connectionmanagermodem::findsAModemThatIsPluggedInAgain()
     line.peer.inform("AT+CREG?", "+CREG: 2,1");
     const auto settings = line.peer.commands().count("AT+CNMI=2,1");
     line.peer.plug();
-    QVERIFY(line.service->says(Ready));
+    QVERIFY(line.service->says(kReady));
     QCOMPARE(line.peer.commands().count("AT+CNMI=2,1"), settings + 1);
     QCOMPARE(ask(client, "NETWORK_REG_STATE"), 0);
 }
@@ -292,27 +292,27 @@ void tst_connectionmanagermodem::worksWithoutAModem()
     TestFile::write(manager.socket("file"), "precious");
     const auto service = manager.startService({"--port", manager.socket(name), "--retry", "1"});
     QVERIFY(
-        service->says(Away + manager.socket(name).toLocal8Bit() + " cannot be opened: " + reason));
+        service->says(kAway + manager.socket(name).toLocal8Bit() + " cannot be opened: " + reason));
     RawClient client(manager.socket("demo-device-1"));
     QCOMPARE(ask(client, "EQUIPMENT_INFO"), 1);
     QCOMPARE(ask(client, "CONNECT_STATE"), 1);
     QCOMPARE(TestFile::read(manager.socket("file")), QByteArray("precious"));
     service->terminate();
     QCOMPARE(service->exitCode(), 0);
-    QCOMPARE(service->output().count(Away), 1);
+    QCOMPARE(service->output().count(kAway), 1);
 }
 
 void tst_connectionmanagermodem::leavesTheLineToTheServiceThatHasIt()
 {
     ConnectionManager manager;
     const auto first = manager.startService();
-    QVERIFY(first->says(Ready));
+    QVERIFY(first->says(kReady));
     const QString line = manager.socket("demo-modem");
     const auto second =
         manager.startService({"--id", "demo-device-2", "--port", line, "--retry", "1"});
     const QByteArray reason = line.toUtf8() + " cannot be opened: deviceservice (process " +
                               QByteArray::number(first->processId()) + ") has it";
-    QVERIFY(second->says(Away + reason));
+    QVERIFY(second->says(kAway + reason));
     // No answer went to the wrong one.
     RawClient client(manager.socket("demo-device-1"));
     for (int i = 0; i < 20; ++i)
@@ -321,7 +321,7 @@ void tst_connectionmanagermodem::leavesTheLineToTheServiceThatHasIt()
     QCOMPARE(ask(other, "EQUIPMENT_INFO"), 1);
 
     first->kill();
-    QVERIFY(second->says(Ready));
+    QVERIFY(second->says(kReady));
     QCOMPARE(ask(other, "EQUIPMENT_INFO"), 0);
     second->terminate();
     QCOMPARE(second->exitCode(), 0);
@@ -354,8 +354,8 @@ void tst_connectionmanagermodem::reportsUnpluggingToTheDashboard()
     QVERIFY(dashboard->says("PIN           no connection to the modem (error 1)"));
     // Another modem, whose SIM wants its PIN.
     const auto modem = manager.startModem();
-    QVERIFY(service->says(Ready));
-    QVERIFY(service->says(Ready));
+    QVERIFY(service->says(kReady));
+    QVERIFY(service->says(kReady));
     dashboard->enter("ask");
     QVERIFY(dashboard->says("PIN           the SIM asks for the PIN"));
     QVERIFY(dashboard->says("* Connection  connected"));

@@ -6,8 +6,9 @@
 
 namespace {
 
-constexpr int Refused = 1; // "IPCMSG_ERROR_CODE" of a request that makes no sense
-constexpr int UnknownMessage = 42;
+constexpr char kLogSource[] = "applicationcontroller/controller";
+constexpr int kRefused = 1; // "IPCMSG_ERROR_CODE" of a request that makes no sense
+constexpr int kUnknownMessage = 42;
 
 } // namespace
 
@@ -71,14 +72,13 @@ void Controller::receive(const QString& text, int clientID)
         return;
     CDataValue request;
     if (!Envelope::read(text, request)) {
-        CLogFile() << "applicationcontroller/controller"
-                   << "receive"
+        CLogFile() << kLogSource << "receive"
                    << "no message:" << text;
         return;
     }
     const QString messageID = request.mapGet("IPCMSG_TYPE").asQString();
     CDataValue response;
-    int errorCode = UnknownMessage;
+    int errorCode = kUnknownMessage;
     if (messageID == QLatin1String(ControllerMessage::ClientInit))
         errorCode = answerClientInit(request, clientID);
     else if (messageID == QLatin1String(ControllerMessage::GetDevID))
@@ -94,7 +94,7 @@ int Controller::answerClientInit(CDataValue& request, int clientID)
 {
     const CDataValue name(request.mapGet("IPCMSG_USER_DATA"));
     if (!name.isString() || name.asQString().isEmpty())
-        return Refused;
+        return kRefused;
     m_clients[clientID] = name.asQString();
     Q_EMIT happened(
         QStringLiteral("introduced: %1 (client %2)").arg(name.asQString()).arg(clientID));
@@ -108,7 +108,7 @@ int Controller::answerGetDevID(CDataValue& request, CDataValue& response,
 {
     CDataValue payload(request.mapGet("IPCMSG_USER_DATA"));
     if (!payload.isObject() || !payload.mapGet("Name").isString())
-        return Refused;
+        return kRefused;
     response = CDataValue(MAP_VALUE);
     const QString name = payload.mapGet("Name").asQString();
     if (devices.contains(name))
@@ -122,7 +122,7 @@ int Controller::answerGetMultDevID(CDataValue& request, CDataValue& response,
 {
     CDataValue payload(request.mapGet("IPCMSG_USER_DATA"));
     if (!payload.isArray() && !payload.isNull())
-        return Refused;
+        return kRefused;
     response = CDataValue(MAP_VALUE);
     for (unsigned int i = 0; i < payload.arrayCount(); ++i) {
         const QString name = payload.arrayGet(i).asQString();

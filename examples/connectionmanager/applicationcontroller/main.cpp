@@ -49,7 +49,7 @@ QMap<QString, QString> devicesOf(const QStringList& options)
     if (devices.isEmpty())
         devices = Personalisation(QStringLiteral("ApplicationController")).devices();
     if (devices.isEmpty())
-        devices.insert(QLatin1String(DefaultDeviceName), QLatin1String(DefaultDeviceID));
+        devices.insert(QLatin1String(kDefaultDeviceName), QLatin1String(kDefaultDeviceID));
     return devices;
 }
 

@@ -75,9 +75,9 @@ constexpr char Number[] = "number";
 } // namespace PhonebookField
 
 /// The device of the demo, unless the command line says otherwise.
-constexpr char DefaultDeviceName[] = "Demo Modem";
-constexpr char DefaultDeviceID[] = "demo-device-1";
+constexpr char kDefaultDeviceName[] = "Demo Modem";
+constexpr char kDefaultDeviceID[] = "demo-device-1";
 /// The modem simulator's line, in the folder for temporary files.
-constexpr char DefaultModemLink[] = "demo-modem";
+constexpr char kDefaultModemLink[] = "demo-modem";
 
 #endif

@@ -20,9 +20,11 @@
 
 namespace {
 
+constexpr char kLogSource[] = "common/process";
+
 int s_signalPipe[2] = {-1, -1};
 
-// Hardly anything may be called from here; write() may, and wakes the event loop.
+// A signal handler may call hardly any function. write() is allowed, and wakes the event loop.
 void onSignal(int)
 {
     const char byte = 0;
@@ -79,7 +81,6 @@ bool isTaken(QtSingleCoreApplication& application)
     const QString reason =
         QStringLiteral("another process is running and serves %1").arg(application.id());
     Console::complain(reason);
-    CLogFile() << "common/process"
-               << "isTaken" << reason;
+    CLogFile() << kLogSource << "isTaken" << reason;
     return true;
 }

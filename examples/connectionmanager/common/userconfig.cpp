@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int LockWithinMs = 5000;
+constexpr int kLockWithinMs = 5000;
 
 // Where no lock can be had, the folder cannot be written to either, or a process holds it that
 // hangs: then going on is better than waiting.
@@ -18,7 +18,7 @@ public:
         : m_file(CMainAppGlobal::getUserDataPath() + QLatin1String("/System.lock"))
     {
         QDir().mkpath(CMainAppGlobal::getUserDataPath());
-        m_file.tryLock(LockWithinMs);
+        m_file.tryLock(kLockWithinMs);
     }
 
 private:

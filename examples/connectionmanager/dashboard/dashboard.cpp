@@ -9,7 +9,7 @@
 namespace {
 
 // The slots of one identifier are called in this order.
-constexpr DeviceSlots::Item Slots[] = {
+constexpr DeviceSlots::Item kSlots[] = {
     {DemoMessage::PinState, "onPinState"},
     {DemoMessage::PinVerify, "onPinVerified"},
     {DemoMessage::NetworkInfo, "onAnswer"},
@@ -57,7 +57,7 @@ Dashboard::Dashboard(const QString& senderID, const Plan& plan, QObject* parent)
     : QObject(parent)
     , m_senderID(senderID.toUtf8())
     , m_plan(plan)
-    , m_slots(this, Slots)
+    , m_slots(this, kSlots)
 {
 }
 

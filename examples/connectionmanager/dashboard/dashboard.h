@@ -21,7 +21,7 @@ public:
     {
         QString pin;       ///< Entered when the SIM asks for it
         bool dial = false; ///< Connect, after everything was asked
-        int reports = 0;   ///< In a one-shot run: end only after so many reports
+        int reports = 0;   ///< In a one-shot run: end only after this number of reports
     };
 
     Dashboard(const QString& senderID, const Plan& plan, QObject* parent = nullptr);

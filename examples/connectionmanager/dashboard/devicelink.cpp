@@ -6,8 +6,8 @@
 
 namespace {
 
-constexpr int AskAgainMs = 1000;
-constexpr int ConnectAgainMs = 500;
+constexpr int kAskAgainMs = 1000;
+constexpr int kConnectAgainMs = 500;
 
 } // namespace
 
@@ -17,10 +17,10 @@ DeviceLink::DeviceLink(const QString& clientName, const QString& deviceName, QOb
     , m_controller(clientName, nullptr)
 {
     m_nextQuestion.setSingleShot(true);
-    m_nextQuestion.setInterval(AskAgainMs);
+    m_nextQuestion.setInterval(kAskAgainMs);
     connect(&m_nextQuestion, &QTimer::timeout, this, &DeviceLink::askForDevice);
     m_nextAttempt.setSingleShot(true);
-    m_nextAttempt.setInterval(ConnectAgainMs);
+    m_nextAttempt.setInterval(kConnectAgainMs);
     connect(&m_nextAttempt, &QTimer::timeout, this, [this] { m_client->connectToServer(); });
     connect(MessageCenter::defaultCenter(), &MessageCenter::sigDeviceMessageSend, this,
             &DeviceLink::traceSending);

@@ -40,7 +40,7 @@ QList<QCommandLineOption> commandLineOptions()
 {
     const auto text = [](const char* value) { return QString::fromLatin1(value); };
     return {{text("name"), text("Name of this process."), text("NAME"), text("dashboard")},
-            {text("device"), text("Name of the device."), text("NAME"), text(DefaultDeviceName)},
+            {text("device"), text("Name of the device."), text("NAME"), text(kDefaultDeviceName)},
             {text("pin-file"),
              text("File whose first line is the PIN to enter when the SIM asks for it; \"-\" is "
                   "standard input."),
@@ -59,8 +59,8 @@ QList<QCommandLineOption> commandLineOptions()
 
 Options readOptions(CommandLine& line)
 {
-    constexpr int MostReports = 1000000;
-    constexpr int LongestS = 86400;
+    constexpr int kMostReports = 1000000;
+    constexpr int kLongestS = 86400;
     Options options;
     options.name = line.value("name");
     options.deviceName = line.value("device");
@@ -68,10 +68,10 @@ Options readOptions(CommandLine& line)
     options.pinFile = line.value("pin-file");
     options.plan.pin = line.value("pin");
     options.plan.dial = line.isSet("dial");
-    options.plan.reports = line.number("reports", 0, MostReports);
+    options.plan.reports = line.number("reports", 0, kMostReports);
     options.once = line.isSet("once");
     options.trace = line.isSet("trace");
-    options.timeout = line.number("timeout", 0, LongestS);
+    options.timeout = line.number("timeout", 0, kLongestS);
     if (line.isSet("pin") && line.isSet("pin-file"))
         line.refuse(QStringLiteral("--pin and --pin-file exclude each other."));
     return options;

@@ -183,12 +183,12 @@ QString textOf(const BLSmsStorageState& state)
 
 QString textOf(const BLSmsProgressBarPos& position)
 {
-    constexpr int Width = 20;
+    constexpr int kWidth = 20;
     const int total = qMax(position.nTotal, 1);
     const int done = qBound(0, position.nCurPos, total);
-    const int filled = static_cast<int>(static_cast<long long>(done) * Width / total);
+    const int filled = static_cast<int>(static_cast<long long>(done) * kWidth / total);
     return QStringLiteral("[%1%2] %3 of %4")
-        .arg(QString(filled, QLatin1Char('#')), QString(Width - filled, QLatin1Char('.')))
+        .arg(QString(filled, QLatin1Char('#')), QString(kWidth - filled, QLatin1Char('.')))
         .arg(position.nCurPos)
         .arg(position.nTotal);
 }

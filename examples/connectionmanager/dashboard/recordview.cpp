@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr DeviceSlots::Item Slots[] = {
+constexpr DeviceSlots::Item kSlots[] = {
     {DemoMessage::NetworkInfo, "showNetworkInfo"},
     {DemoMessage::NetworkRegState, "showRegistration"},
     {DemoMessage::NetworkCell, "showCell"},
@@ -74,7 +74,7 @@ void showDone(const char* title, CDataValue* envelope, const char* success)
 
 RecordView::RecordView(QObject* parent)
     : QObject(parent)
-    , m_slots(this, Slots)
+    , m_slots(this, kSlots)
 {
 }
 

@@ -13,17 +13,18 @@
 
 namespace {
 
+constexpr char kLogSource[] = "deviceservice/atchannel";
 // The port has no descriptor to wait on.
-constexpr int IdlePollMs = 20;
-constexpr int BusyPollMs = 2;
+constexpr int kIdlePollMs = 20;
+constexpr int kBusyPollMs = 2;
 // With a time-out, a line on which nothing comes reads as "would block", and 0 is left for a
 // device that has gone. No read waits for it.
-constexpr int LineTimeOutMs = 100;
-constexpr int ReadsPerPoll = 16;
-constexpr int LinesPerAnswer = 5000;
+constexpr int kLineTimeOutMs = 100;
+constexpr int kReadsPerPoll = 16;
+constexpr int kLinesPerAnswer = 5000;
 
 // Each asks for something that no other command asks for.
-constexpr const char* Probes[] = {"+CMEE", "+CSCS", "+CMGF"};
+constexpr const char* kProbes[] = {"+CMEE", "+CSCS", "+CMGF"};
 
 QString errorText(int error)
 {
@@ -74,10 +75,10 @@ AtChannel::AtChannel(std::unique_ptr<CSerialPort> port, const Options& options, 
     , m_queue(queue)
 {
     m_port->setBaudRate(options.rate);
-    m_port->setTimeOut(LineTimeOutMs);
+    m_port->setTimeOut(kLineTimeOutMs);
     // A second reader of the line would get a part of the answers.
     m_port->setExclusive(true);
-    m_pollTimer.setInterval(IdlePollMs);
+    m_pollTimer.setInterval(kIdlePollMs);
     connect(&m_pollTimer, &QTimer::timeout, this, &AtChannel::poll);
     m_retryTimer.setSingleShot(true);
     m_retryTimer.setInterval(options.retryInterval);
@@ -107,8 +108,7 @@ void AtChannel::open()
     }
     m_isOpen = true;
     m_closedReason.clear();
-    CLogFile() << "deviceservice/atchannel"
-               << "open" << m_options.port << "answers";
+    CLogFile() << kLogSource << "open" << m_options.port << "answers";
     Q_EMIT opened();
 }
 
@@ -135,16 +135,14 @@ void AtChannel::close(const QString& reason)
     if (reason == m_closedReason)
         return;
     m_closedReason = reason;
-    CLogFile() << "deviceservice/atchannel"
-               << "close" << m_options.port << reason;
+    CLogFile() << kLogSource << "close" << m_options.port << reason;
     Q_EMIT closed(reason);
 }
 
 AtReply AtChannel::send(const AtCommand& command)
 {
     if (m_exchange != nullptr) {
-        CLogFile() << "deviceservice/atchannel"
-                   << "send" << AtText::nameOf(command.text)
+        CLogFile() << kLogSource << "send" << AtText::nameOf(command.text)
                    << "is not sent inside another command";
         return {AtError::LinkReserved, {}};
     }
@@ -161,8 +159,9 @@ AtReply AtChannel::send(const AtCommand& command)
 bool AtChannel::synchronise()
 {
     for (int i = 0; i < m_options.probes && m_isPortOpen && !m_isEnding; ++i) {
-        const QByteArray probe = Probes[m_nextProbe++ % std::size(Probes)];
-        // What has begun is not continued; nor is a command of which the modem has got a part.
+        const QByteArray probe = kProbes[m_nextProbe++ % std::size(kProbes)];
+        // A line that has begun is not continued. A command of which the modem has got only a part
+        // ends at the line end with which the probe begins.
         m_lines.clear();
         if (exchange({"AT" + probe + '?', probe + ':'}, true, m_options.timeOut / 5).error ==
             AtError::None)
@@ -184,20 +183,19 @@ AtReply AtChannel::exchange(const AtCommand& command, bool isProbe, int millisec
     m_exchange = &exchange;
     m_toWrite = (isProbe ? "\r" : "") + command.text + '\r';
     Q_EMIT passed(true, command.text);
-    m_pollTimer.setInterval(BusyPollMs);
+    m_pollTimer.setInterval(kBusyPollMs);
     deadline.start(milliseconds);
     writeWaiting();
     exchange.loop.exec();
-    m_pollTimer.setInterval(IdlePollMs);
+    m_pollTimer.setInterval(kIdlePollMs);
     m_exchange = nullptr;
     if (exchange.isDone)
         return exchange.reply;
     // A loop that ends for neither reason was ended by the application.
     m_isEnding = deadline.isActive();
     if (!m_isEnding && !isProbe)
-        CLogFile() << "deviceservice/atchannel"
-                   << "exchange" << AtText::nameOf(command.text) << "was not answered in"
-                   << milliseconds << "ms";
+        CLogFile() << kLogSource << "exchange" << AtText::nameOf(command.text)
+                   << "was not answered in" << milliseconds << "ms";
     if (!m_isEnding && !m_toWrite.isEmpty())
         close(QStringLiteral("does not take what is written") + m_writeError);
     return exchange.reply;
@@ -217,7 +215,7 @@ void AtChannel::poll()
 {
     writeWaiting();
     char buffer[4096];
-    for (int i = 0; i < ReadsPerPoll && m_isPortOpen; ++i) {
+    for (int i = 0; i < kReadsPerPoll && m_isPortOpen; ++i) {
         const int count = m_port->read(buffer, sizeof buffer);
         if (count < 0 && transferError().isEmpty())
             return;
@@ -279,7 +277,7 @@ void AtChannel::handleAnswer(Exchange& exchange, const QByteArray& line)
             notUnderstood(line);
     } else {
         exchange.isMarked = true;
-        if (exchange.reply.lines.size() < LinesPerAnswer)
+        if (exchange.reply.lines.size() < kLinesPerAnswer)
             exchange.reply.lines.append(line);
         else
             notUnderstood(line);
@@ -290,15 +288,13 @@ void AtChannel::handleAnswer(Exchange& exchange, const QByteArray& line)
 void AtChannel::notUnderstood(const QByteArray& line)
 {
     if (++m_notUnderstood == 1)
-        CLogFile() << "deviceservice/atchannel"
-                   << "notUnderstood" << m_options.port << AtText::shown(line);
+        CLogFile() << kLogSource << "notUnderstood" << m_options.port << AtText::shown(line);
 }
 
 void AtChannel::tellNotUnderstood()
 {
     if (m_notUnderstood > 1)
-        CLogFile() << "deviceservice/atchannel"
-                   << "notUnderstood" << m_options.port
+        CLogFile() << kLogSource << "notUnderstood" << m_options.port
                    << "and further lines:" << m_notUnderstood - 1;
     m_notUnderstood = 0;
 }

@@ -50,7 +50,7 @@ struct AtReply
 /// attempts ask for other things, so that the answer to one is not taken for that of the next.
 /// When none is answered, the line is closed.
 ///
-/// **Bounds.** Lines (AtLines::LongestLine), the lines of an answer and what is read at a time
+/// **Bounds.** Lines (AtLines::kLongestLine), the lines of an answer and what is read at a time
 /// are limited; a modem that sends without end costs neither memory nor the event loop. What
 /// cannot be understood is logged once for each series of such lines.
 ///

@@ -13,10 +13,11 @@ using namespace AtText;
 
 namespace {
 
-constexpr int MostReports = 100; // that wait to be handled
+constexpr char kLogSource[] = "deviceservice/atmodem";
+constexpr int kMostReports = 100; // that wait to be handled
 
 // Refused settings are lived without. Some need the SIM: they are repeated when it is unlocked.
-constexpr const char* Settings[] = {
+constexpr const char* kSettings[] = {
     "ATE0",
     "AT+CMEE=1",
     "AT+CSCS=\"UCS2\"",
@@ -62,8 +63,7 @@ int AtModem::tell(const QByteArray& command, AtWait wait)
 
 int AtModem::answerNotUnderstood(const QByteArray& command, const QByteArray& line)
 {
-    CLogFile() << "deviceservice/atmodem"
-               << "answerNotUnderstood" << nameOf(command) << shown(line);
+    CLogFile() << kLogSource << "answerNotUnderstood" << nameOf(command) << shown(line);
     return AtError::Unknown;
 }
 
@@ -81,13 +81,12 @@ void AtModem::initialise()
 
 void AtModem::applySettings()
 {
-    for (const char* setting : Settings) {
+    for (const char* setting : kSettings) {
         const int error = tell(setting, AtWait::Sim);
         if (error == AtError::NoConnection)
             return;
         if (error != AtError::None)
-            CLogFile() << "deviceservice/atmodem"
-                       << "applySettings" << setting << "was refused:" << error;
+            CLogFile() << kLogSource << "applySettings" << setting << "was refused:" << error;
     }
 }
 
@@ -106,11 +105,10 @@ void AtModem::hear(const QByteArray& line)
         m_signalReport = line;
     } else if (line.startsWith("+CIEV:") || line.startsWith("+CGREG:") || line == "RING") {
         return;
-    } else if (m_reports.size() < MostReports) {
+    } else if (m_reports.size() < kMostReports) {
         m_reports.append(line);
     } else {
-        CLogFile() << "deviceservice/atmodem"
-                   << "hear"
+        CLogFile() << kLogSource << "hear"
                    << "too many reports, dropped:" << shown(line);
         return;
     }
@@ -216,8 +214,8 @@ int AtModem::sendUssd(const BLUssdSendCmd& command)
         return AtError::OperationNotAllowed;
     // The answer may come before the command has ended.
     m_ussdClient = command.strClientID;
-    constexpr int LongestWaitSec = 600;
-    m_ussdTimer.start(command.nTimeOutSec > 0 ? qMin(command.nTimeOutSec, LongestWaitSec) * 1000
+    constexpr int kLongestWaitSec = 600;
+    m_ussdTimer.start(command.nTimeOutSec > 0 ? qMin(command.nTimeOutSec, kLongestWaitSec) * 1000
                                               : m_channel.milliseconds(AtWait::Network));
     const int error = tell("AT+CUSD=1,\"" + encoded(command.strUssdCmd) + "\",15", AtWait::Network);
     if (error != AtError::None)

@@ -19,14 +19,14 @@
 /// AtError::IncorrectParameters for what must not be sent, such as a PIN that is none: it costs no
 /// attempt, and nothing that a client sends can become a command of its own.
 ///
-/// The connection is the packet context of number Context. The modem counts no bytes for it; how
+/// The connection is the packet context of number kContext. The modem counts no bytes for it; how
 /// long it lasts is counted here, from the moment on at which it was seen.
 class AtModem : public Modem
 {
     Q_OBJECT
 
 public:
-    static constexpr int Context = 1;
+    static constexpr int kContext = 1;
 
     /// Channel and queue must outlive the modem.
     AtModem(AtChannel& channel, WorkQueue& queue, QObject* parent = nullptr);

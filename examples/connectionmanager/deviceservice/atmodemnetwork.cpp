@@ -98,7 +98,7 @@ int AtModem::contextState(bool& isActive)
     const AtReply reply = ask("AT+CGACT?", "+CGACT:");
     if (reply.error != AtError::None)
         return reply.error;
-    const std::optional<bool> state = AtAnswer::isActive(reply.lines, Context);
+    const std::optional<bool> state = AtAnswer::isActive(reply.lines, kContext);
     if (!state)
         return answerNotUnderstood("AT+CGACT?", reply.lines.value(0));
     isActive = *state;
@@ -118,7 +118,7 @@ int AtModem::dial(const BLConnectionDialUp& profile)
     int error = contextState(isActive);
     if (error == AtError::None && isActive)
         error = AtError::OperationNotAllowed;
-    const QByteArray context = QByteArray::number(Context);
+    const QByteArray context = QByteArray::number(kContext);
     if (error == AtError::None)
         error = tell("AT+CGDCONT=" + context + ",\"IP\",\"" + profile.strAPN.toLatin1() + '"');
     if (error == AtError::None)
@@ -135,7 +135,7 @@ int AtModem::hangUp()
     if (error == AtError::None && !isActive)
         error = AtError::OperationNotAllowed;
     if (error == AtError::None)
-        error = tell("AT+CGACT=0," + QByteArray::number(Context), AtWait::Network);
+        error = tell("AT+CGACT=0," + QByteArray::number(kContext), AtWait::Network);
     if (error == AtError::None)
         setConnected(false, QStringLiteral("hung up"));
     return error;
@@ -168,13 +168,13 @@ int AtModem::statistics(BLConnectionStatistics& statistics)
         return AtError::NoConnection;
     if (!m_isConnected)
         return AtError::None;
-    constexpr int Unknown = -1;
+    constexpr int kUnknown = -1;
     statistics.dwDuration = m_connectedFor.elapsed() / 1000;
-    statistics.dwByteTransferred = Unknown;
-    statistics.dwByteReceived = Unknown;
-    statistics.dwByteSent = Unknown;
-    statistics.dwRateReceived = Unknown;
-    statistics.dwRateSent = Unknown;
-    statistics.dwRateMax = Unknown;
+    statistics.dwByteTransferred = kUnknown;
+    statistics.dwByteReceived = kUnknown;
+    statistics.dwByteSent = kUnknown;
+    statistics.dwRateReceived = kUnknown;
+    statistics.dwRateSent = kUnknown;
+    statistics.dwRateMax = kUnknown;
     return AtError::None;
 }

@@ -12,7 +12,8 @@ using namespace AtText;
 
 namespace {
 
-constexpr int UnknownAttempts = -1;
+constexpr char kLogSource[] = "deviceservice/atmodemsim";
+constexpr int kUnknownAttempts = -1;
 
 bool isCode(const QString& code, int shortest, int longest)
 {
@@ -35,7 +36,7 @@ QByteArray quoted(const QString& code)
 void logSkipped(const char* function, int skipped)
 {
     if (skipped > 0)
-        CLogFile() << "deviceservice/atmodemsim" << function << "not understood:" << skipped;
+        CLogFile() << kLogSource << function << "not understood:" << skipped;
 }
 
 } // namespace
@@ -51,8 +52,8 @@ int AtModem::pinState(BLPinCheckState& state)
     if (error == AtError::NoConnection)
         return error;
     const AtReply reply = ask("AT+CPINR", "+CPINR:");
-    state.nPinCnt = AtAnswer::attempts(reply.lines, "SIM PIN").value_or(UnknownAttempts);
-    state.nPukCnt = AtAnswer::attempts(reply.lines, "SIM PUK").value_or(UnknownAttempts);
+    state.nPinCnt = AtAnswer::attempts(reply.lines, "SIM PIN").value_or(kUnknownAttempts);
+    state.nPukCnt = AtAnswer::attempts(reply.lines, "SIM PUK").value_or(kUnknownAttempts);
     // Without attempts at the PUK, the failure is for good; that is a state, and known.
     if (error == AtError::SimFailure && state.nPukCnt == 0) {
         state.nState = PinState::Blocked;

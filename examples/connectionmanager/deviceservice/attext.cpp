@@ -14,7 +14,7 @@ QList<QByteArray> AtLines::add(const char* bytes, int count)
             if (!m_line.isEmpty())
                 lines.append(m_line);
             clear();
-        } else if (m_line.size() >= LongestLine) {
+        } else if (m_line.size() >= kLongestLine) {
             m_cutLines += m_isCut ? 0 : 1;
             m_isCut = true;
         } else if (static_cast<unsigned char>(byte) >= 0x20 && byte != 0x7F) {
@@ -38,7 +38,7 @@ struct SameError
     int cms;
     int cme;
 };
-constexpr SameError SameErrors[] = {
+constexpr SameError kSameErrors[] = {
     {302, AtError::OperationNotAllowed},
     {303, AtError::OperationNotSupported},
     {305, AtError::IncorrectParameters},
@@ -94,7 +94,7 @@ std::optional<int> AtText::finalResult(const QByteArray& line)
     if (!line.startsWith("+CMS ERROR:"))
         return std::nullopt;
     const int number = errorNumber(line.mid(11));
-    for (const SameError& same : SameErrors) {
+    for (const SameError& same : kSameErrors) {
         if (same.cms == number)
             return same.cme;
     }
@@ -219,6 +219,6 @@ QString AtText::nameOf(const QByteArray& command)
 
 QString AtText::shown(const QByteArray& line)
 {
-    constexpr int ShownBytes = 80;
-    return QString::fromUtf8(line.left(ShownBytes));
+    constexpr int kShownBytes = 80;
+    return QString::fromUtf8(line.left(kShownBytes));
 }

@@ -18,11 +18,11 @@
 ///
 /// A carriage return or a line feed ends a line; empty lines are left out, and so are control
 /// characters, with which a line in bad order is full. Memory is bounded: of a longer line, the
-/// first LongestLine bytes are kept and the rest up to its end is thrown away.
+/// first kLongestLine bytes are kept and the rest up to its end is thrown away.
 class AtLines
 {
 public:
-    static constexpr int LongestLine = 4096;
+    static constexpr int kLongestLine = 4096;
 
     QList<QByteArray> add(const char* bytes, int count);
     /// Forgets the line that has begun.

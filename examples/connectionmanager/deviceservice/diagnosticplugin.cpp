@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int WeakSignal = 5; // of 31
+constexpr int kWeakSignal = 5; // of 31
 
 int decibels(int rssi)
 {
@@ -89,7 +89,7 @@ int DiagnosticPlugin::findings(CDataValue&, CDataValue& response)
         find(DiagnosisGroup::Sim, "the SIM cannot be used", "enter the PUK, or ask your operator",
              QStringLiteral("%1 attempts left for the PUK").arg(pin.nPukCnt));
     BLNetworkInfo network;
-    if (m_modem.networkInfo(network) == AtError::None && network.nRssi < WeakSignal)
+    if (m_modem.networkInfo(network) == AtError::None && network.nRssi < kWeakSignal)
         find(DiagnosisGroup::Network, "the signal is weak", "go to the window",
              QStringLiteral("%1 dBm").arg(decibels(network.nRssi)));
     BLSmsStorageState messages;

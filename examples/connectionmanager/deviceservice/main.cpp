@@ -60,11 +60,11 @@ BAUDRATE baudRate(CommandLine& line)
 QList<QCommandLineOption> commandLineOptions()
 {
     const auto text = [](const char* value) { return QString::fromLatin1(value); };
-    return {{text("name"), text("Name of the device."), text("NAME"), text(DefaultDeviceName)},
+    return {{text("name"), text("Name of the device."), text("NAME"), text(kDefaultDeviceName)},
             {text("id"), text("ID of the device, and name of the socket."), text("ID"),
-             text(DefaultDeviceID)},
+             text(kDefaultDeviceID)},
             {text("port"), text("The modem's serial line; without, the modem simulator's."),
-             text("PATH"), QDir(QDir::tempPath()).filePath(QLatin1String(DefaultModemLink))},
+             text("PATH"), QDir(QDir::tempPath()).filePath(QLatin1String(kDefaultModemLink))},
             {text("baud"), text("Speed of the line: 9600, 19200 or 38400."), text("RATE"),
              text("38400")},
             {text("timeout"),
@@ -82,16 +82,16 @@ QList<QCommandLineOption> commandLineOptions()
 
 Options readOptions(CommandLine& line)
 {
-    constexpr int LongestMs = 60000;
+    constexpr int kLongestMs = 60000;
     Options options;
     options.deviceName = line.value("name");
     options.deviceID = line.value("id");
     options.logFile = line.value("log");
     options.line.port = line.value("port");
     options.line.rate = baudRate(line);
-    options.line.timeOut = line.number("timeout", 5, LongestMs);
-    options.line.retryInterval = line.number("retry", 1, LongestMs);
-    options.pace = line.number("pace", 0, LongestMs);
+    options.line.timeOut = line.number("timeout", 5, kLongestMs);
+    options.line.retryInterval = line.number("retry", 1, kLongestMs);
+    options.pace = line.number("pace", 0, kLongestMs);
     options.trace = line.isSet("trace");
     options.save = !line.isSet("no-save");
     return options;

@@ -10,6 +10,7 @@
 
 namespace {
 
+constexpr char kLogSource[] = "deviceservice/pluginhost";
 // One less; a count of nothing is not kept.
 template<class Key>
 void countDown(QHash<Key, int>& counts, const Key& key)
@@ -50,8 +51,7 @@ void PluginHost::receive(const QString& text, int clientID)
                   Envelope::frame(text));
     Request request{clientID, {}, {}};
     if (!Envelope::read(text, request.envelope)) {
-        CLogFile() << "deviceservice/pluginhost"
-                   << "receive"
+        CLogFile() << kLogSource << "receive"
                    << "no message:" << text;
         return;
     }
@@ -73,9 +73,8 @@ bool PluginHost::overtakes(Request& cancel) const
 
 void PluginHost::wait(const Request& request)
 {
-    if (m_waitingOfClients.value(request.clientID) >= MostWaiting) {
-        CLogFile() << "deviceservice/pluginhost"
-                   << "wait"
+    if (m_waitingOfClients.value(request.clientID) >= kMostWaiting) {
+        CLogFile() << kLogSource << "wait"
                    << "too many requests of client" << request.clientID;
         Request refused = request;
         answer(refused, DeviceService_Global::atError2IpcError(AtError::LinkReserved), {});

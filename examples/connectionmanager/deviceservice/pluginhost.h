@@ -29,9 +29,8 @@ class WorkQueue;
 ///
 /// **Turns.** All clients' requests are handled in the order of their arrival, one at a time: a
 /// handler may wait for the device, and the server goes on meanwhile. What no plug-in knows is
-/// answered at once. A client of which
-/// MostWaiting requests wait already is refused further ones at once, with the error code of
-/// AtError::LinkReserved.
+/// answered at once. A client of which kMostWaiting requests wait already is refused further ones
+/// at once, with the error code of AtError::LinkReserved.
 ///
 /// **A report** is what a plug-in emits as sendUnsolicitedReportDirect(). The host sends it to
 /// every client, with the payload under "IPCMSG_RESPONSE_DATA".
@@ -52,7 +51,7 @@ class PluginHost : public QObject
     Q_OBJECT
 
 public:
-    static constexpr int MostWaiting = 100;
+    static constexpr int kMostWaiting = 100;
 
     PluginHost(IPCServer& server, WorkQueue& queue, QObject* parent = nullptr);
 

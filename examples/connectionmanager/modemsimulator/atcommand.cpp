@@ -10,7 +10,7 @@ struct ErrorText
     const char* text;
 };
 
-constexpr std::array<ErrorText, 21> ErrorTexts = {{
+constexpr std::array<ErrorText, 21> kErrorTexts = {{
     {3, "operation not allowed"},
     {4, "operation not supported"},
     {10, "SIM not inserted"},
@@ -208,7 +208,7 @@ QByteArray resultText(const AtResult& result, int cmee)
     QByteArray reason = QByteArray::number(result.number);
     if (result.kind == AtResult::CmsError)
         return QByteArrayLiteral("+CMS ERROR: ") + reason;
-    for (const ErrorText& error : ErrorTexts) {
+    for (const ErrorText& error : kErrorTexts) {
         if (cmee == 2 && error.number == result.number)
             reason = error.text;
     }

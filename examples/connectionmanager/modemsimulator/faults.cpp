@@ -5,9 +5,9 @@
 
 namespace {
 
-constexpr int DefaultFlood = 4000000;
-constexpr int MaxFlood = 64000000;
-constexpr int MaxDelay = 600000;
+constexpr int kDefaultFlood = 4000000;
+constexpr int kMaxFlood = 64000000;
+constexpr int kMaxDelay = 600000;
 
 void silence(const QString&, Answer& answer)
 {
@@ -48,14 +48,14 @@ void interrupt(const QString& text, Answer& answer)
 
 void flood(const QString& text, Answer& answer)
 {
-    const int count = text.isEmpty() ? DefaultFlood : text.toInt();
-    answer.information = QByteArray(qBound(0, count, MaxFlood), 'U');
+    const int count = text.isEmpty() ? kDefaultFlood : text.toInt();
+    answer.information = QByteArray(qBound(0, count, kMaxFlood), 'U');
     answer.final.clear();
 }
 
 void delay(const QString& text, Answer& answer)
 {
-    answer.delay = qBound(0, text.toInt(), MaxDelay);
+    answer.delay = qBound(0, text.toInt(), kMaxDelay);
 }
 
 } // namespace

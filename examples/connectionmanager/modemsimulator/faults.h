@@ -22,7 +22,7 @@ struct Answer
 ///     garbage          bytes without sense come before it
 ///     final TEXT       TEXT comes in the place of the final result code
 ///     interrupt LINE   a line that nobody asked for comes in its middle
-///     flood [BYTES]    so many bytes without a line end come in its place, 4000000 by default
+///     flood [BYTES]    bytes without a line end come in its place, 4000000 by default
 ///     delay MS         it comes late, and so does all that follows
 class Faults
 {

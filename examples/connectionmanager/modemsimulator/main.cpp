@@ -33,7 +33,7 @@ QList<QCommandLineOption> commandLineOptions()
 {
     const auto text = [](const char* value) { return QString::fromLatin1(value); };
     return {{text("link"), text("Where the modem's device node is to appear."), text("PATH"),
-             QDir(QDir::tempPath()).filePath(QLatin1String(DefaultModemLink))},
+             QDir(QDir::tempPath()).filePath(QLatin1String(kDefaultModemLink))},
             {text("state"), text("Keep the state in this file (*.config or *.xml)."), text("FILE")},
             {text("script"), text("Let happen what this file says."), text("FILE")},
             {text("signal-interval"),
@@ -45,12 +45,12 @@ QList<QCommandLineOption> commandLineOptions()
 
 Options readOptions(CommandLine& line)
 {
-    constexpr int LongestMs = 3600000;
+    constexpr int kLongestMs = 3600000;
     return {line.value("link"),
             line.value("state"),
             line.value("script"),
             line.value("log"),
-            line.number("signal-interval", 0, LongestMs),
+            line.number("signal-interval", 0, kLongestMs),
             line.isSet("trace")};
 }
 
@@ -63,9 +63,9 @@ int refuse(const QString& reason)
 // On one line and of a readable length.
 QString shown(const QByteArray& bytes)
 {
-    constexpr int MaxShown = 400;
+    constexpr int kMaxShown = 400;
     QString text;
-    for (const char byte : bytes.left(MaxShown)) {
+    for (const char byte : bytes.left(kMaxShown)) {
         if (byte == '\r')
             text += QLatin1String("\\r");
         else if (byte == '\n')
@@ -76,8 +76,8 @@ QString shown(const QByteArray& bytes)
             text += QStringLiteral("\\x%1").arg(static_cast<unsigned char>(byte), 2, 16,
                                                 QLatin1Char('0'));
     }
-    return bytes.size() <= MaxShown ? text
-                                    : text + QStringLiteral("... (%1 bytes)").arg(bytes.size());
+    return bytes.size() <= kMaxShown ? text
+                                     : text + QStringLiteral("... (%1 bytes)").arg(bytes.size());
 }
 
 // The engine at its line, with its state file and its scripts.

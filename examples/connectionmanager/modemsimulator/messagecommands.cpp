@@ -19,8 +19,8 @@ enum MessageError {
     NoNetworkService = 331
 };
 
-constexpr int MaxGsmText = 160;
-constexpr int MaxUcs2Text = 70;
+constexpr int kMaxGsmText = 160;
+constexpr int kMaxUcs2Text = 70;
 
 bool isNumber(const QString& number)
 {
@@ -33,7 +33,7 @@ bool isNumber(const QString& number)
 bool fitsIntoOneMessage(const QString& text)
 {
     const bool isGsm = GetEncodeType(text.utf16()) == 0;
-    return text.size() <= (isGsm ? MaxGsmText : MaxUcs2Text);
+    return text.size() <= (isGsm ? kMaxGsmText : kMaxUcs2Text);
 }
 
 } // namespace
@@ -58,7 +58,7 @@ void MessageCommands::reset()
     m_notifyMessage = 0;
 }
 
-// The message service has numbers of its own for what keeps from the SIM.
+// The message service has error numbers of its own for a SIM that cannot be used.
 int MessageCommands::accessError() const
 {
     switch (m_core.simError()) {

@@ -10,10 +10,10 @@
 
 namespace {
 
-constexpr char CarriageReturn = '\r';
-constexpr char Backspace = '\b';
-constexpr char EndOfText = 0x1A; // Ctrl-Z
-constexpr char Escape = 0x1B;
+constexpr char kCarriageReturn = '\r';
+constexpr char kBackspace = '\b';
+constexpr char kEndOfText = 0x1A; // Ctrl-Z
+constexpr char kEscape = 0x1B;
 
 QByteArray framed(const QByteArray& text)
 {
@@ -105,15 +105,15 @@ void ModemEngine::take(const QByteArray& bytes)
 
 void ModemEngine::takeByte(char byte)
 {
-    if (byte == CarriageReturn) {
+    if (byte == kCarriageReturn) {
         executeLine();
         m_input.clear();
         m_isTooLong = false;
-    } else if (byte == Backspace) {
+    } else if (byte == kBackspace) {
         m_input.chop(1);
     } else if (static_cast<unsigned char>(byte) >= ' ') {
         // Other control characters count for nothing.
-        m_isTooLong = m_isTooLong || m_input.size() >= MaxLine;
+        m_isTooLong = m_isTooLong || m_input.size() >= kMaxLine;
         if (!m_isTooLong)
             m_input += byte;
     }
@@ -121,13 +121,13 @@ void ModemEngine::takeByte(char byte)
 
 void ModemEngine::takeTextByte(char byte)
 {
-    if (byte == Backspace) {
+    if (byte == kBackspace) {
         m_input.chop(1);
         return;
     }
-    if (byte != EndOfText && byte != Escape) {
+    if (byte != kEndOfText && byte != kEscape) {
         // One byte more than allowed says that it was too long.
-        if (m_input.size() <= MaxText)
+        if (m_input.size() <= kMaxText)
             m_input += byte;
         return;
     }
@@ -136,7 +136,7 @@ void ModemEngine::takeTextByte(char byte)
     m_isAtPrompt = false;
     m_input.clear();
     m_core.takeText = nullptr;
-    finish(byte == Escape ? AtResult::ok() : takeText(text));
+    finish(byte == kEscape ? AtResult::ok() : takeText(text));
 }
 
 void ModemEngine::executeLine()

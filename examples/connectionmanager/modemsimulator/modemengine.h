@@ -19,18 +19,18 @@ class NetworkCommands;
 ///
 /// Lines without "AT" are passed over in silence, as they are by a modem that was spoken to at the
 /// wrong speed; what stands before "AT" is ignored. It keeps nothing longer than a command line of
-/// MaxLine bytes and a text of MaxText bytes, whatever is sent.
+/// kMaxLine bytes and a text of kMaxText bytes, whatever is sent.
 class ModemEngine
 {
 public:
-    static constexpr int MaxLine = 2048;
-    static constexpr int MaxText = 2048;
+    static constexpr int kMaxLine = 2048;
+    static constexpr int kMaxText = 2048;
 
     /// What the engine calls, at any time during take(), hangUp() and perform(). All are optional.
     struct Hooks
     {
         std::function<void(const QByteArray& bytes)> send;
-        /// What is sent from now on is to leave so many milliseconds later.
+        /// What is sent from now on is to leave that number of milliseconds later.
         std::function<void(int milliseconds)> delay;
         /// Comes before the answer to the command that has changed the state.
         std::function<void()> stateChanged;

@@ -10,7 +10,7 @@ struct Text
     const char* text;
 };
 
-constexpr Text Messages[] = {
+constexpr Text kMessages[] = {
     {"+15550101", "Welcome to Example Mobile."},
     {"+15550101", "Your bill is ready."},
     {"+15550102", "Are you at home?"},
@@ -21,7 +21,7 @@ constexpr Text Messages[] = {
     {"+15550105", "See you tomorrow."},
 };
 
-constexpr Text Contacts[] = {
+constexpr Text kContacts[] = {
     {"+15550102", "Ada"},
     {"+15550103", "Grace"},
     {"+15550104", "Zo\u00eb"},
@@ -59,9 +59,9 @@ ModemState ModemState::makeDefault()
                                 QStringLiteral("Sample"), false, 2},
                                {QStringLiteral("99999"), QStringLiteral("Closed Network"),
                                 QStringLiteral("Closed"), true, 0}};
-    for (const Text& message : Messages)
+    for (const Text& message : kMessages)
         state.addReceived(QString::fromUtf8(message.number), QString::fromUtf8(message.text));
-    for (const Text& contact : Contacts)
+    for (const Text& contact : kContacts)
         state.insert(ContactState{state.freeContactIndex(), QString::fromUtf8(contact.number),
                                   QString::fromUtf8(contact.text)});
     state.ussd = {{QStringLiteral("*100#"), 0, QStringLiteral("Your credit is 12.34.")}};

@@ -4,8 +4,8 @@
 
 namespace {
 
-constexpr int MaxSignal = 31;
-constexpr int UnknownSignal = 99;
+constexpr int kMaxSignal = 31;
+constexpr int kUnknownSignal = 99;
 
 // The indicators of "+CIND" by their number.
 enum Indicator { Signal = 2, Service = 3, Roaming = 4 };
@@ -13,7 +13,7 @@ enum Indicator { Signal = 2, Service = 3, Roaming = 4 };
 // 0 to 5, for the bars of a display.
 int bars(int rssi)
 {
-    return rssi > MaxSignal ? 0 : qMin(5, (rssi + 5) / 6);
+    return rssi > kMaxSignal ? 0 : qMin(5, (rssi + 5) / 6);
 }
 
 QByteArray plainQuoted(const QString& text)
@@ -251,7 +251,7 @@ void NetworkCommands::reportIndicators()
 
 void NetworkCommands::setSignal(int rssi)
 {
-    m_core.state.network.signal = rssi >= 0 && rssi <= MaxSignal ? rssi : UnknownSignal;
+    m_core.state.network.signal = rssi >= 0 && rssi <= kMaxSignal ? rssi : kUnknownSignal;
     m_core.changed();
     reportIndicators();
 }

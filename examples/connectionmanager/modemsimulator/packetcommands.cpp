@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr int MaxContext = 16;
+constexpr int kMaxContext = 16;
 
 } // namespace
 
@@ -60,7 +60,7 @@ AtResult PacketCommands::defineOne(const AtCommand& command)
     const bool isRemoval = command.parameters.size() == 1;
     const bool isName =
         command.text(2).size() <= 100 && decodedText(TeCharset::Ira, command.text(2), &context.apn);
-    if (context.cid < 1 || context.cid > MaxContext || (!isType && !isRemoval) || !isName)
+    if (context.cid < 1 || context.cid > kMaxContext || (!isType && !isRemoval) || !isName)
         return AtResult::cme(AtError::IncorrectParameters);
     if (m_active.count(context.cid) != 0)
         return AtResult::cme(AtError::OperationNotAllowed);
@@ -104,7 +104,7 @@ AtResult PacketCommands::activate(const AtCommand& command)
     }
 }
 
-// Without a number, all of them. What is so already stays so.
+// Without a number all contexts are meant. One that is in that state already stays in it.
 AtResult PacketCommands::setActive(const AtCommand& command)
 {
     if (m_core.simError() != AtError::None)

@@ -7,8 +7,8 @@
 
 namespace {
 
-constexpr int MaxNumber = 40;
-constexpr int MaxName = 30; // bytes on the SIM
+constexpr int kMaxNumber = 40;
+constexpr int kMaxName = 30; // bytes on the SIM
 
 // 3GPP TS 27.007, 9.2.
 enum PhonebookError { TextTooLong = 24, InvalidText = 25, NumberTooLong = 26, InvalidNumber = 27 };
@@ -63,7 +63,7 @@ AtResult PhonebookCommands::read(const AtCommand& command)
     if (command.form != AtCommand::Test)
         return AtResult::cme(AtError::OperationNotSupported);
     answer(command, "(1-" + QByteArray::number(m_core.state.contactRoom) + ")," +
-                        QByteArray::number(MaxNumber) + ',' + QByteArray::number(MaxName));
+                        QByteArray::number(kMaxNumber) + ',' + QByteArray::number(kMaxName));
     return AtResult::ok();
 }
 
@@ -90,8 +90,8 @@ AtResult PhonebookCommands::write(const AtCommand& command)
         return AtResult::cme(m_core.simError());
     if (command.form == AtCommand::Test) {
         answer(command, "(1-" + QByteArray::number(m_core.state.contactRoom) + ")," +
-                            QByteArray::number(MaxNumber) + ",(129,145)," +
-                            QByteArray::number(MaxName));
+                            QByteArray::number(kMaxNumber) + ",(129,145)," +
+                            QByteArray::number(kMaxName));
         return AtResult::ok();
     }
     if (command.form != AtCommand::Set)
@@ -113,13 +113,13 @@ AtResult PhonebookCommands::store(const AtCommand& command)
     const int type = command.number(2, number.startsWith('+') ? 145 : 129);
     if (!isDialString(number))
         return AtResult::cme(InvalidNumber);
-    if (number.size() > MaxNumber)
+    if (number.size() > kMaxNumber)
         return AtResult::cme(NumberTooLong);
     if (type != 129 && type != 145)
         return AtResult::cme(AtError::IncorrectParameters);
     if (!decodedText(m_core.charset, command.text(3), &contact.name))
         return AtResult::cme(InvalidText);
-    if (contact.name.size() > MaxName || bytesOnSim(contact.name) > MaxName)
+    if (contact.name.size() > kMaxName || bytesOnSim(contact.name) > kMaxName)
         return AtResult::cme(TextTooLong);
     contact.number = QString::fromLatin1(number);
     if (type == 145 && !number.startsWith('+'))

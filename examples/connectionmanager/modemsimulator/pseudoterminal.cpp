@@ -127,7 +127,7 @@ void PseudoTerminal::send(const QByteArray& bytes)
     if (m_master < 0)
         return;
     m_watch->update();
-    if (!m_watch->isOpen() || m_waiting.size() + bytes.size() > MaxWaiting)
+    if (!m_watch->isOpen() || m_waiting.size() + bytes.size() > kMaxWaiting)
         return;
     Q_EMIT sent(bytes);
     m_waiting += bytes;

@@ -17,13 +17,13 @@
 ///
 /// Others may open and close the node as often as they like. What nobody reads is discarded: all
 /// that is sent while nobody has the node open, what still waits when it is closed, and what
-/// exceeds MaxWaiting bytes.
+/// exceeds kMaxWaiting bytes.
 class PseudoTerminal : public QObject
 {
     Q_OBJECT
 
 public:
-    static constexpr int MaxWaiting = 70000000;
+    static constexpr int kMaxWaiting = 70000000;
 
     explicit PseudoTerminal(QObject* parent = nullptr);
     /// Closes the line and removes the link.

@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr int MaxDelay = 24 * 60 * 60 * 1000;
+constexpr int kMaxDelay = 24 * 60 * 60 * 1000;
 
 QString word(const QString& line, int i)
 {
@@ -38,7 +38,7 @@ QString Script::check(const QStringList& lines, const QStringList& words)
     for (const QString& line : meaningful(lines)) {
         bool isNumber = false;
         const int delay = word(line, 1).toInt(&isNumber);
-        if (isTimed(line) && (!isNumber || delay < 0 || delay > MaxDelay))
+        if (isTimed(line) && (!isNumber || delay < 0 || delay > kMaxDelay))
             return QStringLiteral("no milliseconds: %1").arg(line);
         if (!words.contains(word(action(line), 0)))
             return QStringLiteral("no such word: %1").arg(line);

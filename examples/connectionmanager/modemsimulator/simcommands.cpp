@@ -4,8 +4,8 @@
 
 namespace {
 
-constexpr int PinAttempts = 3;
-constexpr int PukAttempts = 10;
+constexpr int kPinAttempts = 3;
+constexpr int kPukAttempts = 10;
 
 bool isCode(const QByteArray& code, int shortest, int longest)
 {
@@ -89,8 +89,8 @@ AtResult SimCommands::unblock(const QByteArray& puk, const QByteArray& newPin)
                                                   : AtError::IncorrectPassword);
     }
     sim.pin = QString::fromLatin1(newPin);
-    sim.pinAttempts = PinAttempts;
-    sim.pukAttempts = PukAttempts;
+    sim.pinAttempts = kPinAttempts;
+    sim.pukAttempts = kPukAttempts;
     m_core.pinVerified = true;
     m_core.simChanged();
     return AtResult::ok();
@@ -102,7 +102,7 @@ int SimCommands::tryPin(const QByteArray& pin)
     SimState& sim = m_core.state.sim;
     m_core.changed();
     if (pin == sim.pin.toLatin1()) {
-        sim.pinAttempts = PinAttempts;
+        sim.pinAttempts = kPinAttempts;
         return AtError::None;
     }
     if (--sim.pinAttempts > 0)
@@ -125,10 +125,10 @@ AtResult SimCommands::attempts(const AtCommand& command)
         return AtResult::cme(AtError::OperationNotSupported);
     if (code != "SIM PUK")
         answer(command, "SIM PIN," + QByteArray::number(sim.pinAttempts) + ',' +
-                            QByteArray::number(PinAttempts));
+                            QByteArray::number(kPinAttempts));
     if (code != "SIM PIN")
         answer(command, "SIM PUK," + QByteArray::number(sim.pukAttempts) + ',' +
-                            QByteArray::number(PukAttempts));
+                            QByteArray::number(kPukAttempts));
     return AtResult::ok();
 }
 

@@ -16,10 +16,10 @@ struct Rule
     const char* characters = nullptr; // of a text; null: any
 };
 
-constexpr char Digits[] = "0123456789";
-constexpr char HexDigits[] = "0123456789ABCDEFabcdef";
-constexpr char DialDigits[] = "+0123456789*#";
-constexpr int MaxRoom = 250;
+constexpr char kDigits[] = "0123456789";
+constexpr char kHexDigits[] = "0123456789ABCDEFabcdef";
+constexpr char kDialDigits[] = "+0123456789*#";
+constexpr int kMaxRoom = 250;
 
 const QStringList& messageStatuses()
 {
@@ -206,11 +206,11 @@ template<class Visitor>
 void visit(Visitor& visitor, SimState& sim)
 {
     visitor.field("inserted", sim.inserted);
-    visitor.field("iccid", sim.iccid, Rule{0, 20, Digits});
-    visitor.field("imsi", sim.imsi, Rule{0, 15, Digits});
-    visitor.field("number", sim.number, Rule{0, 21, DialDigits});
-    visitor.field("pin", sim.pin, Rule{4, 8, Digits});
-    visitor.field("puk", sim.puk, Rule{8, 8, Digits});
+    visitor.field("iccid", sim.iccid, Rule{0, 20, kDigits});
+    visitor.field("imsi", sim.imsi, Rule{0, 15, kDigits});
+    visitor.field("number", sim.number, Rule{0, 21, kDialDigits});
+    visitor.field("pin", sim.pin, Rule{4, 8, kDigits});
+    visitor.field("puk", sim.puk, Rule{8, 8, kDigits});
     visitor.field("pinAsked", sim.pinAsked);
     visitor.field("pinAttempts", sim.pinAttempts, Rule{0, 3});
     visitor.field("pukAttempts", sim.pukAttempts, Rule{0, 10});
@@ -219,7 +219,7 @@ void visit(Visitor& visitor, SimState& sim)
 template<class Visitor>
 void visit(Visitor& visitor, OperatorState& network)
 {
-    visitor.field("numeric", network.numeric, Rule{5, 6, Digits});
+    visitor.field("numeric", network.numeric, Rule{5, 6, kDigits});
     visitor.field("longName", network.longName, Rule{1, 16});
     visitor.field("shortName", network.shortName, Rule{1, 8});
     visitor.field("forbidden", network.forbidden);
@@ -232,9 +232,9 @@ void visit(Visitor& visitor, NetworkState& network)
     visitor.field("signal", network.signal, Rule{0, 99});
     visitor.field("mode", network.mode, Rule{0, 2});
     visitor.field("registration", network.registration, Rule{-1, 5});
-    visitor.field("selected", network.selected, Rule{5, 6, Digits});
-    visitor.field("area", network.area, Rule{1, 4, HexDigits});
-    visitor.field("cell", network.cell, Rule{1, 8, HexDigits});
+    visitor.field("selected", network.selected, Rule{5, 6, kDigits});
+    visitor.field("area", network.area, Rule{1, 4, kHexDigits});
+    visitor.field("cell", network.cell, Rule{1, 8, kHexDigits});
     visitor.field("address", network.address, Rule{1, 45});
     visitor.list("operators", network.operators);
 }
@@ -250,7 +250,7 @@ void visit(Visitor& visitor, ContextState& context)
 template<class Visitor>
 void visit(Visitor& visitor, MessageState& message)
 {
-    visitor.field("index", message.index, Rule{1, MaxRoom});
+    visitor.field("index", message.index, Rule{1, kMaxRoom});
     visitor.field("status", message.status);
     visitor.field("number", message.number, Rule{1, 21});
     visitor.field("time", message.time, Rule{0, 20});
@@ -260,7 +260,7 @@ void visit(Visitor& visitor, MessageState& message)
 template<class Visitor>
 void visit(Visitor& visitor, ContactState& contact)
 {
-    visitor.field("index", contact.index, Rule{1, MaxRoom});
+    visitor.field("index", contact.index, Rule{1, kMaxRoom});
     visitor.field("number", contact.number, Rule{0, 40});
     visitor.field("name", contact.name, Rule{0, 30});
 }
@@ -280,10 +280,10 @@ void visit(Visitor& visitor, ModemState& state)
     visitor.part("sim", state.sim);
     visitor.part("network", state.network);
     visitor.list("contexts", state.contexts);
-    visitor.field("messageRoom", state.messageRoom, Rule{0, MaxRoom});
+    visitor.field("messageRoom", state.messageRoom, Rule{0, kMaxRoom});
     visitor.field("messagesArrived", state.messagesArrived, Rule{0, 24 * 60});
     visitor.list("messages", state.messages);
-    visitor.field("contactRoom", state.contactRoom, Rule{1, MaxRoom});
+    visitor.field("contactRoom", state.contactRoom, Rule{1, kMaxRoom});
     visitor.list("contacts", state.contacts);
     visitor.list("ussd", state.ussd);
 }

@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr char Escape = 0x1B;
+constexpr char kEscape = 0x1B;
 
 // The default alphabet in the order of its codes; position 27 leads to the extension.
 const QString& gsmAlphabet()
@@ -24,25 +24,25 @@ struct Extension
     ushort unit;
 };
 
-constexpr std::array<Extension, 10> Extensions = {{{0x0A, 0x000C},
-                                                   {0x14, '^'},
-                                                   {0x28, '{'},
-                                                   {0x29, '}'},
-                                                   {0x2F, '\\'},
-                                                   {0x3C, '['},
-                                                   {0x3D, '~'},
-                                                   {0x3E, ']'},
-                                                   {0x40, '|'},
-                                                   {0x65, 0x20AC}}};
+constexpr std::array<Extension, 10> kExtensions = {{{0x0A, 0x000C},
+                                                    {0x14, '^'},
+                                                    {0x28, '{'},
+                                                    {0x29, '}'},
+                                                    {0x2F, '\\'},
+                                                    {0x3C, '['},
+                                                    {0x3D, '~'},
+                                                    {0x3E, ']'},
+                                                    {0x40, '|'},
+                                                    {0x65, 0x20AC}}};
 
 QByteArray gsmOf(QChar character)
 {
     const auto code = gsmAlphabet().indexOf(character);
-    if (code >= 0 && code != Escape)
+    if (code >= 0 && code != kEscape)
         return QByteArray(1, static_cast<char>(code));
-    for (const Extension& extension : Extensions) {
+    for (const Extension& extension : kExtensions) {
         if (extension.unit == character.unicode())
-            return QByteArray(1, Escape) + extension.code;
+            return QByteArray(1, kEscape) + extension.code;
     }
     return QByteArrayLiteral("?");
 }
@@ -69,13 +69,13 @@ QString fromGsm(const QByteArray& bytes)
 {
     QString text;
     for (int i = 0; i < bytes.size(); ++i) {
-        if (bytes.at(i) != Escape) {
+        if (bytes.at(i) != kEscape) {
             text += gsmAlphabet().at(bytes.at(i));
             continue;
         }
         const char code = ++i < bytes.size() ? bytes.at(i) : ' ';
         QChar character = gsmAlphabet().at(code); // as 23.038 wants it where nothing is defined
-        for (const Extension& extension : Extensions) {
+        for (const Extension& extension : kExtensions) {
             if (extension.code == code)
                 character = QChar(extension.unit);
         }

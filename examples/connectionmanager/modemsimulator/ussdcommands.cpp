@@ -6,7 +6,7 @@
 namespace {
 
 // 3GPP TS 23.038, 5.
-constexpr int GsmCoding = 15;
+constexpr int kGsmCoding = 15;
 constexpr int Ucs2Coding = 72;
 
 // <m> of "+CUSD".
@@ -35,7 +35,7 @@ AtResult UssdCommands::ussd(const AtCommand& command)
         return AtResult::ok();
     }
     const int mode = command.number(0, 0);
-    const int coding = command.number(2, GsmCoding);
+    const int coding = command.number(2, kGsmCoding);
     QString text;
     if (mode < 0 || mode > 2 || coding < 0 || coding > 255 ||
         !decodedText(m_core.charset, command.text(1), &text))
@@ -91,7 +91,7 @@ void UssdCommands::report(int type, const QString& text)
     QByteArray line = "+CUSD: " + QByteArray::number(type);
     if (!text.isEmpty())
         line += ',' + m_core.quoted(text) + ',' +
-                QByteArray::number(GetEncodeType(text.utf16()) == 0 ? GsmCoding : Ucs2Coding);
+                QByteArray::number(GetEncodeType(text.utf16()) == 0 ? kGsmCoding : Ucs2Coding);
     m_core.report(line);
 }
 

@@ -51,7 +51,7 @@ private:
     std::unique_ptr<CSerialPort> m_port{CSerialPort::CreateObject()};
 };
 
-const AtCommand Signal{"AT+CSQ", "+CSQ:"};
+const AtCommand kSignal{"AT+CSQ", "+CSQ:"};
 
 } // namespace
 
@@ -110,7 +110,7 @@ void tst_atchannel::returnsInformationAndErrors()
     OpenLine line;
     QVERIFY(line.open());
     line.peer.inform("AT+CSQ", "+CSQ: 7,99");
-    AtReply reply = line.channel.send(Signal);
+    AtReply reply = line.channel.send(kSignal);
     QCOMPARE(reply.error, 0);
     QCOMPARE(reply.lines, QList<QByteArray>{"+CSQ: 7,99"});
     line.peer.answer("AT+CPIN=\"0000\"", "\r\n+CME ERROR: 16\r\n");
@@ -164,10 +164,10 @@ void tst_atchannel::takesNoLateAnswerForTheNextOne()
     // What comes when the channel asks in the second way is not the answer to that: so it asks in
     // the third. (With the first one the line was opened.)
     line.peer.answer("AT+CSCS?", "\r\n+CSQ: 31,99\r\n\r\nOK\r\n");
-    QCOMPARE(line.channel.send(Signal).error, 1);
+    QCOMPARE(line.channel.send(kSignal).error, 1);
     QVERIFY(line.channel.isOpen());
     line.peer.inform("AT+CSQ", "+CSQ: 7,99");
-    const AtReply reply = line.channel.send(Signal);
+    const AtReply reply = line.channel.send(kSignal);
     QCOMPARE(reply.error, 0);
     QCOMPARE(reply.lines, QList<QByteArray>{"+CSQ: 7,99"});
     QVERIFY(line.closed.isEmpty());
@@ -181,10 +181,10 @@ void tst_atchannel::dropsHalfALine()
     QVERIFY(line.open());
     line.peer.answer("AT+CSQ", "\r\n+CSQ: 31");
     line.peer.answer("AT+CSCS?", "+CSCS: \"UCS2\"\r\n\r\nOK\r\n");
-    QCOMPARE(line.channel.send(Signal).error, 1);
+    QCOMPARE(line.channel.send(kSignal).error, 1);
     QVERIFY(line.channel.isOpen());
     line.peer.inform("AT+CSQ", "+CSQ: 7,99");
-    QCOMPARE(line.channel.send(Signal).lines, QList<QByteArray>{"+CSQ: 7,99"});
+    QCOMPARE(line.channel.send(kSignal).lines, QList<QByteArray>{"+CSQ: 7,99"});
 }
 
 void tst_atchannel::logsGarbageOnceForEachSeries()
@@ -193,7 +193,7 @@ void tst_atchannel::logsGarbageOnceForEachSeries()
     OpenLine line;
     QVERIFY(line.open());
     line.peer.answer("AT+CSQ", "\r\n^%$#\r\n\xFF\xFE\x80\r\nOKOK\r\n+CSQ: 7,99\r\n\r\nOK\r\n");
-    const AtReply reply = line.channel.send(Signal);
+    const AtReply reply = line.channel.send(kSignal);
     QCOMPARE(reply.error, 0);
     QCOMPARE(reply.lines, QList<QByteArray>{"+CSQ: 7,99"});
     QCOMPARE(log.count("notUnderstood " + line.channel.port() + " ^%$#"), 1);
@@ -229,12 +229,12 @@ void tst_atchannel::closesASilentLineAndOpensItAgain()
     QVERIFY(line.open());
     line.closed.clear(); // a busy machine may need several attempts
     line.peer.setSilent(true);
-    QCOMPARE(line.channel.send(Signal).error, 1);
+    QCOMPARE(line.channel.send(kSignal).error, 1);
     QVERIFY(!line.channel.isOpen());
     QCOMPARE(line.closedReason(), QString("does not answer"));
     // Nothing waits for it any more, and the reason is not told again with every attempt.
     const auto sent = line.peer.commands().count("AT+CSQ");
-    QCOMPARE(line.channel.send(Signal).error, 1);
+    QCOMPARE(line.channel.send(kSignal).error, 1);
     QCOMPARE(line.peer.commands().count("AT+CSQ"), sent);
     const auto asked = static_cast<int>(line.peer.commands().count("AT+CMEE?"));
     QVERIFY(line.peer.hears("AT+CMEE?", asked + 3));
@@ -270,11 +270,11 @@ void tst_atchannel::noticesBetweenCommandsThatTheDeviceGoes()
     line.peer.unplug();
     QCOMPARE(line.closedReason(), QString("has gone"));
     QCOMPARE(line.closedReason(), QString("cannot be opened: No such file or directory"));
-    QCOMPARE(line.channel.send(Signal).error, 1);
+    QCOMPARE(line.channel.send(kSignal).error, 1);
     line.peer.plug();
     QVERIFY(line.waitFor([&] { return line.opened.size() == 2; }));
     line.peer.inform("AT+CSQ", "+CSQ: 7,99");
-    QCOMPARE(line.channel.send(Signal).error, 0);
+    QCOMPARE(line.channel.send(kSignal).error, 0);
 }
 
 void tst_atchannel::writesInParts()
@@ -282,7 +282,7 @@ void tst_atchannel::writesInParts()
     OpenLine line(std::make_unique<MeanPort>());
     QVERIFY(line.open());
     line.peer.inform("AT+CSQ", "+CSQ: 7,99");
-    QCOMPARE(line.channel.send(Signal).lines, QList<QByteArray>{"+CSQ: 7,99"});
+    QCOMPARE(line.channel.send(kSignal).lines, QList<QByteArray>{"+CSQ: 7,99"});
 }
 
 void tst_atchannel::closesALineThatTakesNothing_data()
@@ -305,7 +305,7 @@ void tst_atchannel::closesALineThatTakesNothing()
     const auto opened = line.opened.size();
     mean.takesNothing = true;
     mean.writeError = error;
-    QCOMPARE(line.channel.send(Signal).error, 1);
+    QCOMPARE(line.channel.send(kSignal).error, 1);
     QTEST(line.closedReason(), "reason");
     mean.takesNothing = false;
     QVERIFY(line.waitFor([&] { return line.opened.size() > opened; }));
@@ -347,7 +347,7 @@ void tst_atchannel::sendsNothingInsideACommand()
     QObject::connect(&line.channel, &AtChannel::unsolicited, &line.channel, [&] {
         inner = line.channel.send({"AT+CGMI", {}}).error;
     });
-    QCOMPARE(line.channel.send(Signal).lines, QList<QByteArray>{"+CSQ: 7,99"});
+    QCOMPARE(line.channel.send(kSignal).lines, QList<QByteArray>{"+CSQ: 7,99"});
     QCOMPARE(inner, 2);
     QVERIFY(!line.peer.commands().contains("AT+CGMI"));
 }
@@ -355,7 +355,7 @@ void tst_atchannel::sendsNothingInsideACommand()
 void tst_atchannel::sendsNothingBeforeTheModemAnswers()
 {
     OpenLine line;
-    QCOMPARE(line.channel.send(Signal).error, 1);
+    QCOMPARE(line.channel.send(kSignal).error, 1);
     QVERIFY(line.peer.commands().isEmpty());
 }
 
@@ -388,7 +388,7 @@ void tst_atchannel::leavesAloneWhatIsNoTerminal()
     channel.start();
     QVERIFY(OpenLine::waitFor([&] { return !closed.isEmpty(); }));
     QTEST(closed.at(0).at(0).toString(), "reason");
-    QCOMPARE(channel.send(Signal).error, 1);
+    QCOMPARE(channel.send(kSignal).error, 1);
     QCOMPARE(TestFile::read(folder.filePath("file")), QByteArray("precious"));
 }
 
@@ -413,7 +413,7 @@ void tst_atchannel::givesUpWhenTheApplicationQuits()
     time.start();
     QTimer::singleShot(0, &line.channel, [&] {
         errors += line.channel.send({"AT+COPS=?", "+COPS:", AtWait::Search}).error;
-        errors += line.channel.send(Signal).error;
+        errors += line.channel.send(kSignal).error;
     });
     QCOMPARE(QCoreApplication::exec(), 0);
     QCOMPARE(errors, (QList<int>{1, 1}));
