@@ -6,6 +6,7 @@
 #include <QTest>
 
 #include <condition_variable>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <string>
@@ -68,6 +69,14 @@ public:
     void setSilent(bool isSilent)
     {
         change([&] { m_isSilent = isSilent; });
+    }
+
+    /// From now on every command is answered with what this makes of it; null: with what was given.
+    /// It is called in the thread of the peer.
+    using Answerer = std::function<std::string(const std::string& command)>;
+    void setAnswerer(const Answerer& answerer)
+    {
+        change([&] { m_answerer = answerer; });
     }
 
     /// Says this unasked.
@@ -164,12 +173,18 @@ private:
                 m_command += bytes[i];
             } else if (!m_command.empty()) {
                 m_commands.push_back(m_command);
-                const auto answer = m_answers.find(m_command);
                 if (!m_isSilent)
-                    write(answer != m_answers.end() ? answer->second : "\r\nOK\r\n");
+                    write(answerTo(m_command));
                 m_command.clear();
             }
         }
+    }
+    std::string answerTo(const std::string& command) const
+    {
+        if (m_answerer)
+            return m_answerer(command);
+        const auto answer = m_answers.find(command);
+        return answer != m_answers.end() ? answer->second : "\r\nOK\r\n";
     }
     void unplugNow()
     {
@@ -191,6 +206,7 @@ private:
     int m_slave = -1; // held, so that the line stays when the program closes its end
     // Nothing here shares its content with a copy in the other thread.
     std::map<std::string, std::string> m_answers;
+    Answerer m_answerer;
     std::vector<std::string> m_commands;
     std::string m_command;
     bool m_isPlugged = false;
