@@ -1,6 +1,8 @@
 // How the programs are started, what they say of a wrong start, and how they end.
 
 #include "connectionmanager.h"
+#include "rawclient.h"
+#include "support/testfile.h"
 
 #include <QFile>
 
@@ -47,6 +49,7 @@ private Q_SLOTS:
     void refusesAFileWithoutAPin();
     void endsTheDashboardWithItsInput();
     void finishesARoundWithoutInput();
+    void keepsSecretsOutOfTheLogs();
     void runsTheDemo();
 };
 
@@ -258,6 +261,42 @@ void tst_connectionmanagerprograms::finishesARoundWithoutInput()
     QCOMPARE(dashboard->exitCode(), 0);
     service->terminate();
     QCOMPARE(service->exitCode(), 0);
+}
+
+void tst_connectionmanagerprograms::keepsSecretsOutOfTheLogs()
+{
+    ConnectionManager manager;
+    TestFile::write(manager.socket("state.config"),
+                    R"({"sim":{"pin":"86420975","puk":"97531086"}})");
+    TestFile::write(manager.socket("pin"), "86420975\n");
+    const auto modem = manager.startModem({"--state", manager.socket("state.config")});
+    const auto controller = manager.startController();
+    const auto service = manager.startService({"--port", manager.socket("demo-modem")});
+    QVERIFY(service->says("modem ready"));
+    const auto dashboard = manager.startDashboard({"--pin-file", manager.socket("pin")});
+    QVERIFY(dashboard->says("PIN           accepted"));
+    dashboard->enter("changepin 86420975 75319086");
+    QVERIFY(dashboard->says("PIN           accepted"));
+    for (int i = 0; i < 3; ++i)
+        dashboard->enter("changepin 64209753 53190864");
+    QVERIFY(dashboard->says("the SIM asks for the PUK"));
+    dashboard->enter("puk 97531086 42097531");
+    QVERIFY(dashboard->says("PIN           accepted"));
+    RawClient client(manager.socket("demo-device-1"));
+    client.send(R"({"IPCMSG_TYPE":"DEMO_MESSAGE_PIN_ENABLE",)"
+                R"("IPCMSG_USER_DATA":{"blPinEnable":true,"strPinCode":"31908642"}})");
+    QVERIFY(!client.answerWith("DEMO_MESSAGE_PIN_ENABLE").isNull());
+    controller->enter("quit");
+    for (ChildProcess* process : {dashboard.get(), service.get(), controller.get()})
+        QCOMPARE(process->exitCode(), 0);
+
+    const QByteArray logs = manager.logs();
+    for (const char* message : {"PIN_VERIFY", "PIN_CHANGE", "PUK_VERIFY", "PIN_ENABLE"})
+        QVERIFY2(logs.contains(QByteArray("DEMO_MESSAGE_") + message), message);
+    QVERIFY(logs.contains("***"));
+    for (const char* secret :
+         {"86420975", "75319086", "64209753", "53190864", "97531086", "42097531", "31908642"})
+        QVERIFY2(!logs.contains(secret), secret);
 }
 
 void tst_connectionmanagerprograms::runsTheDemo()

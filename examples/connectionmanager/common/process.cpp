@@ -5,8 +5,10 @@
 #include "PersoManager/persomanager.h"
 #include "appglobal/mainappglobal.h"
 #include "common/console.h"
+#include "common/demomessages.h"
 #include "common/userconfig.h"
 #include "deviceservice_global.h"
+#include "records/recordcatalogue.h"
 #include "singleapplication/qtsinglecoreapplication.h"
 
 #include <QDir>
@@ -52,6 +54,8 @@ ProcessLife::ProcessLife(const QString& logFile)
 {
     // The log repeats its lines on the debug output, which is the user's terminal here.
     QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
+    // A PIN travels in the records, and once as a text of its own.
+    HideInLog(secretRecordKeys(), {QLatin1String(DemoMessage::PinVerify)});
     InitLog(logFile.isEmpty() ? nullptr : QFile::encodeName(logFile).constData());
     CMainAppGlobal::instance();
     UserConfig::load();

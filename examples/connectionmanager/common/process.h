@@ -15,10 +15,10 @@ class QtSingleCoreApplication;
 ///         return application.exec();
 ///     }
 ///
-/// The constructor starts the log and reads the user's configuration. The destructor releases the
-/// library's singletons and ends the log, after everything that was made below it in main() is
-/// gone. Until then, an interrupt from the keyboard (SIGINT) or a plain `kill` (SIGTERM) ends the
-/// event loop with exit code 0.
+/// The constructor starts the log, which shows no PIN, and reads the user's configuration. The
+/// destructor releases the library's singletons and ends the log, after everything that was made
+/// below it in main() is gone. Until then, an interrupt from the keyboard (SIGINT) or a plain
+/// `kill` (SIGTERM) ends the event loop with exit code 0.
 class ProcessLife
 {
 public:

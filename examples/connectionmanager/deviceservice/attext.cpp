@@ -220,5 +220,5 @@ QString AtText::nameOf(const QByteArray& command)
 QString AtText::shown(const QByteArray& line)
 {
     constexpr int kShownBytes = 80;
-    return QString::fromUtf8(line.left(kShownBytes));
+    return nameOf(line.left(kShownBytes));
 }

@@ -92,7 +92,8 @@ bool isQuotable(const QString& text);
 
 /// The command without what is secret in it, for the log: "AT+CPIN=..." for a PIN.
 QString nameOf(const QByteArray& command);
-/// The beginning of a line, for the log.
+/// The beginning of a line, for the log. It may be the late echo of a command, so that what stands
+/// behind "=" is left out.
 QString shown(const QByteArray& line);
 
 } // namespace AtText

@@ -243,6 +243,9 @@ void tst_attext::hidesSecretsInNames()
     QCOMPARE(AtText::nameOf("AT+CPIN=\"1234\""), QString("AT+CPIN=..."));
     QCOMPARE(AtText::nameOf("AT+CPIN?"), QString("AT+CPIN?"));
     QCOMPARE(AtText::nameOf("AT+COPS=?"), QString("AT+COPS=?"));
+    // The echo of a command that comes late.
+    QCOMPARE(AtText::shown("x AT+CPIN=\"1234\""), QString("x AT+CPIN=..."));
+    QCOMPARE(AtText::shown(QByteArray(100, 'x')), QString(80, 'x'));
 }
 
 QTEST_GUILESS_MAIN(tst_attext)
