@@ -107,7 +107,7 @@ void tst_hostilemodem::answersEveryRequestAtRubbish()
     FailingLine line;
     RawClient client(line.manager.socket("demo-device-1"));
     line.peer.setAnswerer(Rubbish(seed));
-    for (int round = 0; round < 20; ++round) {
+    for (int round = 0; round < 5; ++round) {
         for (const auto& request : kRequests) {
             client.send(QString(R"({"IPCMSG_TYPE":"DEMO_MESSAGE_%1","IPCMSG_USER_DATA":%2})")
                             .arg(request.name, request.data));
@@ -115,7 +115,7 @@ void tst_hostilemodem::answersEveryRequestAtRubbish()
             QVERIFY2(!client.answerWith(type).isNull(), request.name);
         }
     }
-    QVERIFY(line.peer.commands().size() > 300);
+    QVERIFY(line.peer.commands().size() > 100);
     // The next answer that makes sense is understood.
     line.peer.setAnswerer(nullptr);
     const auto isUnderstood = [&client] {
