@@ -90,7 +90,7 @@ std::atomic<CLog*> CLog::m_pIns{nullptr};
 struct CLogPrivate
 {
     bool initialised = false;
-    const LogSettings defaults;
+    const LogSettings defaults{}; // braces, as clang asks for a constant without a constructor
     LogSettings read;
     // The defaults until Init() has read others: log calls of other threads may come earlier.
     std::atomic<const LogSettings*> m_settings{&defaults};
