@@ -94,7 +94,7 @@ void AtChannel::start()
 
 void AtChannel::open()
 {
-    const QString reason = openPort();
+    QString reason = openPort();
     if (!reason.isEmpty()) {
         close(QStringLiteral("cannot be opened: %1").arg(reason));
         return;
@@ -115,7 +115,7 @@ void AtChannel::open()
 QString AtChannel::openPort()
 {
     const bool isOpen = m_port->open(QFile::encodeName(m_options.port).constData());
-    const QString reason = refusal(*m_port, isOpen);
+    QString reason = refusal(*m_port, isOpen);
     if (isOpen && !reason.isEmpty())
         m_port->close();
     return reason;
