@@ -135,7 +135,8 @@ private:
     void compareArray(const std::string& name, CDataValue& real, ModelValue& model);
     void compareAddressContainer(const std::string& name, CDataValue& real, ModelValue& model);
 
-    static const std::vector<NamedOperation>& operations();
+    static const std::vector<NamedOperation>& operations() { return kOperations; }
+    static const std::vector<NamedOperation> kOperations;
     static const std::vector<NamedOperation>& bulkOperations();
 
     const size_t m_largestTree;

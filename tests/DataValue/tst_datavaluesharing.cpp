@@ -53,26 +53,9 @@ CDataValue& listOf(CDataValue& root)
     return root.mapGet("list");
 }
 
-} // namespace
-
-void tst_DataValueSharing::copyKeepsItsContentWhenTheSourceChanges_data()
+/// One of nine changes, from 0 on.
+void changeRoot(CDataValue& root, int change)
 {
-    QTest::addColumn<bool>("isParsed");
-    QTest::addColumn<int>("change");
-    for (const bool isParsed : {false, true}) {
-        for (int change = 0; change < 9; ++change)
-            QTest::addRow("%s, change %d", isParsed ? "parsed" : "built", change)
-                << isParsed << change;
-    }
-}
-
-void tst_DataValueSharing::copyKeepsItsContentWhenTheSourceChanges()
-{
-    QFETCH(bool, isParsed);
-    QFETCH(int, change);
-    CDataValue root = isParsed ? parsed(kBuilt) : built();
-    const CDataValue before(root);
-    const CDataValue again(root);
     CDataValue& list = listOf(root);
     switch (change) {
     case 0:
@@ -105,6 +88,29 @@ void tst_DataValueSharing::copyKeepsItsContentWhenTheSourceChanges()
         root.synchJsonData();
     }
     }
+}
+
+} // namespace
+
+void tst_DataValueSharing::copyKeepsItsContentWhenTheSourceChanges_data()
+{
+    QTest::addColumn<bool>("isParsed");
+    QTest::addColumn<int>("change");
+    for (const bool isParsed : {false, true}) {
+        for (int change = 0; change < 9; ++change)
+            QTest::addRow("%s, change %d", isParsed ? "parsed" : "built", change)
+                << isParsed << change;
+    }
+}
+
+void tst_DataValueSharing::copyKeepsItsContentWhenTheSourceChanges()
+{
+    QFETCH(bool, isParsed);
+    QFETCH(int, change);
+    CDataValue root = isParsed ? parsed(kBuilt) : built();
+    const CDataValue before(root);
+    const CDataValue again(root);
+    changeRoot(root, change);
     QCOMPARE(fast(before), QString(kBuilt));
     QCOMPARE(fast(again), QString(kBuilt));
     root.synchJsonData();

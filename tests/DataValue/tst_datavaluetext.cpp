@@ -26,6 +26,40 @@ bool accepts(const QByteArray& text)
     return accepted;
 }
 
+void scalarRow(const char* name, const CDataValue& value, const char* expected)
+{
+    QTest::newRow(name) << fast(value) << QString::fromUtf8(expected);
+    QTest::addRow("%s, styled", name)
+        << value.parseToQString(STYLED_STYLE) << QString::fromUtf8(expected);
+}
+
+void addReals()
+{
+    scalarRow("two", CDataValue(2.0), "2.0\n");
+    scalarRow("minus two", CDataValue(-2.0), "-2.0\n");
+    scalarRow("minus zero", CDataValue(-0.0), "-0.0\n");
+    scalarRow("a tenth", CDataValue(0.1), "0.1\n");
+    scalarRow("a third", CDataValue(1.0 / 3), "0.3333333333333333\n");
+    scalarRow("two thirds", CDataValue(2.0 / 3), "0.6666666666666666\n");
+    scalarRow("sum of tenths", CDataValue(0.1 + 0.2), "0.3\n");
+    scalarRow("sixteen digits", CDataValue(1234567890123456.0), "1234567890123456.0\n");
+    scalarRow("seventeen digits", CDataValue(12345678901234567.0), "1.234567890123457e+16\n");
+    scalarRow("1e15", CDataValue(1e15), "1000000000000000.0\n");
+    scalarRow("1e16", CDataValue(1e16), "1e+16\n");
+    scalarRow("1e20", CDataValue(1e20), "1e+20\n");
+    scalarRow("1e-5", CDataValue(1e-5), "1e-05\n");
+    scalarRow("0.0001", CDataValue(0.0001), "0.0001\n");
+    scalarRow("1e300", CDataValue(-2.5e300), "-2.5e+300\n");
+    const double largest = std::numeric_limits<double>::max();
+    scalarRow("largest", CDataValue(largest), "1.7976931348623157e+308\n");
+    scalarRow("least", CDataValue(-largest), "-1.7976931348623157e+308\n");
+    scalarRow("next to it", CDataValue(std::nextafter(largest, 0.0)), "1.7976931348623155e+308\n");
+    scalarRow("not so near", CDataValue(1.797693134862315e308), "1.797693134862315e+308\n");
+    scalarRow("nan", CDataValue(std::nan("")), "null\n");
+    scalarRow("infinity", CDataValue(std::numeric_limits<double>::infinity()), "null\n");
+    scalarRow("minus infinity", CDataValue(-std::numeric_limits<double>::infinity()), "null\n");
+}
+
 } // namespace
 
 class tst_DataValueText : public QObject
@@ -64,48 +98,21 @@ void tst_DataValueText::writesScalars_data()
 {
     QTest::addColumn<QString>("actual");
     QTest::addColumn<QString>("expected");
-    const auto row = [](const char* name, const CDataValue& value, const char* expected) {
-        QTest::newRow(name) << fast(value) << QString::fromUtf8(expected);
-        QTest::addRow("%s, styled", name)
-            << value.parseToQString(STYLED_STYLE) << QString::fromUtf8(expected);
-    };
-    row("null", CDataValue(NULL_VALUE), "null\n");
-    row("zero", CDataValue(0), "0\n");
-    row("lowest int", CDataValue(std::numeric_limits<int>::min()), "-2147483648\n");
-    row("highest int", CDataValue(2147483647), "2147483647\n");
-    row("highest uint", CDataValue(4294967295u), "4294967295\n");
-    row("two", CDataValue(2.0), "2.0\n");
-    row("minus two", CDataValue(-2.0), "-2.0\n");
-    row("minus zero", CDataValue(-0.0), "-0.0\n");
-    row("a tenth", CDataValue(0.1), "0.1\n");
-    row("a third", CDataValue(1.0 / 3), "0.3333333333333333\n");
-    row("two thirds", CDataValue(2.0 / 3), "0.6666666666666666\n");
-    row("sum of tenths", CDataValue(0.1 + 0.2), "0.3\n");
-    row("sixteen digits", CDataValue(1234567890123456.0), "1234567890123456.0\n");
-    row("seventeen digits", CDataValue(12345678901234567.0), "1.234567890123457e+16\n");
-    row("1e15", CDataValue(1e15), "1000000000000000.0\n");
-    row("1e16", CDataValue(1e16), "1e+16\n");
-    row("1e20", CDataValue(1e20), "1e+20\n");
-    row("1e-5", CDataValue(1e-5), "1e-05\n");
-    row("0.0001", CDataValue(0.0001), "0.0001\n");
-    row("1e300", CDataValue(-2.5e300), "-2.5e+300\n");
-    const double largest = std::numeric_limits<double>::max();
-    row("largest", CDataValue(largest), "1.7976931348623157e+308\n");
-    row("least", CDataValue(-largest), "-1.7976931348623157e+308\n");
-    row("next to it", CDataValue(std::nextafter(largest, 0.0)), "1.7976931348623155e+308\n");
-    row("not so near", CDataValue(1.797693134862315e308), "1.797693134862315e+308\n");
-    row("nan", CDataValue(std::nan("")), "null\n");
-    row("infinity", CDataValue(std::numeric_limits<double>::infinity()), "null\n");
-    row("minus infinity", CDataValue(-std::numeric_limits<double>::infinity()), "null\n");
-    row("true", CDataValue(true), "true\n");
-    row("false", CDataValue(false), "false\n");
-    row("empty string", CDataValue(""), "\"\"\n");
-    row("empty array", CDataValue(ARRAY_VALUE), "[]\n");
-    row("empty map", CDataValue(MAP_VALUE), "{}\n");
-    row("address", CDataValue(static_cast<const void*>("x")), "null\n");
-    row("address array", CDataValue(ADDRESS_ARRAY_VALUE), "null\n");
-    row("address map", CDataValue(ADDRESS_MAP_VALUE), "null\n");
-    row("long long", CDataValue(1234567890123LL), "\"1234567890123\"\n");
+    addReals();
+    scalarRow("null", CDataValue(NULL_VALUE), "null\n");
+    scalarRow("zero", CDataValue(0), "0\n");
+    scalarRow("lowest int", CDataValue(std::numeric_limits<int>::min()), "-2147483648\n");
+    scalarRow("highest int", CDataValue(2147483647), "2147483647\n");
+    scalarRow("highest uint", CDataValue(4294967295u), "4294967295\n");
+    scalarRow("true", CDataValue(true), "true\n");
+    scalarRow("false", CDataValue(false), "false\n");
+    scalarRow("empty string", CDataValue(""), "\"\"\n");
+    scalarRow("empty array", CDataValue(ARRAY_VALUE), "[]\n");
+    scalarRow("empty map", CDataValue(MAP_VALUE), "{}\n");
+    scalarRow("address", CDataValue(static_cast<const void*>("x")), "null\n");
+    scalarRow("address array", CDataValue(ADDRESS_ARRAY_VALUE), "null\n");
+    scalarRow("address map", CDataValue(ADDRESS_MAP_VALUE), "null\n");
+    scalarRow("long long", CDataValue(1234567890123LL), "\"1234567890123\"\n");
 }
 
 void tst_DataValueText::writesScalars()

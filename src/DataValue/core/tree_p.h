@@ -369,6 +369,8 @@ private:
     static bool copyPacked(CDataValue& to, const CDataValue& from, Copy what);
     static void takeComments(CDataValue& value, const PackedBlock& block, const PackedNode& node);
     static void copyOne(const CopyStep& step, std::vector<CopyStep>& pending);
+    static void copyChildren(Container& to, const Container& from, Copy what,
+                             std::vector<CopyStep>& pending);
     static bool findsAddress(const CDataValue& value);
     static void copyScalar(CDataValue& to, const CDataValue& from);
     static void markOutOfStep(Container* container);

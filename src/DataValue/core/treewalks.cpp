@@ -26,6 +26,24 @@ void DataValueTree::copyScalar(CDataValue& to, const CDataValue& from)
     to.m_kind = from.m_kind;
 }
 
+// What holds further children waits in `pending`, so that no depth is too deep.
+void DataValueTree::copyChildren(Container& to, const Container& from, Copy what,
+                                 std::vector<CopyStep>& pending)
+{
+    const auto copyChild = [&pending, what](CDataValue& slot, const CDataValue& child) {
+        const CopyStep next{&slot, &child, what};
+        if (isContainer(child.m_kind))
+            pending.push_back(next);
+        else
+            copyOne(next, pending);
+    };
+    to.elements.reserve(from.elements.size());
+    for (const DataValueElement& element : from.elements)
+        copyChild(appendSlot(to), element.value);
+    for (const auto& member : from.members)
+        copyChild(memberSlot(to, member.key), member.value);
+}
+
 void DataValueTree::copyOne(const CopyStep& step, std::vector<CopyStep>& pending)
 {
     const bool faces = step.what == Copy::Face;
@@ -51,19 +69,7 @@ void DataValueTree::copyOne(const CopyStep& step, std::vector<CopyStep>& pending
     Container& container = *to.m_payload.children;
     container.mayHoldAddress = !faces && source->mayHoldAddress;
     const Copy below = faces ? Copy::Face : isOrdinary(from.m_kind) ? Copy::InStep : Copy::Whole;
-    const auto copyChild = [&pending, below](CDataValue& slot, const CDataValue& child) {
-        const CopyStep next{&slot, &child, below};
-        if (isContainer(child.m_kind))
-            pending.push_back(next);
-        else
-            copyOne(next, pending);
-    };
-    container.elements.reserve(source->elements.size());
-    for (const DataValueElement& element : source->elements)
-        copyChild(appendSlot(container), element.value);
-    for (const auto& member : source->members)
-        copyChild(memberSlot(container, member.key), member.value);
-
+    copyChildren(container, *source, below, pending);
     if (keepsMirror) {
         container.mirror = std::make_unique<CDataValue>();
         copy(*container.mirror, from, Copy::Face);
