@@ -57,11 +57,22 @@ void streamPieces(const std::string& value)
     }
 }
 
-// A line with a value of so many characters and nine more, which surround them.
+// A text of `count` characters.
+std::string repeated(const std::string& count)
+{
+    return std::string(std::stoul(count), 'x');
+}
+
+void waitWritten(const std::string&)
+{
+    say(CLog::Instance()->WaitWritten(30000) ? "written" : "not written");
+}
+
+// A line with a value of `value` characters and nine more, which surround them.
 void logContent(const std::string& value)
 {
     DeviceService_Global* const data = DeviceService_Global::instance();
-    CDataValue content(std::string(std::stoul(value), 'x').c_str());
+    CDataValue content(repeated(value).c_str());
     data->setGlobalDataByKey("k", content);
     data->getDeviceIDByDeviceName("none");
 }
@@ -113,12 +124,9 @@ const std::map<std::string, Action>& actions()
         {"write", [](const std::string& v) { CLog::Instance()->Write(v.c_str()); }},
         {"writeerr", writeError},
         {"debug", [](const std::string& v) { LogDebug("%s", v.c_str()); }},
-        {"repeat",
-         [](const std::string& v) { Log("%s", std::string(std::stoul(v), 'x').c_str()); }},
-        {"repeaterr",
-         [](const std::string& v) { LogErr(1, "%s", std::string(std::stoul(v), 'x').c_str()); }},
-        {"repeatdebug",
-         [](const std::string& v) { LogDebug("%s", std::string(std::stoul(v), 'x').c_str()); }},
+        {"repeat", [](const std::string& v) { Log("%s", repeated(v).c_str()); }},
+        {"repeaterr", [](const std::string& v) { LogErr(1, "%s", repeated(v).c_str()); }},
+        {"repeatdebug", [](const std::string& v) { LogDebug("%s", repeated(v).c_str()); }},
         {"stream", streamPieces},
         {"number", [](const std::string& v) { *CLog::Instance() << std::stoi(v); }},
         {"bytes", [](const std::string& v) { *CLog::Instance() << v.c_str(); }},
@@ -126,10 +134,7 @@ const std::map<std::string, Action>& actions()
         {"many", logMany},
         {"content", logContent},
         {"flush", [](const std::string&) { FlushLog(); }},
-        {"written",
-         [](const std::string&) {
-             say(CLog::Instance()->WaitWritten(30000) ? "written" : "not written");
-         }},
+        {"written", waitWritten},
         {"remove", [](const std::string& v) { QFile::remove(QString::fromStdString(v)); }},
         {"wait", [](const std::string&) { (void)std::getchar(); }},
         {"crashhandler", installCrashHandler},
