@@ -14,8 +14,9 @@ class tst_recordedgecases : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { m_log = std::make_unique<LogCapture>(); }
-    void cleanup() { m_log.reset(); }
+    void initTestCase() { m_log = std::make_unique<LogCapture>(); }
+    void init() { m_log->clear(); }
+    void cleanupTestCase() { m_log.reset(); }
 
     void writesExactlyTheKeysIntoNull();
     void writesIntoAMapWithOtherMembers();
