@@ -90,7 +90,9 @@ std::optional<BLNetworkListCnf> AtAnswer::networks(const QByteArray& line)
 
 std::optional<int> AtAnswer::signalStrength(const QByteArray& line)
 {
-    return number(fieldsOf(line), 0);
+    const std::optional<int> strength = number(fieldsOf(line), 0);
+    const bool isKnown = strength && (*strength <= 31 || *strength == 99);
+    return isKnown ? strength : std::nullopt;
 }
 
 std::optional<int> AtAnswer::signalIndicator(const QByteArray& line)

@@ -122,6 +122,7 @@ void tst_atanswers::readsTheSignal()
     QCOMPARE(AtAnswer::signalStrength("+CSQ: 7,99").value_or(-1), 7);
     QCOMPARE(AtAnswer::signalStrength("+CSQ:31").value_or(-1), 31);
     QVERIFY(!AtAnswer::signalStrength("+CSQ: "));
+    QVERIFY(!AtAnswer::signalStrength("+CSQ: 32,99"));
     QVERIFY(!AtAnswer::signalStrength(""));
 }
 
