@@ -9,7 +9,7 @@ namespace {
 
 void readLine(const QByteArray& line)
 {
-    require(line.size() <= AtLines::LongestLine, "lines are bounded");
+    require(line.size() <= AtLines::kLongestLine, "lines are bounded");
     AtText::finalResult(line);
     AtText::isUnsolicited(line);
     const QByteArray information = AtText::information(line);
