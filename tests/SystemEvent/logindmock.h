@@ -1,6 +1,8 @@
 #ifndef TESTS_SYSTEMEVENT_LOGINDMOCK_H
 #define TESTS_SYSTEMEVENT_LOGINDMOCK_H
 
+#include "support/tiedprocess.h"
+
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -8,7 +10,6 @@
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUuid>
@@ -277,8 +278,8 @@ private:
 
     QTemporaryDir m_folder;
     QString m_name;
-    QProcess m_bus;
-    QProcess m_logind;
+    TiedProcess m_bus;
+    TiedProcess m_logind;
 };
 
 #endif

@@ -1,6 +1,8 @@
 #ifndef TESTS_SUPPORT_CHILDPROCESS_H
 #define TESTS_SUPPORT_CHILDPROCESS_H
 
+#include "support/tiedprocess.h"
+
 #include <QByteArray>
 #include <QCoreApplication>
 #include <QProcess>
@@ -9,7 +11,8 @@
 #include <QTest>
 
 /// A program that a test starts, talks to through its standard input and output, and ends. When
-/// the object dies with the program still running, the program is killed.
+/// the object dies with the program still running, the program is killed; so it is when the test
+/// is.
 ///
 ///     ChildProcess server(HELPER_SERVER, {"--name", "x"}, folder.path());
 ///     QVERIFY(server.says("ready"));
@@ -190,7 +193,7 @@ private:
         }
     }
 
-    QProcess m_process;
+    TiedProcess m_process;
     QByteArray m_output;
     decltype(m_output.size()) m_read = 0; // how much of the output was waited for
 };
