@@ -43,7 +43,7 @@ void CDataValue::destroy() noexcept
     delete m_extras;
 }
 
-void CDataValue::takeTree(CDataValue& other) noexcept
+void CDataValue::takeTree(CDataValue& other)
 {
     DataValueTree::take(*this, other);
 }
@@ -109,7 +109,7 @@ CDataValue& CDataValue::operator=(const CDataValue& other)
     return *this;
 }
 
-CDataValue& CDataValue::operator=(CDataValue&& other) noexcept
+CDataValue& CDataValue::operator=(CDataValue&& other)
 {
     DataValueTree::replaceContent(*this, DataValueTree::moved(other, *this));
     return *this;

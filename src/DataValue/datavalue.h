@@ -64,6 +64,9 @@ enum ENUM_STYLE : int {
 /// **Wrong kinds.** A conversion of the wrong kind returns 0, false, empty text or a null pointer
 /// and logs one warning. A container operation on the wrong kind changes nothing.
 ///
+/// **Want of memory.** std::bad_alloc passes on from every operation, moves and reading text
+/// included. The values are then as they were or consistent, so that they can be used further.
+///
 /// **Assertions.** Ordinary containers never hold addresses. Storing one, or calling an ordinary
 /// container operation on a value that holds one, is a programming error and ends the process.
 ///
@@ -152,7 +155,8 @@ public:
     /// Takes the content over, with the result of a copy. A source that is itself an element or
     /// member of a container is copied instead and stays as it is, and so is one that holds the
     /// value it is moved to.
-    CDataValue(CDataValue&& other) noexcept
+    CDataValue(CDataValue&& other) // not noexcept: it may copy
+        : CDataValue(NULL_VALUE)
     {
         take(other);
     }
@@ -164,7 +168,7 @@ public:
 
     /// Replaces the content by a deep copy. Parent and file path stay.
     CDataValue& operator=(const CDataValue& other);
-    CDataValue& operator=(CDataValue&& other) noexcept;
+    CDataValue& operator=(CDataValue&& other);
 
     /// Exchanges kind and content; parent and file path stay. Children of swapped containers
     /// name no parent until synchPreDataPoint() or a synchronising operation sets it anew.
@@ -432,7 +436,7 @@ private:
     void construct(ENUM_VALUE_TYPE kind);
     void destroy() noexcept;
     /// Fills this new null value with the content of `other`, with the result of a copy.
-    void take(CDataValue& other) noexcept
+    void take(CDataValue& other)
     {
         if (other.m_holder || other.m_extras || other.m_kind > STRING_VALUE) {
             takeTree(other);
@@ -442,7 +446,7 @@ private:
         m_kind = other.m_kind;
         other.m_kind = NULL_VALUE;
     }
-    void takeTree(CDataValue& other) noexcept;
+    void takeTree(CDataValue& other);
 
     Payload m_payload;             // the member that m_kind names
     Container* m_holder = nullptr; // the container that this is a child of

@@ -105,8 +105,13 @@ void DataValueTree::release(Container* container)
     }
 }
 
-void DataValueTree::exchangeContent(CDataValue& a, CDataValue& b) noexcept
+void DataValueTree::exchangeContent(CDataValue& a, CDataValue& b)
 {
+    const bool haveExtras = a.m_extras || b.m_extras;
+    if (haveExtras) { // both need some below; to make them may fail, so it comes first
+        makeExtras(a);
+        makeExtras(b);
+    }
     const auto place = [](CDataValue& value, Container* holder, bool linked) {
         value.m_holder = holder;
         value.m_linked = linked;
@@ -121,8 +126,8 @@ void DataValueTree::exchangeContent(CDataValue& a, CDataValue& b) noexcept
     relocate(b, spare);
     place(a, holderOfA, linkedA);
     place(b, holderOfB, linkedB);
-    if (a.m_extras || b.m_extras) // the comments went along; the file paths stay
-        std::swap(makeExtras(a).filePath, makeExtras(b).filePath);
+    if (haveExtras) // the comments went along; the file paths stay
+        std::swap(a.m_extras->filePath, b.m_extras->filePath);
 }
 
 void DataValueTree::take(CDataValue& to, CDataValue& from)
@@ -132,10 +137,6 @@ void DataValueTree::take(CDataValue& to, CDataValue& from)
         copy(to, from, Copy::Whole);
         return;
     }
-    if (from.m_extras)
-        exchangeContent(to, from); // leaves the file path
-    else
-        relocate(to, from);
     if (container && container->outOfStep) { // as in a copy: only the root may be out of step
         if (!container->mirror)
             storeMirror(*container);
@@ -144,6 +145,10 @@ void DataValueTree::take(CDataValue& to, CDataValue& from)
             child.m_linked = true;
         });
     }
+    if (from.m_extras)
+        exchangeContent(to, from); // leaves the file path
+    else
+        relocate(to, from);
 }
 
 CDataValue DataValueTree::movedContainer(CDataValue& value, const CDataValue& target)
@@ -211,18 +216,19 @@ void DataValueTree::synchronise(CDataValue& value)
     Container* const top = unpacked(value);
     if (!top || !top->outOfStep || !isOrdinary(value.m_kind))
         return;
-    std::vector<Container*> pending{top};
-    while (!pending.empty()) {
-        Container* const container = pending.back();
-        pending.pop_back();
-        container->mirror.reset();
-        container->outOfStep = false;
-        forEachChild(*container, [&pending](CDataValue& child) {
-            child.m_linked = true;
+    // To find them all may fail for want of memory, so nothing changes until they are found.
+    std::vector<Container*> found{top};
+    for (std::size_t i = 0; i < found.size(); ++i) {
+        forEachChild(*found[i], [&found](CDataValue& child) {
             Container* const below = unpacked(child);
             if (below && below->outOfStep && isOrdinary(child.m_kind))
-                pending.push_back(below);
+                found.push_back(below);
         });
+    }
+    for (Container* const container : found) {
+        container->mirror.reset();
+        container->outOfStep = false;
+        forEachChild(*container, [](CDataValue& child) { child.m_linked = true; });
     }
 }
 

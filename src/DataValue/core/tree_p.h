@@ -280,7 +280,7 @@ struct DataValueTree
     /// Replaces the content of `target` by that of `fresh`, a value of no container.
     static void replaceContent(CDataValue& target, CDataValue&& fresh);
     /// Exchanges kinds and contents, comments included.
-    static void exchangeContent(CDataValue& a, CDataValue& b) noexcept;
+    static void exchangeContent(CDataValue& a, CDataValue& b);
     /// Whether `inner` lies anywhere below `outer`.
     static bool isBelow(const CDataValue& inner, const CDataValue& outer);
 

@@ -12,8 +12,10 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <new>
 
 namespace {
 
@@ -29,6 +31,33 @@ constexpr std::size_t kPadding = 16;
 /// bytes, and more than a few, they are copied out of it.
 constexpr std::size_t kPart = 8;
 constexpr std::size_t kFewBytes = 4096;
+
+/// RapidJSON writes to what its allocator gives without a look.
+class ThrowingAllocator
+{
+public:
+    static constexpr bool kNeedFree = true;
+    void* Malloc(std::size_t size) { return size ? orThrow(std::malloc(size)) : nullptr; }
+    void* Realloc(void* memory, std::size_t, std::size_t size)
+    {
+        if (size)
+            return orThrow(std::realloc(memory, size));
+        Free(memory);
+        return nullptr;
+    }
+    static void Free(void* memory) { std::free(memory); }
+
+private:
+    static void* orThrow(void* memory)
+    {
+        if (!memory)
+            throw std::bad_alloc();
+        return memory;
+    }
+};
+
+using TextReader =
+    rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF8<>, ThrowingAllocator>;
 
 /// Receives the reader's events and hands them to a builder.
 class Events : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Events>
@@ -162,7 +191,7 @@ bool readInPlace(PackedBuilder& builder, char* text, std::size_t size, CDataValu
                                 rapidjson::kParseNumbersAsStringsFlag |
                                 rapidjson::kParseIterativeFlag;
     rapidjson::InsituStringStream stream(text);
-    rapidjson::Reader reader;
+    TextReader reader;
     Events events(builder);
     if (!reader.Parse<kFlags>(stream, events))
         return false;
