@@ -2,15 +2,34 @@
 
 #include "failingline.h"
 
+#include <algorithm>
 #include <iterator>
 #include <random>
 #include <string>
 
 namespace {
 
-/// Answers as a modem in bad order gives them: what belongs to the command, what does not, and
-/// bytes without sense, in any order. Each ends in a final result, so that no time-out is waited
-/// for.
+/// What a modem in good order says to the questions of the service, by the question's beginning.
+constexpr struct
+{
+    const char* command;
+    const char* line;
+} kGood[] = {{"AT+CPBR=?", "+CPBR: (1-10),40,30"},
+             {"AT+CPBR=", "+CPBR: 1,\"123\",129,\"00470072\""},
+             {"AT+CMGL=", "+CMGL: 1,\"REC READ\",\"123\",,\"24/05/17,12:01:00+00\"\r\n00470072"},
+             {"AT+CPMS", "+CPMS: \"SM\",1,20,\"SM\",1,20,\"SM\",1,20"},
+             {"AT+CSQ", "+CSQ: 7,99"},
+             {"AT+CREG?", "+CREG: 2,1,\"1A2B\",\"01C3D4E\",7"},
+             {"AT+COPS=?", "+COPS: (2,\"a\",\"b\",\"00101\",7),(1,\"c\",\"d\",\"00102\",2),,(0-4)"},
+             {"AT+COPS?", "+COPS: 0,0,\"a\",7"},
+             {"AT+CPINR", "+CPINR: SIM PIN,3,3"},
+             {"AT+CPIN?", "+CPIN: READY"},
+             {"AT+CGACT?", "+CGACT: 1,1"},
+             {"AT+CGSN", "490154203237518"},
+             {"AT+CNUM", "+CNUM: \"\",\"123\",129"}};
+
+/// Answers as a modem in bad order gives them: a good one whose parts are lost, doubled or
+/// replaced. Each ends in a final result, so that no time-out is waited for.
 class Rubbish
 {
 public:
@@ -21,40 +40,45 @@ public:
 
     std::string operator()(const std::string& command)
     {
-        const std::string name = command.substr(0, command.find_first_of("=?")).substr(2);
+        const auto good = std::find_if(std::begin(kGood), std::end(kGood), [&](const auto& each) {
+            return command.rfind(each.command, 0) == 0;
+        });
         std::string answer;
-        for (unsigned int i = pick(8); i > 0; --i)
-            answer += "\r\n" + (pick(3) == 0 ? std::string() : name + ": ") + line();
-        static constexpr const char* kResults[] = {"OK", "ERROR", "+CME ERROR: 16",
-                                                   "+CMS ERROR: 99999999999", "+CME ERROR: x"};
+        for (unsigned int i = pick(4); i > 0; --i)
+            answer += "\r\n" + (good != std::end(kGood) ? spoilt(good->line) : piece());
+        static constexpr const char* kResults[] = {
+            "OK",           "OK", "OK", "ERROR", "+CME ERROR: 16", "+CMS ERROR: 99999999999",
+            "+CME ERROR: x"};
         return answer + "\r\n\r\n" + kResults[pick(std::size(kResults))] + "\r\n";
     }
 
 private:
     unsigned int pick(size_t count) { return static_cast<unsigned int>(m_random() % count); }
-    std::string line()
+    std::string piece()
     {
-        static const std::string kPieces[] = {"1",
-                                              "\"SM\"",
-                                              ",",
-                                              "\"",
-                                              "(",
-                                              ")",
-                                              "-1",
-                                              "4294967297",
-                                              "\"00470072\"",
-                                              "SIM PIN",
-                                              "+CMTI: \"SM\",9",
-                                              "READY",
-                                              "\"24/05/17,12:01:00+00\"",
-                                              "\xC3\xFF",
-                                              "=",
-                                              "OK"};
-        std::string text;
-        for (unsigned int i = pick(12); i > 0; --i)
-            text += pick(6) == 0 ? std::string(1 + pick(300), static_cast<char>(pick(256)))
-                                 : kPieces[pick(std::size(kPieces))] + (pick(2) == 0 ? "," : "");
-        return text;
+        static const std::string kPieces[] = {
+            "",         "1",     "\"SM\"",          "\"", "(",  ")", "-1", "4294967297", "=",
+            "\xC3\xFF", "READY", "+CMTI: \"SM\",9", ": ", ",,", "OK"};
+        return pick(10) == 0 ? std::string(1 + pick(300), static_cast<char>(pick(256)))
+                             : kPieces[pick(std::size(kPieces))];
+    }
+    // One place is cut off, cut out or replaced; often none is.
+    std::string spoilt(std::string line)
+    {
+        const size_t at = pick(line.size());
+        const size_t comma = line.find(',', at);
+        switch (pick(5)) {
+        case 0:
+            return line.substr(0, comma);
+        case 1:
+            return line.erase(at, 1 + pick(4));
+        case 2:
+            return line.insert(at, piece());
+        case 3:
+            return comma == std::string::npos ? line : line.replace(comma + 1, pick(6), piece());
+        default:
+            return line;
+        }
     }
 
     std::mt19937 m_random;
