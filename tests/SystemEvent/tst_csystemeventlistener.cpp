@@ -47,8 +47,9 @@ class SelfStoppingListener : public CSystemEventListener
 public:
     void startListen(bool) override { start(); }
     void stopListen() override { hasEnded = endThread(); }
-    int requests = 0;
-    bool hasEnded = true;
+    // Atomic for the thread sanitizer, which does not see that wait() orders the two threads.
+    std::atomic<int> requests{0};
+    std::atomic<bool> hasEnded{true};
 
 protected:
     void run() override
@@ -206,7 +207,7 @@ void tst_csystemeventlistener::stopFromItsOwnThreadOnlyAsks()
     qInstallMessageHandler(g_before);
     QVERIFY(hasEnded);
     QVERIFY(!listener.hasEnded);
-    QCOMPARE(listener.requests, 1);
+    QCOMPARE(listener.requests.load(), 1);
     QCOMPARE(g_warnings.load(), 0);
 }
 
