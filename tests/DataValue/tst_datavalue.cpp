@@ -10,7 +10,7 @@
 #include <utility>
 
 /// Kinds, constructors, conversions, copying: the value without its containers' operations.
-class tst_DataValue : public QObject
+class tst_datavalue : public QObject
 {
     Q_OBJECT
 
@@ -46,7 +46,7 @@ private Q_SLOTS:
     void travelsThroughQVariant();
 };
 
-void tst_DataValue::kindNumbersAreFixed()
+void tst_datavalue::kindNumbersAreFixed()
 {
     int number = 0;
     for (const NamedValue& sample : oneOfEveryKind())
@@ -56,7 +56,7 @@ void tst_DataValue::kindNumbersAreFixed()
     QCOMPARE(int(STYLED_STYLE), 1);
 }
 
-void tst_DataValue::constructsEveryKindWithItsDefault()
+void tst_datavalue::constructsEveryKindWithItsDefault()
 {
     const char* const texts[] = {"null\n", "0\n",  "0\n",    "0.0\n",  "\"\"\n", "false\n",
                                  "[]\n",   "{}\n", "null\n", "null\n", "null\n"};
@@ -69,7 +69,7 @@ void tst_DataValue::constructsEveryKindWithItsDefault()
     QCOMPARE(CDataValue(ADDRESS_VALUE).asAddress(), static_cast<const void*>(nullptr));
 }
 
-void tst_DataValue::constructsAKindThatDoesNotExist()
+void tst_datavalue::constructsAKindThatDoesNotExist()
 {
     CDataValue value(static_cast<ENUM_VALUE_TYPE>(11));
     QCOMPARE(int(value.type()), 11);
@@ -80,7 +80,7 @@ void tst_DataValue::constructsAKindThatDoesNotExist()
     QCOMPARE(value.asInt(), 1);
 }
 
-void tst_DataValue::constructsScalars()
+void tst_datavalue::constructsScalars()
 {
     QCOMPARE(CDataValue(true).type(), BOOLEAN_VALUE);
     QCOMPARE(CDataValue(true).asBool(), true);
@@ -95,7 +95,7 @@ void tst_DataValue::constructsScalars()
     QCOMPARE(CDataValue(pointer).asAddress(), pointer);
 }
 
-void tst_DataValue::constructsStrings()
+void tst_datavalue::constructsStrings()
 {
     QCOMPARE(CDataValue("abc").type(), STRING_VALUE);
     QCOMPARE(CDataValue("abc").asQString(), QString("abc"));
@@ -112,7 +112,7 @@ void tst_DataValue::constructsStrings()
     QCOMPARE(CDataValue(QString()).asQString(), QString(""));
 }
 
-void tst_DataValue::constructsDates()
+void tst_datavalue::constructsDates()
 {
     CDataValue date(QDate(2011, 3, 9));
     QCOMPARE(date.type(), STRING_VALUE);
@@ -122,7 +122,7 @@ void tst_DataValue::constructsDates()
     QCOMPARE(fast(CDataValue(QDate())), QString("\"\"\n"));
 }
 
-void tst_DataValue::constructsLongNumbersAsStrings()
+void tst_datavalue::constructsLongNumbersAsStrings()
 {
     const CDataValue negative(static_cast<long long>(-9000000000));
     QCOMPARE(negative.type(), STRING_VALUE);
@@ -135,7 +135,7 @@ void tst_DataValue::constructsLongNumbersAsStrings()
     QCOMPARE(CDataValue(18446744073709551615ul).asUnsignedLong(), 18446744073709551615ul);
 }
 
-void tst_DataValue::predicatesTellTheKind_data()
+void tst_datavalue::predicatesTellTheKind_data()
 {
     QTest::addColumn<CDataValue>("value");
     QTest::addColumn<int>("kind");
@@ -143,7 +143,7 @@ void tst_DataValue::predicatesTellTheKind_data()
         QTest::newRow(sample.name) << sample.value << int(sample.value.type());
 }
 
-void tst_DataValue::predicatesTellTheKind()
+void tst_datavalue::predicatesTellTheKind()
 {
     QFETCH(CDataValue, value);
     QFETCH(int, kind);
@@ -163,7 +163,7 @@ void tst_DataValue::predicatesTellTheKind()
     QCOMPARE(value.isHasAddressType(), kind >= 8);
 }
 
-void tst_DataValue::sizeAndEmptinessAreTheTexts_data()
+void tst_datavalue::sizeAndEmptinessAreTheTexts_data()
 {
     QTest::addColumn<CDataValue>("value");
     QTest::addColumn<unsigned int>("size");
@@ -186,14 +186,14 @@ void tst_DataValue::sizeAndEmptinessAreTheTexts_data()
     QTest::newRow("address array") << addresses << 0u << true;
 }
 
-void tst_DataValue::sizeAndEmptinessAreTheTexts()
+void tst_datavalue::sizeAndEmptinessAreTheTexts()
 {
     QFETCH(CDataValue, value);
     QTEST(value.getSize(), "size");
     QTEST(value.isEmpty(), "empty");
 }
 
-void tst_DataValue::comparesTexts()
+void tst_datavalue::comparesTexts()
 {
     QVERIFY(CDataValue(pointer).isEqual(CDataValue(NULL_VALUE)));
     QVERIFY(CDataValue(pointer).isEqual(CDataValue(static_cast<const void*>(nullptr))));
@@ -218,7 +218,7 @@ void tst_DataValue::comparesTexts()
     QVERIFY(stale.isEqual(parsed("{\"a\":{\"b\":1}}")));
 }
 
-void tst_DataValue::copyIsDeep()
+void tst_datavalue::copyIsDeep()
 {
     CDataValue original = parsed("{\"a\":[{\"b\":1}]}");
     CDataValue copy(original);
@@ -233,7 +233,7 @@ void tst_DataValue::copyIsDeep()
     QCOMPARE(addressCopy.addressMapGet("p").asAddress(), pointer);
 }
 
-void tst_DataValue::copyHasNoParent()
+void tst_datavalue::copyHasNoParent()
 {
     CDataValue root = parsed("{\"a\":{}}");
     CDataValue copy(root.mapGet("a"));
@@ -242,7 +242,7 @@ void tst_DataValue::copyHasNoParent()
     QCOMPARE(fast(root), QString("{\"a\":{}}\n"));
 }
 
-void tst_DataValue::copyKeepsItsStaleText()
+void tst_datavalue::copyKeepsItsStaleText()
 {
     CDataValue root = parsed("{\"a\":{\"b\":{}}}");
     root.mapGet("a").mapGet("b").mapSet("c", CDataValue(1), false);
@@ -252,7 +252,7 @@ void tst_DataValue::copyKeepsItsStaleText()
     QCOMPARE(fast(root.mapGet("a")), QString("{\"b\":{}}\n"));
 }
 
-void tst_DataValue::assignmentKeepsTheParent()
+void tst_datavalue::assignmentKeepsTheParent()
 {
     CDataValue root = parsed("{\"a\":1}");
     CDataValue& a = root.mapGet("a");
@@ -262,7 +262,7 @@ void tst_DataValue::assignmentKeepsTheParent()
     QCOMPARE(fast(root), QString("{\"a\":{\"b\":[2]}}\n"));
 }
 
-void tst_DataValue::assignmentFromItsOwnTree()
+void tst_datavalue::assignmentFromItsOwnTree()
 {
     CDataValue value = parsed("{\"a\":{\"b\":[1]}}");
     CDataValue& same = value;
@@ -277,7 +277,7 @@ void tst_DataValue::assignmentFromItsOwnTree()
     QCOMPARE(fast(value), QString("[1]\n"));
 }
 
-void tst_DataValue::movingIsACopyToTheEye()
+void tst_datavalue::movingIsACopyToTheEye()
 {
     CDataValue source = parsed("{\"a\":{\"b\":{}}}");
     source.mapGet("a").mapGet("b").mapSet("c", CDataValue(1), false);
@@ -292,7 +292,7 @@ void tst_DataValue::movingIsACopyToTheEye()
     QCOMPARE(fast(assigned), QString("{\"a\":{\"b\":{\"c\":1},\"d\":2}}\n"));
 }
 
-void tst_DataValue::movingAnElementCopiesIt()
+void tst_datavalue::movingAnElementCopiesIt()
 {
     CDataValue root = parsed("[[1],{\"a\":2}]");
     const CDataValue first(std::move(root.arrayGet(0)));
@@ -304,7 +304,7 @@ void tst_DataValue::movingAnElementCopiesIt()
     QCOMPARE(fast(root), QString("[[1],{\"a\":2},{\"a\":2}]\n"));
 }
 
-void tst_DataValue::movingAnAncestorCopiesIt()
+void tst_datavalue::movingAnAncestorCopiesIt()
 {
     const auto moved = [](CDataValue& value) -> CDataValue&& { return std::move(value); };
     CDataValue root = parsed("{\"a\":{\"b\":1}}");
@@ -325,7 +325,7 @@ void tst_DataValue::movingAnAncestorCopiesIt()
     QCOMPARE(fast(root), QString("[1]\n"));
 }
 
-void tst_DataValue::swapExchangesKindAndContent()
+void tst_datavalue::swapExchangesKindAndContent()
 {
     CDataValue a = parsed("[1,2]");
     CDataValue b("text");
@@ -348,7 +348,7 @@ void tst_DataValue::swapExchangesKindAndContent()
     QCOMPARE(fast(other), QString("{\"b\":1}\n"));
 }
 
-void tst_DataValue::swappedChildrenAreLinkedAgainOnRequest()
+void tst_datavalue::swappedChildrenAreLinkedAgainOnRequest()
 {
     CDataValue a = parsed("{\"x\":[]}");
     CDataValue b(MAP_VALUE);
@@ -361,7 +361,7 @@ void tst_DataValue::swappedChildrenAreLinkedAgainOnRequest()
     QCOMPARE(fast(b), QString("{\"x\":[1,2]}\n"));
 }
 
-void tst_DataValue::clearEmptiesContainersOnly()
+void tst_datavalue::clearEmptiesContainersOnly()
 {
     LogCapture log;
     CDataValue root = parsed("{\"list\":[1,2],\"map\":{\"a\":1}}");
@@ -387,7 +387,7 @@ void tst_DataValue::clearEmptiesContainersOnly()
     QCOMPARE(log.lines(), QStringList());
 }
 
-void tst_DataValue::clearLeavesScalarsAndWarns()
+void tst_datavalue::clearLeavesScalarsAndWarns()
 {
     LogCapture log;
     int warnings = 0;
@@ -404,7 +404,7 @@ void tst_DataValue::clearLeavesScalarsAndWarns()
     QCOMPARE(warnings, 5);
 }
 
-void tst_DataValue::missesReturnTheSharedNull()
+void tst_datavalue::missesReturnTheSharedNull()
 {
     LogCapture log;
     QVERIFY(CDataValue::m_sNull.isNull());
@@ -415,7 +415,7 @@ void tst_DataValue::missesReturnTheSharedNull()
     QCOMPARE(log.lines(), QStringList());
 }
 
-void tst_DataValue::writingIntoTheSharedNullIsUndoneWithOneWarning()
+void tst_datavalue::writingIntoTheSharedNullIsUndoneWithOneWarning()
 {
     LogCapture log;
     CDataValue map(MAP_VALUE);
@@ -431,7 +431,7 @@ void tst_DataValue::writingIntoTheSharedNullIsUndoneWithOneWarning()
     QCOMPARE(log.lines().size(), 1);
 }
 
-void tst_DataValue::travelsThroughQVariant()
+void tst_datavalue::travelsThroughQVariant()
 {
     const QVariant variant = QVariant::fromValue(parsed("{\"a\":[1]}"));
     QCOMPARE(fast(variant.value<CDataValue>()), QString("{\"a\":[1]}\n"));
@@ -439,6 +439,6 @@ void tst_DataValue::travelsThroughQVariant()
     QCOMPARE(QVariant::fromValue(&value).value<CDataValue*>(), &value);
 }
 
-QTEST_APPLESS_MAIN(tst_DataValue)
+QTEST_APPLESS_MAIN(tst_datavalue)
 
 #include "tst_datavalue.moc"

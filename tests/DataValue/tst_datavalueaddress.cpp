@@ -8,7 +8,7 @@
 #include <climits>
 
 /// Address containers, and the assertions that keep addresses out of the ordinary ones.
-class tst_DataValueAddress : public QObject
+class tst_datavalueaddress : public QObject
 {
     Q_OBJECT
 
@@ -31,7 +31,7 @@ private Q_SLOTS:
     void addressOperationsDoNotAssert();
 };
 
-void tst_DataValueAddress::nullBecomesAnAddressContainer()
+void tst_datavalueaddress::nullBecomesAnAddressContainer()
 {
     CDataValue map;
     CDataValue& stored = map.addressMapSet("p", CDataValue(pointer));
@@ -46,7 +46,7 @@ void tst_DataValueAddress::nullBecomesAnAddressContainer()
     QCOMPARE(inserted.addressArrayGet(0).asAddress(), pointer);
 }
 
-void tst_DataValueAddress::mapHoldsValuesOfEveryKind()
+void tst_datavalueaddress::mapHoldsValuesOfEveryKind()
 {
     CDataValue map(ADDRESS_MAP_VALUE);
     for (const NamedValue& sample : oneOfEveryKind())
@@ -58,7 +58,7 @@ void tst_DataValueAddress::mapHoldsValuesOfEveryKind()
     QCOMPARE(copy.addressMapGetKeys(), map.addressMapGetKeys());
 }
 
-void tst_DataValueAddress::mapIsListedAndRemovedByKey()
+void tst_datavalueaddress::mapIsListedAndRemovedByKey()
 {
     CDataValue map;
     for (const char* key : {"b", "B", "a"})
@@ -76,7 +76,7 @@ void tst_DataValueAddress::mapIsListedAndRemovedByKey()
     QCOMPARE(map.addressMapGet("").asInt(), 2);
 }
 
-void tst_DataValueAddress::mapMissesReturnTheSharedNull()
+void tst_datavalueaddress::mapMissesReturnTheSharedNull()
 {
     CDataValue map;
     map.addressMapSet("p", CDataValue(pointer));
@@ -97,7 +97,7 @@ void tst_DataValueAddress::mapMissesReturnTheSharedNull()
     }
 }
 
-void tst_DataValueAddress::findSearchesOrdinaryContainersBelow()
+void tst_datavalueaddress::findSearchesOrdinaryContainersBelow()
 {
     CDataValue map;
     map.addressMapSet("k", parsed("{\"k\":1}"));
@@ -111,7 +111,7 @@ void tst_DataValueAddress::findSearchesOrdinaryContainersBelow()
     QVERIFY(CDataValue(1).addressMapFind("k").empty());
 }
 
-void tst_DataValueAddress::arrayIsReachedAtIndexZeroOnly()
+void tst_datavalueaddress::arrayIsReachedAtIndexZeroOnly()
 {
     CDataValue array;
     for (int i = 1; i <= 3; ++i)
@@ -130,7 +130,7 @@ void tst_DataValueAddress::arrayIsReachedAtIndexZeroOnly()
     QVERIFY(&CDataValue(5).addressArrayGet(0) == &CDataValue::m_sNull);
 }
 
-void tst_DataValueAddress::arrayAppendReturnsAllOnesFromTheSecondOn()
+void tst_datavalueaddress::arrayAppendReturnsAllOnesFromTheSecondOn()
 {
     CDataValue array(ADDRESS_ARRAY_VALUE);
     QCOMPARE(array.addressArrayAppend(CDataValue(pointer)), 0u);
@@ -139,7 +139,7 @@ void tst_DataValueAddress::arrayAppendReturnsAllOnesFromTheSecondOn()
     QCOMPARE(CDataValue(5).addressArrayAppend(CDataValue(pointer)), 0u);
 }
 
-void tst_DataValueAddress::arrayInsertsAndRemovesInFront()
+void tst_datavalueaddress::arrayInsertsAndRemovesInFront()
 {
     CDataValue array(ADDRESS_ARRAY_VALUE);
     array.addressArrayInsert(0, CDataValue(3));
@@ -160,7 +160,7 @@ void tst_DataValueAddress::arrayInsertsAndRemovesInFront()
     QCOMPARE(array.addressArrayAppend(CDataValue(3)), 0u);
 }
 
-void tst_DataValueAddress::neverHasText()
+void tst_datavalueaddress::neverHasText()
 {
     CDataValue map;
     map.addressMapSet("n", CDataValue(5));
@@ -177,7 +177,7 @@ void tst_DataValueAddress::neverHasText()
     QCOMPARE(fast(root), QString("{\"a\":null}\n"));
 }
 
-void tst_DataValueAddress::tellsWhetherAnAddressIsBelow()
+void tst_datavalueaddress::tellsWhetherAnAddressIsBelow()
 {
     CDataValue root = parsed("{\"a\":[{\"b\":null}]}");
     QVERIFY(!root.isHasAddressType());
@@ -194,7 +194,7 @@ void tst_DataValueAddress::tellsWhetherAnAddressIsBelow()
     QVERIFY(!root.isHasAddressType());
 }
 
-void tst_DataValueAddress::storedChildrenNameNoParent()
+void tst_datavalueaddress::storedChildrenNameNoParent()
 {
     CDataValue map;
     map.addressMapSet("list", parsed("[[]]"));
@@ -203,7 +203,7 @@ void tst_DataValueAddress::storedChildrenNameNoParent()
     QCOMPARE(fast(list), QString("[[1]]\n"));
 }
 
-void tst_DataValueAddress::assignmentLinksTheChildren()
+void tst_datavalueaddress::assignmentLinksTheChildren()
 {
     CDataValue root = parsed("{\"a\":null,\"list\":[]}");
     CDataValue& a = root.mapGet("a");
@@ -216,7 +216,7 @@ void tst_DataValueAddress::assignmentLinksTheChildren()
     QCOMPARE(fast(root), QString("{\"a\":null,\"list\":[1]}\n"));
 }
 
-void tst_DataValueAddress::mixingEndsTheProcess_data()
+void tst_datavalueaddress::mixingEndsTheProcess_data()
 {
     QTest::addColumn<QString>("condition");
     const QString self = QStringLiteral("!bIsHasAddressType");
@@ -231,7 +231,7 @@ void tst_DataValueAddress::mixingEndsTheProcess_data()
         QTest::newRow(scenario) << self;
 }
 
-void tst_DataValueAddress::mixingEndsTheProcess()
+void tst_datavalueaddress::mixingEndsTheProcess()
 {
     QFETCH(QString, condition);
     const auto result =
@@ -243,11 +243,11 @@ void tst_DataValueAddress::mixingEndsTheProcess()
     QVERIFY2(expected.match(message).hasMatch(), qPrintable(message));
 }
 
-void tst_DataValueAddress::addressOperationsDoNotAssert()
+void tst_datavalueaddress::addressOperationsDoNotAssert()
 {
     QCOMPARE(ChildProcess::run(HELPER_VALUEASSERTIONS, {"addressArrayAppend"}).code, 0);
 }
 
-QTEST_GUILESS_MAIN(tst_DataValueAddress)
+QTEST_GUILESS_MAIN(tst_datavalueaddress)
 
 #include "tst_datavalueaddress.moc"

@@ -8,7 +8,7 @@
 #include <stdexcept>
 
 /// Ordinary maps and arrays, operation by operation.
-class tst_DataValueContainers : public QObject
+class tst_datavaluecontainers : public QObject
 {
     Q_OBJECT
 
@@ -43,7 +43,7 @@ private Q_SLOTS:
     void wrongKindsLogNothing();
 };
 
-void tst_DataValueContainers::nullBecomesAMap()
+void tst_datavaluecontainers::nullBecomesAMap()
 {
     CDataValue v(NULL_VALUE);
     CDataValue& stored = v.mapSet("a", CDataValue(1), false);
@@ -52,7 +52,7 @@ void tst_DataValueContainers::nullBecomesAMap()
     QVERIFY(&stored == &v.mapGet("a"));
 }
 
-void tst_DataValueContainers::mapSetReplacesAndSorts()
+void tst_datavaluecontainers::mapSetReplacesAndSorts()
 {
     CDataValue map(MAP_VALUE);
     map.mapSet("b", CDataValue(1), false);
@@ -62,7 +62,7 @@ void tst_DataValueContainers::mapSetReplacesAndSorts()
     QCOMPARE(map.getSize(), 2u);
 }
 
-void tst_DataValueContainers::mapSetOnOtherKindsChangesNothing()
+void tst_datavaluecontainers::mapSetOnOtherKindsChangesNothing()
 {
     for (NamedValue& sample : oneOfEveryKind()) {
         const int kind = sample.value.type();
@@ -78,7 +78,7 @@ void tst_DataValueContainers::mapSetOnOtherKindsChangesNothing()
     }
 }
 
-void tst_DataValueContainers::storingCopies()
+void tst_datavaluecontainers::storingCopies()
 {
     CDataValue member = parsed("[1]");
     CDataValue map(MAP_VALUE);
@@ -88,7 +88,7 @@ void tst_DataValueContainers::storingCopies()
     QCOMPARE(fast(map.mapGet("a")), QString("[1]\n"));
 }
 
-void tst_DataValueContainers::mapGetWritesThroughTheReference()
+void tst_datavaluecontainers::mapGetWritesThroughTheReference()
 {
     CDataValue map = parsed("{\"a\":1}");
     map.mapGet("a") = CDataValue("changed");
@@ -96,7 +96,7 @@ void tst_DataValueContainers::mapGetWritesThroughTheReference()
     QCOMPARE(fast(map), QString("{\"a\":1}\n"));
 }
 
-void tst_DataValueContainers::mapMissesReturnTheSharedNull()
+void tst_datavaluecontainers::mapMissesReturnTheSharedNull()
 {
     CDataValue map = parsed("{\"a\":1}");
     QVERIFY(&map.mapGet("b") == &CDataValue::m_sNull);
@@ -115,7 +115,7 @@ void tst_DataValueContainers::mapMissesReturnTheSharedNull()
              1);
 }
 
-void tst_DataValueContainers::nullKeyIsTheEmptyKey()
+void tst_datavaluecontainers::nullKeyIsTheEmptyKey()
 {
     const char* const none = nullptr;
     CDataValue map(MAP_VALUE);
@@ -129,7 +129,7 @@ void tst_DataValueContainers::nullKeyIsTheEmptyKey()
     QVERIFY(map.isEmpty());
 }
 
-void tst_DataValueContainers::keysComeInByteOrder()
+void tst_datavaluecontainers::keysComeInByteOrder()
 {
     CDataValue map(MAP_VALUE);
     for (const char* key : {"b", "B", "a", "\xc3\xa9", "aa", ""})
@@ -137,7 +137,7 @@ void tst_DataValueContainers::keysComeInByteOrder()
     QCOMPARE(map.mapGetKeys(), (std::vector<std::string>{"", "B", "a", "aa", "b", "\xc3\xa9"}));
 }
 
-void tst_DataValueContainers::bothKeyFormsAreAlike()
+void tst_datavaluecontainers::bothKeyFormsAreAlike()
 {
     const QString key = QString::fromUtf8("\xc3\xa9");
     CDataValue map(MAP_VALUE);
@@ -151,7 +151,7 @@ void tst_DataValueContainers::bothKeyFormsAreAlike()
     QCOMPARE(fast(map.mapRemove(key, true)), QString::fromUtf8("{\"\xc3\xa9\":2}\n"));
 }
 
-void tst_DataValueContainers::mapRemoveReturnsTheMemberAsShown()
+void tst_datavaluecontainers::mapRemoveReturnsTheMemberAsShown()
 {
     CDataValue map = parsed("{\"k\":{\"a\":1},\"l\":2}");
     map.mapGet("k").mapSet("a", CDataValue(9), false);
@@ -169,7 +169,7 @@ void tst_DataValueContainers::mapRemoveReturnsTheMemberAsShown()
     QCOMPARE(fast(root), QString("{\"m\":{}}\n"));
 }
 
-void tst_DataValueContainers::mapRemoveOfNothingChangesNothing()
+void tst_datavaluecontainers::mapRemoveOfNothingChangesNothing()
 {
     CDataValue map = parsed("{\"a\":1}");
     QCOMPARE(fast(map.mapRemove("k", false)), QString("{}\n"));
@@ -179,7 +179,7 @@ void tst_DataValueContainers::mapRemoveOfNothingChangesNothing()
     QCOMPARE(fast(CDataValue(ARRAY_VALUE).mapRemove("k", true)), QString("{}\n"));
 }
 
-void tst_DataValueContainers::mapFindGoesDepthFirst()
+void tst_datavaluecontainers::mapFindGoesDepthFirst()
 {
     const CDataValue map =
         parsed("{\"k\":{\"k\":1},\"B\":[{\"k\":2},[{\"k\":3}],4],\"a\":{\"k\":[{\"k\":5}]}}");
@@ -193,7 +193,7 @@ void tst_DataValueContainers::mapFindGoesDepthFirst()
     QCOMPARE(fast(map.mapFind("k")), QString("2\n[{\"k\":5}]\n5\n{\"k\":1}\n1\n"));
 }
 
-void tst_DataValueContainers::mapFindReadsTheText()
+void tst_datavaluecontainers::mapFindReadsTheText()
 {
     CDataValue map = parsed("{\"a\":{\"k\":1}}");
     map.mapGet("a").mapSet("k", CDataValue(2), false);
@@ -202,14 +202,14 @@ void tst_DataValueContainers::mapFindReadsTheText()
     QCOMPARE(fast(map.mapFind("k")), QString("2\n"));
 }
 
-void tst_DataValueContainers::mapFindNeedsAMap()
+void tst_datavaluecontainers::mapFindNeedsAMap()
 {
     QVERIFY(parsed("[{\"k\":1}]").mapFind("k").empty());
     QVERIFY(CDataValue("k").mapFind("k").empty());
     QVERIFY(CDataValue(MAP_VALUE).mapFind("k", CDataValue(ADDRESS_MAP_VALUE)).empty());
 }
 
-void tst_DataValueContainers::nullBecomesAnArray()
+void tst_datavaluecontainers::nullBecomesAnArray()
 {
     CDataValue appended;
     QCOMPARE(appended.arrayAppend(CDataValue(1), false), 0u);
@@ -222,7 +222,7 @@ void tst_DataValueContainers::nullBecomesAnArray()
     QVERIFY(modified.isNull());
 }
 
-void tst_DataValueContainers::arrayAppendReturnsTheIndex()
+void tst_datavaluecontainers::arrayAppendReturnsTheIndex()
 {
     CDataValue array(ARRAY_VALUE);
     for (unsigned int i = 0; i < 50; ++i)
@@ -231,7 +231,7 @@ void tst_DataValueContainers::arrayAppendReturnsTheIndex()
     QCOMPARE(array.arrayGet(49).asUInt(), 49u);
 }
 
-void tst_DataValueContainers::arrayInsertMovesElementsUp()
+void tst_datavaluecontainers::arrayInsertMovesElementsUp()
 {
     CDataValue array(ARRAY_VALUE);
     array.arrayInsert(0, CDataValue(3), false);
@@ -242,14 +242,14 @@ void tst_DataValueContainers::arrayInsertMovesElementsUp()
     QCOMPARE(array.arrayGet(2).asInt(), 3);
 }
 
-void tst_DataValueContainers::arrayInsertIntoNullSynchronisesAlways()
+void tst_datavaluecontainers::arrayInsertIntoNullSynchronisesAlways()
 {
     CDataValue root = parsed("{\"a\":null}");
     root.mapGet("a").arrayInsert(0, CDataValue(1), false);
     QCOMPARE(fast(root), QString("{\"a\":[1]}\n"));
 }
 
-void tst_DataValueContainers::arrayInsertBeyondTheEndLeavesANull()
+void tst_datavaluecontainers::arrayInsertBeyondTheEndLeavesANull()
 {
     CDataValue array = parsed("[1,2]");
     array.arrayInsert(5, CDataValue(9), false);
@@ -270,7 +270,7 @@ void tst_DataValueContainers::arrayInsertBeyondTheEndLeavesANull()
     QVERIFY(&empty.arrayGet(0) == &CDataValue::m_sNull);
 }
 
-void tst_DataValueContainers::arrayModifyReplaces()
+void tst_datavaluecontainers::arrayModifyReplaces()
 {
     CDataValue array = parsed("[1,[2],3]");
     CDataValue& element = array.arrayModify(1, parsed("{\"a\":[]}"), false);
@@ -280,7 +280,7 @@ void tst_DataValueContainers::arrayModifyReplaces()
     QCOMPARE(fast(array), QString("[1,{\"a\":[1]},3]\n"));
 }
 
-void tst_DataValueContainers::arrayMissesReturnTheSharedNull()
+void tst_datavaluecontainers::arrayMissesReturnTheSharedNull()
 {
     CDataValue array = parsed("[1,2]");
     CDataValue empty(ARRAY_VALUE);
@@ -296,7 +296,7 @@ void tst_DataValueContainers::arrayMissesReturnTheSharedNull()
     QCOMPARE(fast(empty), QString("[]\n"));
 }
 
-void tst_DataValueContainers::onePastTheEndThrows()
+void tst_datavaluecontainers::onePastTheEndThrows()
 {
     CDataValue array = parsed("[1,2]");
     try {
@@ -315,7 +315,7 @@ void tst_DataValueContainers::onePastTheEndThrows()
     QCOMPARE(array.arrayGet(1).asInt(), 2);
 }
 
-void tst_DataValueContainers::elementsThatOnlyTheTextShowsThrow()
+void tst_datavaluecontainers::elementsThatOnlyTheTextShowsThrow()
 {
     CDataValue array = parsed("[1,2]");
     array.arrayInsert(5, CDataValue(9), false);
@@ -324,7 +324,7 @@ void tst_DataValueContainers::elementsThatOnlyTheTextShowsThrow()
     QVERIFY(&array.arrayGet(4) == &CDataValue::m_sNull);
 }
 
-void tst_DataValueContainers::arrayRemoveReturnsTheElementsAsShown()
+void tst_datavaluecontainers::arrayRemoveReturnsTheElementsAsShown()
 {
     CDataValue array = parsed("[[1],[2],[3],[4]]");
     array.arrayGet(1).arrayAppend(CDataValue(9), false);
@@ -342,7 +342,7 @@ void tst_DataValueContainers::arrayRemoveReturnsTheElementsAsShown()
     QCOMPARE(fast(root), QString("{\"a\":[2]}\n"));
 }
 
-void tst_DataValueContainers::arrayRemoveIsClamped()
+void tst_datavaluecontainers::arrayRemoveIsClamped()
 {
     CDataValue array = parsed("[1,2,3]");
     for (const int count : {0, -1, INT_MIN})
@@ -357,7 +357,7 @@ void tst_DataValueContainers::arrayRemoveIsClamped()
     QCOMPARE(fast(array), QString("[null]\n")); // the text loses exactly what the list lost
 }
 
-void tst_DataValueContainers::arrayOperationsOnOtherKindsChangeNothing()
+void tst_datavaluecontainers::arrayOperationsOnOtherKindsChangeNothing()
 {
     for (NamedValue& sample : oneOfEveryKind()) {
         const int kind = sample.value.type();
@@ -373,7 +373,7 @@ void tst_DataValueContainers::arrayOperationsOnOtherKindsChangeNothing()
     }
 }
 
-void tst_DataValueContainers::wrongKindsLogNothing()
+void tst_datavaluecontainers::wrongKindsLogNothing()
 {
     LogCapture log;
     CDataValue text("x");
@@ -388,6 +388,6 @@ void tst_DataValueContainers::wrongKindsLogNothing()
     QCOMPARE(log.lines(), QStringList());
 }
 
-QTEST_APPLESS_MAIN(tst_DataValueContainers)
+QTEST_APPLESS_MAIN(tst_datavaluecontainers)
 
 #include "tst_datavaluecontainers.moc"

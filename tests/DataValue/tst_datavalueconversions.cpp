@@ -10,7 +10,7 @@
 Q_DECLARE_METATYPE(std::function<void(CDataValue&)>)
 
 /// Reading scalars out of values, with the warning of each wrong kind.
-class tst_DataValueConversions : public QObject
+class tst_datavalueconversions : public QObject
 {
     Q_OBJECT
 
@@ -24,7 +24,7 @@ private Q_SLOTS:
     void readsTextUpToTheFirstZeroByte();
 };
 
-void tst_DataValueConversions::acceptedConversionsAreSilent()
+void tst_datavalueconversions::acceptedConversionsAreSilent()
 {
     LogCapture log;
     QCOMPARE(CDataValue(5).asInt(), 5);
@@ -40,7 +40,7 @@ void tst_DataValueConversions::acceptedConversionsAreSilent()
     QCOMPARE(log.lines(), QStringList());
 }
 
-void tst_DataValueConversions::conversionsThatWarnAndConvert()
+void tst_datavalueconversions::conversionsThatWarnAndConvert()
 {
     LogCapture log;
     const auto warned = [&log](const char* line) {
@@ -65,7 +65,7 @@ void tst_DataValueConversions::conversionsThatWarnAndConvert()
                    "The value type is int value, value < 0, return unsigned int(0)! "));
 }
 
-void tst_DataValueConversions::wrongKindsWarn_data()
+void tst_datavalueconversions::wrongKindsWarn_data()
 {
     using Check = std::function<void(CDataValue&)>;
     QTest::addColumn<Check>("check");
@@ -106,7 +106,7 @@ void tst_DataValueConversions::wrongKindsWarn_data()
         "The value type is NULL_VALUE, return QDate(NULL)!");
 }
 
-void tst_DataValueConversions::wrongKindsWarn()
+void tst_datavalueconversions::wrongKindsWarn()
 {
     QFETCH(std::function<void(CDataValue&)>, check);
     QFETCH(QList<int>, accepted);
@@ -125,7 +125,7 @@ void tst_DataValueConversions::wrongKindsWarn()
         QVERIFY2(logged.endsWith(line), qPrintable(logged));
 }
 
-void tst_DataValueConversions::readsNumbersFromStringsLeniently()
+void tst_datavalueconversions::readsNumbersFromStringsLeniently()
 {
     QCOMPARE(CDataValue("  +12abc").asLongLong(), 12LL);
     QCOMPARE(CDataValue("").asLongLong(), 0LL);
@@ -137,14 +137,14 @@ void tst_DataValueConversions::readsNumbersFromStringsLeniently()
     QCOMPARE(CDataValue("99999999999999999999").asUnsignedLong(), ULONG_MAX);
 }
 
-void tst_DataValueConversions::readsDatesByTheFormat()
+void tst_datavalueconversions::readsDatesByTheFormat()
 {
     QCOMPARE(CDataValue("29/02/2012").asQDate(), QDate(2012, 2, 29));
     for (const char* text : {"29/02/2011", "1/2/2003x", "2011-03-09", "", "32/01/2000"})
         QVERIFY2(!CDataValue(text).asQDate().isValid(), text);
 }
 
-void tst_DataValueConversions::readsTextUpToTheFirstZeroByte()
+void tst_datavalueconversions::readsTextUpToTheFirstZeroByte()
 {
     QCOMPARE(CDataValue(std::string("ab\0cd", 5)).asQString(), QString("ab"));
     const QString empty = CDataValue("").asQString();
@@ -152,6 +152,6 @@ void tst_DataValueConversions::readsTextUpToTheFirstZeroByte()
     QVERIFY(!empty.isNull());
 }
 
-QTEST_APPLESS_MAIN(tst_DataValueConversions)
+QTEST_APPLESS_MAIN(tst_datavalueconversions)
 
 #include "tst_datavalueconversions.moc"

@@ -53,7 +53,7 @@ int bracketsOf(const QString& text)
 } // namespace
 
 /// Trees built by hand may be of any depth.
-class tst_DataValueDeep : public QObject
+class tst_datavaluedeep : public QObject
 {
     Q_OBJECT
 
@@ -68,14 +68,14 @@ private Q_SLOTS:
     void holdsAddressContainersInside();
 };
 
-void tst_DataValueDeep::doesEverythingAtDepth_data()
+void tst_datavaluedeep::doesEverythingAtDepth_data()
 {
     QTest::addColumn<int>("depth");
     QTest::newRow("10000") << 10000;
     QTest::newRow("200000") << 200000;
 }
 
-void tst_DataValueDeep::doesEverythingAtDepth()
+void tst_datavaluedeep::doesEverythingAtDepth()
 {
     QFETCH(int, depth);
     inThread([depth] {
@@ -108,7 +108,7 @@ void tst_DataValueDeep::doesEverythingAtDepth()
     });
 }
 
-void tst_DataValueDeep::buildsSynchronised()
+void tst_datavaluedeep::buildsSynchronised()
 {
     inThread([] {
         CDataValue root(MAP_VALUE);
@@ -122,7 +122,7 @@ void tst_DataValueDeep::buildsSynchronised()
     });
 }
 
-void tst_DataValueDeep::writesStyled()
+void tst_datavaluedeep::writesStyled()
 {
     inThread([] {
         CDataValue root(MAP_VALUE);
@@ -134,7 +134,7 @@ void tst_DataValueDeep::writesStyled()
     });
 }
 
-void tst_DataValueDeep::changesTheInnermostOfATreeInStep()
+void tst_datavaluedeep::changesTheInnermostOfATreeInStep()
 {
     inThread([] {
         const int depth = 10000;
@@ -155,7 +155,7 @@ void tst_DataValueDeep::changesTheInnermostOfATreeInStep()
     });
 }
 
-void tst_DataValueDeep::searches()
+void tst_datavaluedeep::searches()
 {
     inThread([] {
         CDataValue root(MAP_VALUE);
@@ -169,7 +169,7 @@ void tst_DataValueDeep::searches()
     });
 }
 
-void tst_DataValueDeep::knowsAddressesBelow()
+void tst_datavaluedeep::knowsAddressesBelow()
 {
     inThread([] {
         CDataValue root(MAP_VALUE);
@@ -182,7 +182,7 @@ void tst_DataValueDeep::knowsAddressesBelow()
     });
 }
 
-void tst_DataValueDeep::holdsAddressContainersInside()
+void tst_datavaluedeep::holdsAddressContainersInside()
 {
     inThread([] {
         CDataValue root;
@@ -202,6 +202,6 @@ void tst_DataValueDeep::holdsAddressContainersInside()
     });
 }
 
-QTEST_GUILESS_MAIN(tst_DataValueDeep)
+QTEST_GUILESS_MAIN(tst_datavaluedeep)
 
 #include "tst_datavaluedeep.moc"

@@ -17,7 +17,7 @@ bool accepts(const QByteArray& text)
 } // namespace
 
 /// Texts that somebody sends to do harm: they come back, accepted or refused.
-class tst_DataValueHostileText : public QObject
+class tst_datavaluehostiletext : public QObject
 {
     Q_OBJECT
 
@@ -35,7 +35,7 @@ private Q_SLOTS:
     void keepsManyCommentsOnLinesOfTheirOwn();
 };
 
-void tst_DataValueHostileText::readsDeepNesting_data()
+void tst_datavaluehostiletext::readsDeepNesting_data()
 {
     QTest::addColumn<int>("depth");
     QTest::addColumn<bool>("accepted");
@@ -48,7 +48,7 @@ void tst_DataValueHostileText::readsDeepNesting_data()
     QTest::newRow("100000") << 100000 << false;
 }
 
-void tst_DataValueHostileText::readsDeepNesting()
+void tst_datavaluehostiletext::readsDeepNesting()
 {
     QFETCH(int, depth);
     QFETCH(bool, accepted);
@@ -68,7 +68,7 @@ void tst_DataValueHostileText::readsDeepNesting()
     }
 }
 
-void tst_DataValueHostileText::survivesHugeNumbers()
+void tst_datavaluehostiletext::survivesHugeNumbers()
 {
     for (const char* text :
          {"1e308", "-1e308", "1e-400", "1e400", "-1e400", "1e99999999999", "[1e400]", "1.", ".5",
@@ -82,7 +82,7 @@ void tst_DataValueHostileText::survivesHugeNumbers()
     accepts("0." + QByteArray(100000, '3'));
 }
 
-void tst_DataValueHostileText::survivesLoneSurrogates()
+void tst_datavaluehostiletext::survivesLoneSurrogates()
 {
     QVERIFY(!accepts("\"\\ud800\""));
     QVERIFY(!accepts("\"\\ud800x\""));
@@ -98,7 +98,7 @@ void tst_DataValueHostileText::survivesLoneSurrogates()
     QCOMPARE(out.asQString().size(), 1);
 }
 
-void tst_DataValueHostileText::survivesBadUtf8()
+void tst_datavaluehostiletext::survivesBadUtf8()
 {
     for (const char* bytes :
          {"\xff", "\xc3", "\xe4\xbd", "\xc0\x80", "\xed\xa0\x80", "\xf5\x80\x80\x80", "\x80"}) {
@@ -110,7 +110,7 @@ void tst_DataValueHostileText::survivesBadUtf8()
     }
 }
 
-void tst_DataValueHostileText::survivesZeroBytes()
+void tst_datavaluehostiletext::survivesZeroBytes()
 {
     QString text("\"a_b\"");
     text[2] = QChar(0);
@@ -129,7 +129,7 @@ void tst_DataValueHostileText::survivesZeroBytes()
     QVERIFY(!CDataValue::parseToDataValue(structure, value));
 }
 
-void tst_DataValueHostileText::survivesHostileTexts_data()
+void tst_datavaluehostiletext::survivesHostileTexts_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::newRow("closing brackets") << QByteArray(100000, ']');
@@ -144,7 +144,7 @@ void tst_DataValueHostileText::survivesHostileTexts_data()
     QTest::newRow("exponents") << QByteArray("1e").repeated(50000);
 }
 
-void tst_DataValueHostileText::survivesHostileTexts()
+void tst_datavaluehostiletext::survivesHostileTexts()
 {
     QFETCH(QByteArray, text);
     CDataValue out("before");
@@ -154,7 +154,7 @@ void tst_DataValueHostileText::survivesHostileTexts()
         QCOMPARE(out.asQString(), QString("before"));
 }
 
-void tst_DataValueHostileText::takesTheLastOfEqualKeys()
+void tst_datavaluehostiletext::takesTheLastOfEqualKeys()
 {
     // Containers and long texts, which the leak checker misses when they are lost.
     QCOMPARE(fast(parsed("{\"a\":{\"b\":[1]},\"a\":[2],\"a\":\"longer than fifteen bytes\","
@@ -162,7 +162,7 @@ void tst_DataValueHostileText::takesTheLastOfEqualKeys()
              QString("{\"a\":{\"e\":3},\"c\":{\"d\":{}}}\n"));
 }
 
-void tst_DataValueHostileText::survivesALineFullOfComments()
+void tst_datavaluehostiletext::survivesALineFullOfComments()
 {
     // Collected behind the value, they would take hours.
     const CDataValue value = parsed("[1" + QByteArray("/**/").repeated(2000000) + "]");
@@ -173,12 +173,12 @@ void tst_DataValueHostileText::survivesALineFullOfComments()
              QString("[1]\n"));
 }
 
-void tst_DataValueHostileText::keepsManyCommentsOnLinesOfTheirOwn()
+void tst_datavaluehostiletext::keepsManyCommentsOnLinesOfTheirOwn()
 {
     const QByteArray text = "[\n" + QByteArray("1, // one\n").repeated(50000) + "2\n]";
     QCOMPARE(parsed(text).parseToQString(STYLED_STYLE).count("// one"), 50000);
 }
 
-QTEST_APPLESS_MAIN(tst_DataValueHostileText)
+QTEST_APPLESS_MAIN(tst_datavaluehostiletext)
 
 #include "tst_datavaluehostiletext.moc"

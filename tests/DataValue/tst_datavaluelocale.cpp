@@ -4,7 +4,7 @@
 #include <QtTest>
 
 /// Values in the process of a user whose language has digits of its own.
-class tst_DataValueLocale : public QObject
+class tst_datavaluelocale : public QObject
 {
     Q_OBJECT
 
@@ -15,23 +15,23 @@ private Q_SLOTS:
     void writesNumbersInPlainDigits();
 };
 
-void tst_DataValueLocale::initTestCase()
+void tst_datavaluelocale::initTestCase()
 {
     QCOMPARE(QLocale::system().language(), QLocale::Persian);
 }
 
-void tst_DataValueLocale::writesDatesInPlainDigits()
+void tst_datavaluelocale::writesDatesInPlainDigits()
 {
     QCOMPARE(CDataValue(QDate(2011, 3, 9)).asQString(), QString("09/03/2011"));
     QCOMPARE(CDataValue(QDate()).asQString(), QString(""));
 }
 
-void tst_DataValueLocale::readsDatesInPlainDigits()
+void tst_datavaluelocale::readsDatesInPlainDigits()
 {
     QCOMPARE(CDataValue("09/03/2011").asQDate(), QDate(2011, 3, 9));
 }
 
-void tst_DataValueLocale::writesNumbersInPlainDigits()
+void tst_datavaluelocale::writesNumbersInPlainDigits()
 {
     QCOMPARE(CDataValue(-9000000000LL).asQString(), QString("-9000000000"));
     QCOMPARE(CDataValue(2.5).parseToQString(FAST_STYLE), QString("2.5\n"));
@@ -40,7 +40,7 @@ void tst_DataValueLocale::writesNumbersInPlainDigits()
 int main(int argc, char** argv)
 {
     qputenv("LC_ALL", "fa_IR.UTF-8"); // before Qt asks for it
-    tst_DataValueLocale test;
+    tst_datavaluelocale test;
     return QTest::qExec(&test, argc, argv);
 }
 

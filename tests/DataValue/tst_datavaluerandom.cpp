@@ -59,7 +59,7 @@ std::vector<quint32> shortened(std::vector<quint32> steps, RandomWorld::Size siz
 } // namespace
 
 /// Long random sequences of all operations, on CDataValue and on the reference model.
-class tst_DataValueRandom : public QObject
+class tst_datavaluerandom : public QObject
 {
     Q_OBJECT
 
@@ -67,7 +67,7 @@ private Q_SLOTS:
     void agreesWithTheReferenceModel();
 };
 
-void tst_DataValueRandom::agreesWithTheReferenceModel()
+void tst_datavaluerandom::agreesWithTheReferenceModel()
 {
     const quint32 seed = seedOfThisRun();
     const int steps = stepsOfThisRun(24000);
@@ -90,6 +90,6 @@ void tst_DataValueRandom::agreesWithTheReferenceModel()
     }
 }
 
-QTEST_APPLESS_MAIN(tst_DataValueRandom)
+QTEST_APPLESS_MAIN(tst_datavaluerandom)
 
 #include "tst_datavaluerandom.moc"

@@ -6,7 +6,7 @@
 #include <thread>
 
 /// Copies share what they have in common; nobody can tell.
-class tst_DataValueSharing : public QObject
+class tst_datavaluesharing : public QObject
 {
     Q_OBJECT
 
@@ -92,7 +92,7 @@ void changeRoot(CDataValue& root, int change)
 
 } // namespace
 
-void tst_DataValueSharing::copyKeepsItsContentWhenTheSourceChanges_data()
+void tst_datavaluesharing::copyKeepsItsContentWhenTheSourceChanges_data()
 {
     QTest::addColumn<bool>("isParsed");
     QTest::addColumn<int>("change");
@@ -103,7 +103,7 @@ void tst_DataValueSharing::copyKeepsItsContentWhenTheSourceChanges_data()
     }
 }
 
-void tst_DataValueSharing::copyKeepsItsContentWhenTheSourceChanges()
+void tst_datavaluesharing::copyKeepsItsContentWhenTheSourceChanges()
 {
     QFETCH(bool, isParsed);
     QFETCH(int, change);
@@ -119,7 +119,7 @@ void tst_DataValueSharing::copyKeepsItsContentWhenTheSourceChanges()
     QCOMPARE(fast(after), fast(root));
 }
 
-void tst_DataValueSharing::sourceKeepsItsContentWhenTheCopyChanges()
+void tst_datavaluesharing::sourceKeepsItsContentWhenTheCopyChanges()
 {
     for (const CDataValue& source : {built(), parsed(kBuilt)}) {
         CDataValue copy(source);
@@ -133,7 +133,7 @@ void tst_DataValueSharing::sourceKeepsItsContentWhenTheCopyChanges()
     }
 }
 
-void tst_DataValueSharing::laterCopiesSeeEarlierChanges()
+void tst_datavaluesharing::laterCopiesSeeEarlierChanges()
 {
     CDataValue root = built();
     CDataValue& deep = listOf(root).arrayGet(2).mapGet("n");
@@ -147,7 +147,7 @@ void tst_DataValueSharing::laterCopiesSeeEarlierChanges()
     }
 }
 
-void tst_DataValueSharing::referencesOutliveCopyingAndChanging()
+void tst_datavaluesharing::referencesOutliveCopyingAndChanging()
 {
     CDataValue root = parsed(kBuilt);
     CDataValue& inner = listOf(root).arrayGet(1);
@@ -163,14 +163,14 @@ void tst_DataValueSharing::referencesOutliveCopyingAndChanging()
     QCOMPARE(fast(copy), QString(kBuilt));
 }
 
-void tst_DataValueSharing::partOutlivesTheWhole_data()
+void tst_datavaluesharing::partOutlivesTheWhole_data()
 {
     QTest::addColumn<int>("siblings");
     QTest::newRow("half of the whole") << 1;
     QTest::newRow("a small part of it") << 1000;
 }
 
-void tst_DataValueSharing::partOutlivesTheWhole()
+void tst_datavaluesharing::partOutlivesTheWhole()
 {
     QFETCH(int, siblings);
     CDataValue part;
@@ -189,7 +189,7 @@ void tst_DataValueSharing::partOutlivesTheWhole()
     QCOMPARE(fast(part), QString("{\"key\":[\"a text longer than any short one\",1,null,2]}\n"));
 }
 
-void tst_DataValueSharing::copyOfAStaleValueIsStale()
+void tst_datavaluesharing::copyOfAStaleValueIsStale()
 {
     CDataValue root = parsed("{\"a\":{\"b\":1}}");
     const CDataValue before(root);
@@ -203,7 +203,7 @@ void tst_DataValueSharing::copyOfAStaleValueIsStale()
     QCOMPARE(fast(before), QString("{\"a\":{\"b\":1}}\n"));
 }
 
-void tst_DataValueSharing::copyShowsTheNullBeyondTheEnd()
+void tst_datavaluesharing::copyShowsTheNullBeyondTheEnd()
 {
     CDataValue list = parsed("[1]");
     list.arrayInsert(4, CDataValue(2), false);
@@ -213,7 +213,7 @@ void tst_DataValueSharing::copyShowsTheNullBeyondTheEnd()
     QCOMPARE(fast(CDataValue(outer)), QString("[[1,null]]\n"));
 }
 
-void tst_DataValueSharing::copyOfACopyIsInStep()
+void tst_datavaluesharing::copyOfACopyIsInStep()
 {
     CDataValue root = parsed("{\"a\":{\"b\":{\"c\":1}}}");
     const CDataValue first(root);
@@ -223,7 +223,7 @@ void tst_DataValueSharing::copyOfACopyIsInStep()
     QCOMPARE(fast(first), QString("{\"a\":{\"b\":{\"c\":1}}}\n"));
 }
 
-void tst_DataValueSharing::commentsAreCopied()
+void tst_datavaluesharing::commentsAreCopied()
 {
     const CDataValue commented = parsed("{\"a\": // why\n [1, 2]}");
     CDataValue plain = parsed("{\"b\":[]}");
@@ -234,7 +234,7 @@ void tst_DataValueSharing::commentsAreCopied()
     QCOMPARE(styled, plain.parseToQString(STYLED_STYLE));
 }
 
-void tst_DataValueSharing::commentsDeepInsideAreCopiedAndRemoved()
+void tst_datavaluesharing::commentsDeepInsideAreCopiedAndRemoved()
 {
     CDataValue root = parsed("{\"a\":[[1],[{\"b\":[2, 3 // three\n]}]],\"z\":{}}");
     for (int i = 0; i < 2; ++i) { // packing is tried in vain once
@@ -249,7 +249,7 @@ void tst_DataValueSharing::commentsDeepInsideAreCopiedAndRemoved()
     QCOMPARE(fast(CDataValue(root)), QString("{\"a\":[[1],[{\"b\":5}]],\"z\":{}}\n"));
 }
 
-void tst_DataValueSharing::addressesAreNotShared()
+void tst_datavaluesharing::addressesAreNotShared()
 {
     int object = 0;
     CDataValue list = parsed("[[1],[2]]");
@@ -271,7 +271,7 @@ void tst_DataValueSharing::addressesAreNotShared()
     QVERIFY(CDataValue(holder).isHasAddressType());
 }
 
-void tst_DataValueSharing::membersOfACopyAreFound()
+void tst_datavaluesharing::membersOfACopyAreFound()
 {
     QString text = "{";
     for (int i = 100; i < 140; ++i)
@@ -285,7 +285,7 @@ void tst_DataValueSharing::membersOfACopyAreFound()
     QVERIFY(!parsed("[\"a\",1]").mapIsMember("a")); // an array has no members
 }
 
-void tst_DataValueSharing::sharedValuesAreEqual()
+void tst_datavaluesharing::sharedValuesAreEqual()
 {
     const CDataValue packed = parsed(kBuilt);
     QVERIFY(packed.isEqual(CDataValue(packed)));
@@ -302,7 +302,7 @@ void tst_DataValueSharing::sharedValuesAreEqual()
     }
 }
 
-void tst_DataValueSharing::emptyContainersStaySo()
+void tst_datavaluesharing::emptyContainersStaySo()
 {
     for (const char* text : {"[]", "{}", "[[],{}]", "{\"a\":{},\"b\":[]}"}) {
         CDataValue value = parsed(text);
@@ -316,7 +316,7 @@ void tst_DataValueSharing::emptyContainersStaySo()
     }
 }
 
-void tst_DataValueSharing::copiesMayLiveInOtherThreads()
+void tst_datavaluesharing::copiesMayLiveInOtherThreads()
 {
     auto source = std::make_unique<CDataValue>(parsed(kBuilt));
     std::vector<std::thread> threads;
@@ -338,7 +338,7 @@ void tst_DataValueSharing::copiesMayLiveInOtherThreads()
         QVERIFY2(text.startsWith("{\"list\":[{\"n\":199,"), qPrintable(text));
 }
 
-void tst_DataValueSharing::deepTreesAreCopiedAndChanged()
+void tst_datavaluesharing::deepTreesAreCopiedAndChanged()
 {
     constexpr int kDepth = 20000;
     CDataValue value(1);
@@ -358,5 +358,5 @@ void tst_DataValueSharing::deepTreesAreCopiedAndChanged()
     QVERIFY(!copy.isEqual(value));
 }
 
-QTEST_APPLESS_MAIN(tst_DataValueSharing)
+QTEST_APPLESS_MAIN(tst_datavaluesharing)
 #include "tst_datavaluesharing.moc"

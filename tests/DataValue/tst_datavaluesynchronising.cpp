@@ -3,7 +3,7 @@
 #include <QtTest>
 
 /// When a change reaches the text of which container.
-class tst_DataValueSynchronising : public QObject
+class tst_datavaluesynchronising : public QObject
 {
     Q_OBJECT
 
@@ -19,7 +19,7 @@ private Q_SLOTS:
     void dataValueFindReadsTheChildren();
 };
 
-void tst_DataValueSynchronising::childChangesStayBelowUntilSynchronised()
+void tst_datavaluesynchronising::childChangesStayBelowUntilSynchronised()
 {
     CDataValue root = parsed("{\"a\":{\"b\":1},\"z\":[]}");
     root.mapGet("a").mapSet("b", CDataValue(2), false);
@@ -32,7 +32,7 @@ void tst_DataValueSynchronising::childChangesStayBelowUntilSynchronised()
     QCOMPARE(fast(root), QString("{\"a\":{\"b\":2,\"c\":3},\"d\":4,\"z\":[5]}\n"));
 }
 
-void tst_DataValueSynchronising::flagReachesAllAncestors()
+void tst_datavaluesynchronising::flagReachesAllAncestors()
 {
     CDataValue root = parsed("{\"a\":[{\"b\":[0]}]}");
     CDataValue& b = root.mapGet("a").arrayGet(0).mapGet("b");
@@ -46,7 +46,7 @@ void tst_DataValueSynchronising::flagReachesAllAncestors()
     QCOMPARE(fast(root), QString("{\"a\":[{}]}\n"));
 }
 
-void tst_DataValueSynchronising::storedChildrenAreCompleteCopies()
+void tst_datavaluesynchronising::storedChildrenAreCompleteCopies()
 {
     CDataValue child = parsed("{\"x\":[]}");
     child.mapGet("x").arrayAppend(CDataValue(1), false);
@@ -58,7 +58,7 @@ void tst_DataValueSynchronising::storedChildrenAreCompleteCopies()
     QCOMPARE(fast(root), QString("{\"complete\":{\"x\":[1]},\"stale\":{\"x\":[]}}\n"));
 }
 
-void tst_DataValueSynchronising::referencesSurviveGrowingArrays()
+void tst_datavaluesynchronising::referencesSurviveGrowingArrays()
 {
     CDataValue array(ARRAY_VALUE);
     for (int i = 0; i < 100; ++i) {
@@ -71,7 +71,7 @@ void tst_DataValueSynchronising::referencesSurviveGrowingArrays()
     QVERIFY(fast(array).endsWith("{},{\"x\":1}]\n"));
 }
 
-void tst_DataValueSynchronising::valueMayComeFromTheSameTree()
+void tst_datavaluesynchronising::valueMayComeFromTheSameTree()
 {
     CDataValue map = parsed("{\"a\":[1]}");
     map.mapSet("self", map, false);
@@ -93,7 +93,7 @@ void tst_DataValueSynchronising::valueMayComeFromTheSameTree()
     QCOMPARE(fast(null), QString("{\"a\":null}\n"));
 }
 
-void tst_DataValueSynchronising::synchJsonDataReachesDownNotUp()
+void tst_datavaluesynchronising::synchJsonDataReachesDownNotUp()
 {
     CDataValue root = parsed("{\"a\":{\"b\":{\"c\":[]}}}");
     CDataValue& a = root.mapGet("a");
@@ -108,7 +108,7 @@ void tst_DataValueSynchronising::synchJsonDataReachesDownNotUp()
     QCOMPARE(scalar.asInt(), 5);
 }
 
-void tst_DataValueSynchronising::synchPreDataPointLeavesItsOwnText()
+void tst_datavaluesynchronising::synchPreDataPointLeavesItsOwnText()
 {
     CDataValue root = parsed("{\"a\":{\"b\":[]}}");
     root.mapGet("a").mapGet("b").arrayAppend(CDataValue(1), false);
@@ -117,7 +117,7 @@ void tst_DataValueSynchronising::synchPreDataPointLeavesItsOwnText()
     QCOMPARE(fast(root), QString("{\"a\":{\"b\":[]}}\n"));
 }
 
-void tst_DataValueSynchronising::synPreDataValueWalksUpwards()
+void tst_datavaluesynchronising::synPreDataValueWalksUpwards()
 {
     CDataValue root = parsed("{\"a\":{\"b\":[]},\"z\":[]}");
     CDataValue& b = root.mapGet("a").mapGet("b");
@@ -129,7 +129,7 @@ void tst_DataValueSynchronising::synPreDataValueWalksUpwards()
     unrelated.synPreDataValue(nullptr);
 }
 
-void tst_DataValueSynchronising::dataValueFindReadsTheChildren()
+void tst_datavaluesynchronising::dataValueFindReadsTheChildren()
 {
     CDataValue map = parsed("{\"a\":{\"k\":1}}");
     map.mapGet("a").mapSet("k", CDataValue(2), false);
@@ -141,6 +141,6 @@ void tst_DataValueSynchronising::dataValueFindReadsTheChildren()
     QCOMPARE(fast(found), QString("0\n2\n3\n"));
 }
 
-QTEST_APPLESS_MAIN(tst_DataValueSynchronising)
+QTEST_APPLESS_MAIN(tst_datavaluesynchronising)
 
 #include "tst_datavaluesynchronising.moc"

@@ -62,7 +62,7 @@ void addReals()
 
 } // namespace
 
-class tst_DataValueText : public QObject
+class tst_datavaluetext : public QObject
 {
     Q_OBJECT
 
@@ -94,7 +94,7 @@ private Q_SLOTS:
     void convertsJsonOneToOne();
 };
 
-void tst_DataValueText::writesScalars_data()
+void tst_datavaluetext::writesScalars_data()
 {
     QTest::addColumn<QString>("actual");
     QTest::addColumn<QString>("expected");
@@ -115,13 +115,13 @@ void tst_DataValueText::writesScalars_data()
     scalarRow("long long", CDataValue(1234567890123LL), "\"1234567890123\"\n");
 }
 
-void tst_DataValueText::writesScalars()
+void tst_datavaluetext::writesScalars()
 {
     QFETCH(QString, actual);
     QTEST(actual, "expected");
 }
 
-void tst_DataValueText::writesTheDescribedMap()
+void tst_datavaluetext::writesTheDescribedMap()
 {
     CDataValue list(ARRAY_VALUE);
     list.arrayAppend(CDataValue(true), false);
@@ -138,7 +138,7 @@ void tst_DataValueText::writesTheDescribedMap()
                                                        "}\n"));
 }
 
-void tst_DataValueText::escapesControlCharactersOnly()
+void tst_datavaluetext::escapesControlCharactersOnly()
 {
     QCOMPARE(fast(CDataValue("\"\\\b\f\n\r\t")), QString("\"\\\"\\\\\\b\\f\\n\\r\\t\"\n"));
     QCOMPARE(fast(CDataValue("\x01\x0b\x1f\x7f/")), QString("\"\\u0001\\u000B\\u001F\x7f/\"\n"));
@@ -148,7 +148,7 @@ void tst_DataValueText::escapesControlCharactersOnly()
     QCOMPARE(fast(CDataValue(smile)), "\"" + smile + "\"\n");
 }
 
-void tst_DataValueText::escapesKeysToo()
+void tst_datavaluetext::escapesKeysToo()
 {
     CDataValue map(MAP_VALUE);
     map.mapSet("a\"\n\xc3\xa9", CDataValue(1), false);
@@ -157,7 +157,7 @@ void tst_DataValueText::escapesKeysToo()
              QString::fromUtf8("{\n   \"a\\\"\\n\xc3\xa9\" : 1\n}\n"));
 }
 
-void tst_DataValueText::breaksStyledArraysAtTheMargin()
+void tst_datavaluetext::breaksStyledArraysAtTheMargin()
 {
     // "[ ", the quotation marks and " ]" leave 67 characters of a line of 73.
     const QByteArray longest(67, 'x');
@@ -168,7 +168,7 @@ void tst_DataValueText::breaksStyledArraysAtTheMargin()
     QCOMPARE(styled("[1,2,3,4,5,6,7,8,9,0,1,2,3,4,5,6,7,8,9,0,1,2,3,4]").count('\n'), 26);
 }
 
-void tst_DataValueText::opensNestedContainersBehindTheirKey()
+void tst_datavaluetext::opensNestedContainersBehindTheirKey()
 {
     QCOMPARE(styled("{\"a\":{\"b\":[],\"c\":{}},\"d\":[[1],{},{\"e\":null}]}"),
              QString("{\n"
@@ -187,7 +187,7 @@ void tst_DataValueText::opensNestedContainersBehindTheirKey()
     QCOMPARE(styled("[[],{}]"), QString("[ [], {} ]\n"));
 }
 
-void tst_DataValueText::unknownStyleLogsAndGivesANullString()
+void tst_datavaluetext::unknownStyleLogsAndGivesANullString()
 {
     LogCapture log;
     const QString text = CDataValue(5).parseToQString(static_cast<ENUM_STYLE>(2));
@@ -196,7 +196,7 @@ void tst_DataValueText::unknownStyleLogsAndGivesANullString()
     QVERIFY(log.contains("DataValue/datavalue parseToQString Parse style is not right! "));
 }
 
-void tst_DataValueText::staleChildIsWrittenAsItWas()
+void tst_datavaluetext::staleChildIsWrittenAsItWas()
 {
     CDataValue map = parsed("{\"a\":{\"b\":1}}");
     map.mapGet("a").mapSet("b", CDataValue(2), false);
@@ -205,7 +205,7 @@ void tst_DataValueText::staleChildIsWrittenAsItWas()
              QString("{\n   \"a\" : {\n      \"b\" : 1\n   }\n}\n"));
 }
 
-void tst_DataValueText::readsEveryKind()
+void tst_datavaluetext::readsEveryKind()
 {
     CDataValue map =
         parsed("{\"n\":null,\"i\":-3,\"u\":3000000000,\"r\":1.5,\"s\":\"x\",\"b\":true,"
@@ -223,7 +223,7 @@ void tst_DataValueText::readsEveryKind()
     QCOMPARE(parsed("\"x\"").asQString(), QString("x"));
 }
 
-void tst_DataValueText::readsNumbersAtTheLimits_data()
+void tst_datavaluetext::readsNumbersAtTheLimits_data()
 {
     QTest::addColumn<int>("kind");
     QTest::addColumn<QString>("written");
@@ -259,7 +259,7 @@ void tst_DataValueText::readsNumbersAtTheLimits_data()
     row("5.0000000000000001", REAL_VALUE, "5.0");
 }
 
-void tst_DataValueText::readsNumbersAtTheLimits()
+void tst_datavaluetext::readsNumbersAtTheLimits()
 {
     const QByteArray text = QTest::currentDataTag();
     QFETCH(int, kind);
@@ -272,7 +272,7 @@ void tst_DataValueText::readsNumbersAtTheLimits()
     QCOMPARE(fast(inside), "{\"a\":[" + written + "]}\n");
 }
 
-void tst_DataValueText::changesKindsOnTheWayAndBack()
+void tst_datavaluetext::changesKindsOnTheWayAndBack()
 {
     const auto back = [](const CDataValue& value) { return parsed(fast(value).toUtf8()); };
     QCOMPARE(back(CDataValue(5u)).type(), INT_VALUE);
@@ -284,14 +284,14 @@ void tst_DataValueText::changesKindsOnTheWayAndBack()
     QCOMPARE(back(CDataValue(std::nan(""))).type(), NULL_VALUE);
 }
 
-void tst_DataValueText::readsLongNumbersFromStrings()
+void tst_datavaluetext::readsLongNumbersFromStrings()
 {
     const CDataValue number = parsed(fast(CDataValue(1234567890123LL)).toUtf8());
     QCOMPARE(number.type(), STRING_VALUE);
     QCOMPARE(number.asLongLong(), 1234567890123LL);
 }
 
-void tst_DataValueText::refusesSyntaxErrorsSilently()
+void tst_datavaluetext::refusesSyntaxErrorsSilently()
 {
     LogCapture log;
     for (const char* text : {"",
@@ -329,7 +329,7 @@ void tst_DataValueText::refusesSyntaxErrorsSilently()
     QCOMPARE(log.lines(), QStringList());
 }
 
-void tst_DataValueText::nullPointerIsASyntaxError()
+void tst_datavaluetext::nullPointerIsASyntaxError()
 {
     CDataValue out(7);
     QVERIFY(!CDataValue::parseToDataValue(static_cast<const char*>(nullptr), out));
@@ -337,7 +337,7 @@ void tst_DataValueText::nullPointerIsASyntaxError()
     QCOMPARE(out.asInt(), 7);
 }
 
-void tst_DataValueText::keepsParentOfTheTarget()
+void tst_datavaluetext::keepsParentOfTheTarget()
 {
     CDataValue root = parsed("{\"a\":1}");
     CDataValue& a = root.mapGet("a");
@@ -347,7 +347,7 @@ void tst_DataValueText::keepsParentOfTheTarget()
     QCOMPARE(fast(root), QString("{\"a\":{\"b\":[1,2]}}\n"));
 }
 
-void tst_DataValueText::readsTextsOfBothStylesBack()
+void tst_datavaluetext::readsTextsOfBothStylesBack()
 {
     const QByteArray text =
         "{\"\":[],\"a\":[1,[true,null],{\"b\":\"\\u0001\xc3\xa9\\\\\"}],\"z\":-0.5}";
@@ -357,7 +357,7 @@ void tst_DataValueText::readsTextsOfBothStylesBack()
              QString::fromUtf8(text + "\n"));
 }
 
-void tst_DataValueText::keepsCommentsInStyledTextOnly()
+void tst_datavaluetext::keepsCommentsInStyledTextOnly()
 {
     const QByteArray text = "// head\n"
                             "{\n"
@@ -388,14 +388,14 @@ void tst_DataValueText::keepsCommentsInStyledTextOnly()
     QCOMPARE(copy.parseToQString(STYLED_STYLE), styled(text));
 }
 
-void tst_DataValueText::commentEndingInABlankHidesNothing()
+void tst_datavaluetext::commentEndingInABlankHidesNothing()
 {
     QCOMPARE(styled("[1, // one \n2]"), QString("[\n   1, // one \n   2\n]\n"));
     QCOMPARE(styled("{\"a\":1, // one \n\"b\":2 // two \n}"),
              QString("{\n   \"a\" : 1, // one \n   \"b\" : 2 // two \n}\n"));
 }
 
-void tst_DataValueText::changedMemberLosesItsComment()
+void tst_datavaluetext::changedMemberLosesItsComment()
 {
     CDataValue map = parsed("{\"a\":1, // one\n\"b\":2 // two\n}");
     map.mapSet("a", CDataValue(3), false);
@@ -406,7 +406,7 @@ void tst_DataValueText::changedMemberLosesItsComment()
              QString("{\n   \"a\" : 3,\n   \"b\" : 2, // two\n   // new\n   \"c\" : 4\n}\n"));
 }
 
-void tst_DataValueText::convertsJsonOneToOne()
+void tst_datavaluetext::convertsJsonOneToOne()
 {
     Json::Value json(Json::objectValue);
     json["int"] = Json::Value(std::numeric_limits<Json::Int>::min());
@@ -426,6 +426,6 @@ void tst_DataValueText::convertsJsonOneToOne()
     QCOMPARE(CDataValue::toValueType(Json::Value()), NULL_VALUE);
 }
 
-QTEST_APPLESS_MAIN(tst_DataValueText)
+QTEST_APPLESS_MAIN(tst_datavaluetext)
 
 #include "tst_datavaluetext.moc"

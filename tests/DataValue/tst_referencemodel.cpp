@@ -39,7 +39,7 @@ std::string fast(const std::list<ModelValue>& values)
 } // namespace
 
 /// The model judges CDataValue, so it is checked by itself, against literals written by hand.
-class tst_ReferenceModel : public QObject
+class tst_referencemodel : public QObject
 {
     Q_OBJECT
 
@@ -72,7 +72,7 @@ private Q_SLOTS:
     void nullReferenceIsReset();
 };
 
-void tst_ReferenceModel::writesScalars_data()
+void tst_referencemodel::writesScalars_data()
 {
     QTest::addColumn<QByteArray>("actual");
     QTest::addColumn<QByteArray>("expected");
@@ -98,20 +98,20 @@ void tst_ReferenceModel::writesScalars_data()
     row("address map", ModelValue(ADDRESS_MAP_VALUE), "null\n");
 }
 
-void tst_ReferenceModel::writesScalars()
+void tst_referencemodel::writesScalars()
 {
     QFETCH(QByteArray, actual);
     QTEST(actual, "expected");
 }
 
-void tst_ReferenceModel::escapesStrings()
+void tst_referencemodel::escapesStrings()
 {
     QCOMPARE(fast(ModelValue("\"\\\b\f\n\r\t/\x1f\x7f\xc3\xa9")),
              std::string("\"\\\"\\\\\\b\\f\\n\\r\\t/\\u001F\x7f\xc3\xa9\"\n"));
     QCOMPARE(fast(ModelValue(std::string("a\0b", 3))), std::string("\"a\\u0000b\"\n"));
 }
 
-void tst_ReferenceModel::writesCompactContainers()
+void tst_referencemodel::writesCompactContainers()
 {
     ModelValue map(MAP_VALUE);
     map.mapSet("vList", parsed("[true,2.5]"), false);
@@ -125,7 +125,7 @@ void tst_ReferenceModel::writesCompactContainers()
                                                  "}\n"));
 }
 
-void tst_ReferenceModel::writesStyledContainers()
+void tst_referencemodel::writesStyledContainers()
 {
     QCOMPARE(styled("{\"a\":{\"b\":[],\"c\":{}},\"d\":[[1],{}]}"), std::string("{\n"
                                                                                "   \"a\" : {\n"
@@ -145,7 +145,7 @@ void tst_ReferenceModel::writesStyledContainers()
     QCOMPARE(array.text(STYLED_STYLE), "[\n   \"" + longest + "x\"\n]\n");
 }
 
-void tst_ReferenceModel::keepsCommentsInStyledText()
+void tst_referencemodel::keepsCommentsInStyledText()
 {
     QCOMPARE(styled("[1, // one\n /* two */ 2]"), std::string("[\n"
                                                               "   1, // one\n"
@@ -158,7 +158,7 @@ void tst_ReferenceModel::keepsCommentsInStyledText()
     QCOMPARE(value.text(STYLED_STYLE), std::string("{\n   \"a\" : 1 // one\n}\n"));
 }
 
-void tst_ReferenceModel::styledLayoutIsJsonCpps_data()
+void tst_referencemodel::styledLayoutIsJsonCpps_data()
 {
     QTest::addColumn<QString>("json");
     const char* const texts[] = {
@@ -189,7 +189,7 @@ void tst_ReferenceModel::styledLayoutIsJsonCpps_data()
         QTest::addRow("text %d", ++number) << QString::fromLatin1(text);
 }
 
-void tst_ReferenceModel::styledLayoutIsJsonCpps()
+void tst_referencemodel::styledLayoutIsJsonCpps()
 {
     QFETCH(QString, json);
     Json::Value root;
@@ -202,7 +202,7 @@ void tst_ReferenceModel::styledLayoutIsJsonCpps()
     QT_WARNING_POP
 }
 
-void tst_ReferenceModel::readsNumbersByTheRule_data()
+void tst_referencemodel::readsNumbersByTheRule_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<int>("kind");
@@ -227,7 +227,7 @@ void tst_ReferenceModel::readsNumbersByTheRule_data()
     row("{\"a\":-2147483648}", MAP_VALUE, "{\"a\":-2147483648.0}\n");
 }
 
-void tst_ReferenceModel::readsNumbersByTheRule()
+void tst_referencemodel::readsNumbersByTheRule()
 {
     QFETCH(QByteArray, text);
     const ModelValue value = parsed(text.constData());
@@ -235,7 +235,7 @@ void tst_ReferenceModel::readsNumbersByTheRule()
     QTEST(QByteArray::fromStdString(fast(value)), "written");
 }
 
-void tst_ReferenceModel::refusesSyntaxErrors()
+void tst_referencemodel::refusesSyntaxErrors()
 {
     for (const char* text : {"", "{", "[1,", "nul", "\"a", "{\"a\"}", "{1:2}"}) {
         ModelValue out("before");
@@ -244,7 +244,7 @@ void tst_ReferenceModel::refusesSyntaxErrors()
     }
 }
 
-void tst_ReferenceModel::childChangeIsStaleUntilSynchronised()
+void tst_referencemodel::childChangeIsStaleUntilSynchronised()
 {
     ModelValue root = parsed("{\"a\":{\"b\":1},\"z\":[]}");
     ModelValue& a = root.mapGet("a");
@@ -257,7 +257,7 @@ void tst_ReferenceModel::childChangeIsStaleUntilSynchronised()
     QCOMPARE(fast(root), std::string("{\"a\":{\"b\":2},\"c\":3,\"z\":[0]}\n"));
 }
 
-void tst_ReferenceModel::flagReachesEveryAncestor()
+void tst_referencemodel::flagReachesEveryAncestor()
 {
     ModelValue root = parsed("{\"a\":[{\"b\":{}}]}");
     ModelValue& b = root.mapGet("a").arrayGet(0).mapGet("b");
@@ -267,7 +267,7 @@ void tst_ReferenceModel::flagReachesEveryAncestor()
     QCOMPARE(fast(root), std::string("{\"a\":[{\"b\":{\"c\":1,\"d\":2}}]}\n"));
 }
 
-void tst_ReferenceModel::copyKeepsItsOwnStaleText()
+void tst_referencemodel::copyKeepsItsOwnStaleText()
 {
     ModelValue root = parsed("{\"a\":{\"b\":{}}}");
     root.mapGet("a").mapGet("b").mapSet("c", ModelValue(1), false);
@@ -280,7 +280,7 @@ void tst_ReferenceModel::copyKeepsItsOwnStaleText()
     QCOMPARE(fast(root), std::string("{\"a\":{\"b\":{}}}\n"));
 }
 
-void tst_ReferenceModel::storedValueKeepsItsOwnStaleText()
+void tst_referencemodel::storedValueKeepsItsOwnStaleText()
 {
     ModelValue value = parsed("{\"a\":[]}");
     value.mapGet("a").arrayAppend(ModelValue(1), false);
@@ -292,7 +292,7 @@ void tst_ReferenceModel::storedValueKeepsItsOwnStaleText()
     QCOMPARE(fast(root), std::string("[{\"a\":[1]},2]\n"));
 }
 
-void tst_ReferenceModel::insertBeyondTheEndLeavesANull()
+void tst_referencemodel::insertBeyondTheEndLeavesANull()
 {
     ModelValue array = parsed("[1,2]");
     array.arrayInsert(5, ModelValue(9), true);
@@ -308,7 +308,7 @@ void tst_ReferenceModel::insertBeyondTheEndLeavesANull()
     QCOMPARE(fast(array), std::string("[1,0,2,3]\n"));
 }
 
-void tst_ReferenceModel::onePastTheEndThrows()
+void tst_referencemodel::onePastTheEndThrows()
 {
     ModelValue array = parsed("[1,2]");
     QVERIFY_EXCEPTION_THROWN(array.arrayGet(2), std::out_of_range);
@@ -317,7 +317,7 @@ void tst_ReferenceModel::onePastTheEndThrows()
     QVERIFY(&array.arrayGet(4) == &ModelValue::null());
 }
 
-void tst_ReferenceModel::removalRebuildsFromTheText()
+void tst_referencemodel::removalRebuildsFromTheText()
 {
     ModelValue map = parsed("{\"a\":{\"b\":1},\"c\":2}");
     map.mapGet("a").mapSet("b", ModelValue(9), false);
@@ -331,7 +331,7 @@ void tst_ReferenceModel::removalRebuildsFromTheText()
     QCOMPARE(fast(array), std::string("[[1],[4]]\n"));
 }
 
-void tst_ReferenceModel::removalIsClampedToTheElements()
+void tst_referencemodel::removalIsClampedToTheElements()
 {
     ModelValue array = parsed("[1,2,3]");
     QCOMPARE(fast(array.arrayRemove(1, -1, false)), std::string("[]\n"));
@@ -343,7 +343,7 @@ void tst_ReferenceModel::removalIsClampedToTheElements()
     QCOMPARE(fast(array), std::string("[1,2]\n"));
 }
 
-void tst_ReferenceModel::swappedChildrenNameNoParent()
+void tst_referencemodel::swappedChildrenNameNoParent()
 {
     ModelValue root = parsed("{\"a\":{}}");
     ModelValue other(7);
@@ -356,7 +356,7 @@ void tst_ReferenceModel::swappedChildrenNameNoParent()
     QCOMPARE(fast(other), std::string("{\"a\":{\"b\":1,\"c\":2}}\n"));
 }
 
-void tst_ReferenceModel::findsDepthFirst()
+void tst_referencemodel::findsDepthFirst()
 {
     const ModelValue map =
         parsed("{\"k\":{\"k\":1},\"B\":[{\"k\":2},[{\"k\":3}],4],\"a\":{\"k\":[]}}");
@@ -371,7 +371,7 @@ void tst_ReferenceModel::findsDepthFirst()
     QCOMPARE(fast(found), std::string("2\n"));
 }
 
-void tst_ReferenceModel::addressArraysAreReachedAtZeroOnly()
+void tst_referencemodel::addressArraysAreReachedAtZeroOnly()
 {
     ModelValue array;
     QCOMPARE(array.addressArrayAppend(ModelValue(1)), 0u);
@@ -385,7 +385,7 @@ void tst_ReferenceModel::addressArraysAreReachedAtZeroOnly()
     QCOMPARE(array.addressArrayGet(0).asInt(), 2);
 }
 
-void tst_ReferenceModel::addressesBreakOrdinaryContainers()
+void tst_referencemodel::addressesBreakOrdinaryContainers()
 {
     const ModelValue address(static_cast<const void*>("x"));
     ModelValue array(ARRAY_VALUE);
@@ -397,7 +397,7 @@ void tst_ReferenceModel::addressesBreakOrdinaryContainers()
     QVERIFY_EXCEPTION_THROWN(array.arrayCount(), BrokenPrecondition);
 }
 
-void tst_ReferenceModel::assignmentLinksChildrenOfAddressMaps()
+void tst_referencemodel::assignmentLinksChildrenOfAddressMaps()
 {
     ModelValue root(MAP_VALUE);
     root.mapSet("list", ModelValue(ARRAY_VALUE), false);
@@ -413,7 +413,7 @@ void tst_ReferenceModel::assignmentLinksChildrenOfAddressMaps()
     QCOMPARE(fast(root), std::string("{\"a\":null,\"list\":[1]}\n"));
 }
 
-void tst_ReferenceModel::nullReferenceIsReset()
+void tst_referencemodel::nullReferenceIsReset()
 {
     ModelValue map(MAP_VALUE);
     map.mapGet("missing") = ModelValue(5);
@@ -421,6 +421,6 @@ void tst_ReferenceModel::nullReferenceIsReset()
     QCOMPARE(map.mapGet("missing").type(), NULL_VALUE);
 }
 
-QTEST_APPLESS_MAIN(tst_ReferenceModel)
+QTEST_APPLESS_MAIN(tst_referencemodel)
 
 #include "tst_referencemodel.moc"

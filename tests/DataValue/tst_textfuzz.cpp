@@ -75,7 +75,7 @@ std::vector<std::string> corpus()
 
 /// Reading JSON text from strangers: the corpus as it is, changed at random, and made-up texts.
 /// A text that once crashed belongs into the corpus.
-class tst_TextFuzz : public QObject
+class tst_textfuzz : public QObject
 {
     Q_OBJECT
 
@@ -85,7 +85,7 @@ private Q_SLOTS:
     void readsMutatedAndGeneratedTexts();
 };
 
-void tst_TextFuzz::replaysTheCorpus()
+void tst_textfuzz::replaysTheCorpus()
 {
     const std::vector<std::string> texts = corpus();
     QVERIFY(texts.size() >= 14);
@@ -95,7 +95,7 @@ void tst_TextFuzz::replaysTheCorpus()
     }
 }
 
-void tst_TextFuzz::cutsTheCorpusAtEveryByte()
+void tst_textfuzz::cutsTheCorpusAtEveryByte()
 {
     for (const std::string& text : corpus()) {
         for (std::size_t length = 0; length < text.size(); ++length) {
@@ -106,7 +106,7 @@ void tst_TextFuzz::cutsTheCorpusAtEveryByte()
     }
 }
 
-void tst_TextFuzz::readsMutatedAndGeneratedTexts()
+void tst_textfuzz::readsMutatedAndGeneratedTexts()
 {
     const quint32 seed = seedOfThisRun();
     const int steps = stepsOfThisRun(12000);
@@ -132,6 +132,6 @@ void tst_TextFuzz::readsMutatedAndGeneratedTexts()
     QVERIFY(accepted < steps - steps / 20);
 }
 
-QTEST_APPLESS_MAIN(tst_TextFuzz)
+QTEST_APPLESS_MAIN(tst_textfuzz)
 
 #include "tst_textfuzz.moc"

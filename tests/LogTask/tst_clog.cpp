@@ -14,7 +14,7 @@
 #include <memory>
 
 /// The log of a whole process, with its settings beside the executable.
-class tst_CLog : public QObject
+class tst_clog : public QObject
 {
     Q_OBJECT
 
@@ -70,18 +70,18 @@ private:
     std::unique_ptr<LoggingProgram> m_program;
 };
 
-void tst_CLog::initTestCase()
+void tst_clog::initTestCase()
 {
     qputenv("SUDO_USER", "alice");
 }
 
-void tst_CLog::init()
+void tst_clog::init()
 {
     m_program = std::make_unique<LoggingProgram>(HELPER_LOGPROGRAM);
     setSettings("TYPE=1\n");
 }
 
-void tst_CLog::namesTheFileByProgramUserAndDay()
+void tst_clog::namesTheFileByProgramUserAndDay()
 {
     const InstalledProgram program(HELPER_LOGPROGRAM); // no settings file
     const QDate before = QDate::currentDate();
@@ -98,7 +98,7 @@ void tst_CLog::namesTheFileByProgramUserAndDay()
              startBanner + "T hello\r\n" + endBanner);
 }
 
-void tst_CLog::namesTheDayInPlainDigits()
+void tst_clog::namesTheDayInPlainDigits()
 {
     setSettings("");
     const QByteArray locale = qgetenv("LC_ALL");
@@ -115,7 +115,7 @@ void tst_CLog::namesTheDayInPlainDigits()
     QVERIFY2(name.match(files[0]).hasMatch(), qPrintable(files[0]));
 }
 
-void tst_CLog::appendsOnTheSameDay()
+void tst_clog::appendsOnTheSameDay()
 {
     setSettings("");
     run(actions({"log=one"}));
@@ -126,7 +126,7 @@ void tst_CLog::appendsOnTheSameDay()
     QCOMPARE(text, startBanner + "T one\r\n" + endBanner + startBanner + "T two\r\n" + endBanner);
 }
 
-void tst_CLog::takesAGivenPathAsItIs()
+void tst_clog::takesAGivenPathAsItIs()
 {
     const QString odd = m_program->path(QString::fromUtf8("a \xC3\xA9 log.txt"));
     QCOMPARE(run({"initpath=" + odd, "log=hello", "destroy"}).out, QByteArray("on\n"));
@@ -134,7 +134,7 @@ void tst_CLog::takesAGivenPathAsItIs()
     QVERIFY(!QFile::exists(m_program->path("bin/Log")));
 }
 
-void tst_CLog::truncatesOrAppendsByPolicy_data()
+void tst_clog::truncatesOrAppendsByPolicy_data()
 {
     QTest::addColumn<QByteArray>("type");
     QTest::addColumn<bool>("appends");
@@ -143,7 +143,7 @@ void tst_CLog::truncatesOrAppendsByPolicy_data()
     QTest::newRow("7") << QByteArray("7") << false;
 }
 
-void tst_CLog::truncatesOrAppendsByPolicy()
+void tst_clog::truncatesOrAppendsByPolicy()
 {
     QFETCH(QByteArray, type);
     QFETCH(bool, appends);
@@ -154,7 +154,7 @@ void tst_CLog::truncatesOrAppendsByPolicy()
     QCOMPARE(log(), (appends ? first : QByteArray()) + startBanner + "T two\r\n" + endBanner);
 }
 
-void tst_CLog::startsALargeFileAnew_data()
+void tst_clog::startsALargeFileAnew_data()
 {
     QTest::addColumn<int>("size");
     QTest::addColumn<bool>("kept");
@@ -162,7 +162,7 @@ void tst_CLog::startsALargeFileAnew_data()
     QTest::newRow("100 bytes") << 100 << false;
 }
 
-void tst_CLog::startsALargeFileAnew()
+void tst_clog::startsALargeFileAnew()
 {
     QFETCH(int, size);
     QFETCH(bool, kept);
@@ -179,7 +179,7 @@ void tst_CLog::startsALargeFileAnew()
     QVERIFY(text.endsWith("flush to file \r\nT last\r\n" + endBanner));
 }
 
-void tst_CLog::writesEachLineForm_data()
+void tst_clog::writesEachLineForm_data()
 {
     QTest::addColumn<QString>("action");
     QTest::addColumn<QByteArray>("withTime");
@@ -207,7 +207,7 @@ void tst_CLog::writesEachLineForm_data()
     row("FlushLog", "flush", "flush to file ", "flush to file ");
 }
 
-void tst_CLog::writesEachLineForm()
+void tst_clog::writesEachLineForm()
 {
     QFETCH(QString, action);
     QFETCH(QByteArray, withTime);
@@ -223,27 +223,27 @@ void tst_CLog::writesEachLineForm()
     }
 }
 
-void tst_CLog::writesTheErrorText()
+void tst_clog::writesTheErrorText()
 {
     setSettings("TYPE=1\n[CODE]\n1A=x\nzz=x\n=x\n1a=No signal\n");
     run(actions({"err=26:dial", "err=27:dial"}));
     QCOMPARE(lines(), QByteArray("T dial Error code:1a No signal\r\nT dial Error code:1b \r\n"));
 }
 
-void tst_CLog::dropsTheLastCharacterOfAnUnfinishedTable()
+void tst_clog::dropsTheLastCharacterOfAnUnfinishedTable()
 {
     setSettings("TYPE=1\n[CODE]\n1A=No signal");
     run(actions({"err=26:dial"}));
     QCOMPARE(lines(), QByteArray("T dial Error code:1a No signa\r\n"));
 }
 
-void tst_CLog::writesABegunLineWithoutItsStamp()
+void tst_clog::writesABegunLineWithoutItsStamp()
 {
     run({"begin", "initpath=" + path(), "end=late", "destroy"});
     QCOMPARE(lines(), QByteArray("late \r\n"));
 }
 
-void tst_CLog::cutsLongMessages_data()
+void tst_clog::cutsLongMessages_data()
 {
     QTest::addColumn<QString>("action");
     QTest::addColumn<QByteArray>("line");
@@ -260,7 +260,7 @@ void tst_CLog::cutsLongMessages_data()
                                   << "T " + cut + " Error code:1 ";
 }
 
-void tst_CLog::cutsLongMessages()
+void tst_clog::cutsLongMessages()
 {
     QFETCH(QString, action);
     QFETCH(QByteArray, line);
@@ -268,14 +268,14 @@ void tst_CLog::cutsLongMessages()
     QCOMPARE(lines(), line + "\r\n");
 }
 
-void tst_CLog::cutsNoCharacterInTwo()
+void tst_clog::cutsNoCharacterInTwo()
 {
     const QString text = QString(1022, 'x') + QString::fromUtf8("\xC3\xA9");
     run(actions({"log=" + text}));
     QCOMPARE(lines(), "T " + QByteArray(1022, 'x') + "\r\n");
 }
 
-void tst_CLog::cutsContents_data()
+void tst_clog::cutsContents_data()
 {
     QTest::addColumn<QByteArray>("setting");
     QTest::addColumn<int>("shown");
@@ -284,7 +284,7 @@ void tst_CLog::cutsContents_data()
     QTest::newRow("none") << QByteArray("MAXLINE=0\n") << 0;
 }
 
-void tst_CLog::cutsContents()
+void tst_clog::cutsContents()
 {
     QFETCH(QByteArray, setting);
     QFETCH(int, shown);
@@ -297,14 +297,14 @@ void tst_CLog::cutsContents()
     QCOMPARE(lines(), "T M deviceservice_global getDeviceIDByDeviceName " + text + " \r\n");
 }
 
-void tst_CLog::goesOnAfterALineThatNeverFits()
+void tst_clog::goesOnAfterALineThatNeverFits()
 {
     setSettings("TYPE=1\nMAXQUEUE=20\n");
     run(actions({"repeat=100", "written", "log=short"}));
     QCOMPARE(lines(), QByteArray("1 lines lost here\r\nT short\r\n"));
 }
 
-void tst_CLog::echoesWhatItWrites()
+void tst_clog::echoesWhatItWrites()
 {
     const QByteArray table = "[CODE]\n1A=No signal\n";
     setSettings("TYPE=1\n" + table);
@@ -315,7 +315,7 @@ void tst_CLog::echoesWhatItWrites()
     QCOMPARE(lines(), QByteArray(written).replace("\n", "\r\n"));
 }
 
-void tst_CLog::echoesNothingWhenToldSo()
+void tst_clog::echoesNothingWhenToldSo()
 {
     setSettings("TYPE=1\nDEBUG=false\n");
     const Result result = run(actions({"log=a", "err=1:a", "stream=a", "number=5"}));
@@ -323,7 +323,7 @@ void tst_CLog::echoesNothingWhenToldSo()
     QCOMPARE(lines(), QByteArray("T a\r\nT a Error code:1 \r\nT M a \r\n5\r\n"));
 }
 
-void tst_CLog::doesNothingWhenSwitchedOff()
+void tst_clog::doesNothingWhenSwitchedOff()
 {
     setSettings("VALID=false\nTYPE=1\n");
     const Result result =
@@ -335,7 +335,7 @@ void tst_CLog::doesNothingWhenSwitchedOff()
     QVERIFY(!QFile::exists(path()));
 }
 
-void tst_CLog::readsItsSettingsOnce()
+void tst_clog::readsItsSettingsOnce()
 {
     const QString other = m_program->path("other");
     const Result result =
@@ -345,7 +345,7 @@ void tst_CLog::readsItsSettingsOnce()
     QVERIFY(!QFile::exists(other));
 }
 
-void tst_CLog::debugCallsWorkOnlyWhileTheLogIsOff()
+void tst_clog::debugCallsWorkOnlyWhileTheLogIsOff()
 {
     const Result result = run({"debug=before", "initpath=" + path(), "debug=while", "destroy",
                                "debug=after", "repeatdebug=1048580"});
@@ -355,7 +355,7 @@ void tst_CLog::debugCallsWorkOnlyWhileTheLogIsOff()
     QVERIFY(withoutTimes(result.err) == "T before\nT after\nT " + longest + "\n");
 }
 
-void tst_CLog::endsTwice()
+void tst_clog::endsTwice()
 {
     const Result result =
         run(actions({"log=a", "destroy", "state", "log=b", "stream=b", "err=1:b", "flush"}));
@@ -364,14 +364,14 @@ void tst_CLog::endsTwice()
     QCOMPARE(lines(), QByteArray("T a\r\n"));
 }
 
-void tst_CLog::startsAgainAfterItsEnd()
+void tst_clog::startsAgainAfterItsEnd()
 {
     setSettings("TYPE=2\n");
     run(actions({"log=a"}) + actions({"log=b"}));
     QCOMPARE(log(), startBanner + "T a\r\n" + endBanner + startBanner + "T b\r\n" + endBanner);
 }
 
-void tst_CLog::worksWithoutAndAcrossAnApplicationObject()
+void tst_clog::worksWithoutAndAcrossAnApplicationObject()
 {
     const QString text = QString::fromUtf8("text=\xC3\xA9");
     const Result result =
@@ -382,7 +382,7 @@ void tst_CLog::worksWithoutAndAcrossAnApplicationObject()
     QCOMPARE(result.err, QByteArray("\xC3\xA9\n\xC3\xA9\n\xC3\xA9\n"));
 }
 
-void tst_CLog::stopsTheProcessOnAnEmptyPath()
+void tst_clog::stopsTheProcessOnAnEmptyPath()
 {
     const Result result = run({"initpath=", "log=a"});
     QCOMPARE(result.code, ChildProcess::kCrashed);
@@ -391,7 +391,7 @@ void tst_CLog::stopsTheProcessOnAnEmptyPath()
     QVERIFY2(message.match(result.err).hasMatch(), result.err.constData());
 }
 
-void tst_CLog::losesLinesOfAFileThatCannotBeOpened()
+void tst_clog::losesLinesOfAFileThatCannotBeOpened()
 {
     const QString below = m_program->path("missing/log");
     const Result result = run({"initpath=" + below, "stream=a", "flush", "written", "destroy"});
@@ -400,7 +400,7 @@ void tst_CLog::losesLinesOfAFileThatCannotBeOpened()
     QVERIFY(!QFile::exists(below));
 }
 
-void tst_CLog::callersDoNotWaitForTheDisk()
+void tst_clog::callersDoNotWaitForTheDisk()
 {
     setSettings("TYPE=1\nDEBUG=false\n");
     // A pipe that nobody reads: the writer stands still after 64 KiB.
@@ -427,7 +427,7 @@ void tst_CLog::callersDoNotWaitForTheDisk()
     QVERIFY(marks.contains("T M line 19999 \r\nflush to file \r\n"));
 }
 
-void tst_CLog::offersItsSignalsInOrder()
+void tst_clog::offersItsSignalsInOrder()
 {
     const QMetaObject& meta = CLog::staticMetaObject;
     QCOMPARE(meta.methodCount() - meta.methodOffset(), 2);
@@ -439,5 +439,5 @@ void tst_CLog::offersItsSignalsInOrder()
     QCOMPARE(second.methodSignature(), QByteArray("flushLog()"));
 }
 
-QTEST_GUILESS_MAIN(tst_CLog)
+QTEST_GUILESS_MAIN(tst_clog)
 #include "tst_clog.moc"

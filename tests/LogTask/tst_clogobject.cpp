@@ -9,7 +9,7 @@
 
 #include <memory>
 
-class tst_CLogObject : public QObject
+class tst_clogobject : public QObject
 {
     Q_OBJECT
 
@@ -51,25 +51,25 @@ QByteArray withoutTimes(const QByteArray& text)
 
 } // namespace
 
-void tst_CLogObject::init()
+void tst_clogobject::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
     QVERIFY(m_folder->isValid());
 }
 
-QByteArray tst_CLogObject::content() const
+QByteArray tst_clogobject::content() const
 {
     QFile file(path());
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
 }
 
-void tst_CLogObject::writesBanners()
+void tst_clogobject::writesBanners()
 {
     open().reset();
     QCOMPARE(withoutTimes(content()), QByteArray("\r\nStart Log--T\r\n\r\nEnd Log--T\r\n"));
 }
 
-void tst_CLogObject::truncatesOrAppends()
+void tst_clogobject::truncatesOrAppends()
 {
     const QByteArray run = "\r\nStart Log--T\r\n\r\nEnd Log--T\r\n";
     open().reset();
@@ -79,7 +79,7 @@ void tst_CLogObject::truncatesOrAppends()
     QCOMPARE(withoutTimes(content()), run);
 }
 
-void tst_CLogObject::endsALineWhenAsked()
+void tst_clogobject::endsALineWhenAsked()
 {
     auto writer = open();
     writer->WriteLog("one", true);
@@ -90,14 +90,14 @@ void tst_CLogObject::endsALineWhenAsked()
              QByteArray("\r\nStart Log--T\r\none\r\ntwothree\r\n\r\nEnd Log--T\r\n"));
 }
 
-void tst_CLogObject::keepsTextUntilItFlushes()
+void tst_clogobject::keepsTextUntilItFlushes()
 {
     const auto writer = open();
     writer->WriteLog("one", true);
     QCOMPARE(content(), QByteArray());
 }
 
-void tst_CLogObject::keepsTheOrderOfTextsAndBytes()
+void tst_clogobject::keepsTheOrderOfTextsAndBytes()
 {
     auto writer = open();
     writer->WriteLog("one", true);
@@ -112,14 +112,14 @@ void tst_CLogObject::keepsTheOrderOfTextsAndBytes()
     QCOMPARE(withoutTimes(content()), expected + "three\r\n\r\nEnd Log--T\r\n");
 }
 
-void tst_CLogObject::flushesEachTextWhenSet()
+void tst_clogobject::flushesEachTextWhenSet()
 {
     const auto writer = open(false, true);
     writer->WriteLog("one", false);
     QCOMPARE(withoutTimes(content()), QByteArray("\r\nStart Log--T\r\none"));
 }
 
-void tst_CLogObject::flushesOnRequestWithAMark()
+void tst_clogobject::flushesOnRequestWithAMark()
 {
     const auto writer = open();
     writer->WriteLog("one", true);
@@ -127,7 +127,7 @@ void tst_CLogObject::flushesOnRequestWithAMark()
     QCOMPARE(withoutTimes(content()), QByteArray("\r\nStart Log--T\r\none\r\nflush to file \r\n"));
 }
 
-void tst_CLogObject::flushesOnATimerEvent()
+void tst_clogobject::flushesOnATimerEvent()
 {
     const auto writer = open();
     writer->WriteLog("one", true);
@@ -136,7 +136,7 @@ void tst_CLogObject::flushesOnATimerEvent()
     QCOMPARE(withoutTimes(content()), QByteArray("\r\nStart Log--T\r\none\r\n"));
 }
 
-void tst_CLogObject::writesTheLocalEncoding()
+void tst_clogobject::writesTheLocalEncoding()
 {
     auto writer = open();
     const QString text = QString::fromUtf8("\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80");
@@ -146,7 +146,7 @@ void tst_CLogObject::writesTheLocalEncoding()
     QVERIFY(content().contains("\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80")); // tests run in UTF-8
 }
 
-void tst_CLogObject::losesLinesWhenTheFileCannotBeOpened()
+void tst_clogobject::losesLinesWhenTheFileCannotBeOpened()
 {
     const QString below = m_folder->filePath("missing/log");
     CLogObject writer(below, false, true, true, nullptr);
@@ -158,7 +158,7 @@ void tst_CLogObject::losesLinesWhenTheFileCannotBeOpened()
     QVERIFY(QDir(m_folder->path()).isEmpty());
 }
 
-void tst_CLogObject::goesOnAfterAFullDisk()
+void tst_clogobject::goesOnAfterAFullDisk()
 {
     auto writer = open(false, true);
     {
@@ -172,7 +172,7 @@ void tst_CLogObject::goesOnAfterAFullDisk()
     QVERIFY(QFile(path()).size() < 50 * 1000);
 }
 
-void tst_CLogObject::offersItsSlotsInOrder()
+void tst_clogobject::offersItsSlotsInOrder()
 {
     const QMetaObject& meta = CLogObject::staticMetaObject;
     QCOMPARE(meta.methodCount() - meta.methodOffset(), 2);
@@ -181,5 +181,5 @@ void tst_CLogObject::offersItsSlotsInOrder()
     QCOMPARE(meta.method(meta.methodOffset() + 1).methodSignature(), QByteArray("flushLog()"));
 }
 
-QTEST_GUILESS_MAIN(tst_CLogObject)
+QTEST_GUILESS_MAIN(tst_clogobject)
 #include "tst_clogobject.moc"

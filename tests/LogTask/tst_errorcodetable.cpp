@@ -7,7 +7,7 @@
 #include <thread>
 #include <vector>
 
-class tst_ErrorCodeTable : public QObject
+class tst_errorcodetable : public QObject
 {
     Q_OBJECT
 
@@ -34,7 +34,7 @@ void load(ErrorCodeTable* table, const QByteArray& content)
 
 } // namespace
 
-void tst_ErrorCodeTable::readsTheLinesAfterTheHead_data()
+void tst_errorcodetable::readsTheLinesAfterTheHead_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<int>("code");
@@ -67,7 +67,7 @@ void tst_ErrorCodeTable::readsTheLinesAfterTheHead_data()
     row("non-ASCII at the end", "[CODE]\n1A=\xC3\xA9t\xC3\xA9", 26, "\xC3\xA9t");
 }
 
-void tst_ErrorCodeTable::readsTheLinesAfterTheHead()
+void tst_errorcodetable::readsTheLinesAfterTheHead()
 {
     QFETCH(QByteArray, content);
     QFETCH(int, code);
@@ -77,7 +77,7 @@ void tst_ErrorCodeTable::readsTheLinesAfterTheHead()
     QCOMPARE(table.text(code), text);
 }
 
-void tst_ErrorCodeTable::keepsEntriesOfAnEarlierFile()
+void tst_errorcodetable::keepsEntriesOfAnEarlierFile()
 {
     ErrorCodeTable table;
     load(&table, "[CODE]\n1=one\n2=two\n");
@@ -86,7 +86,7 @@ void tst_ErrorCodeTable::keepsEntriesOfAnEarlierFile()
     QCOMPARE(table.text(2), QString("zwei"));
 }
 
-void tst_ErrorCodeTable::saysWhyAFileCannotBeRead()
+void tst_errorcodetable::saysWhyAFileCannotBeRead()
 {
     const QTemporaryDir folder;
     ErrorCodeTable table;
@@ -95,7 +95,7 @@ void tst_ErrorCodeTable::saysWhyAFileCannotBeRead()
     QCOMPARE(table.text(1), QString());
 }
 
-void tst_ErrorCodeTable::givesEmptyTextForUnknownCodes()
+void tst_errorcodetable::givesEmptyTextForUnknownCodes()
 {
     ErrorCodeTable table;
     QCOMPARE(table.text(7), QString());
@@ -104,7 +104,7 @@ void tst_ErrorCodeTable::givesEmptyTextForUnknownCodes()
     QCOMPARE(table.text(7), QString("seven"));
 }
 
-void tst_ErrorCodeTable::answersSeveralThreadsAtOnce()
+void tst_errorcodetable::answersSeveralThreadsAtOnce()
 {
     ErrorCodeTable table;
     load(&table, "[CODE]\n1A=No signal\n");
@@ -123,5 +123,5 @@ void tst_ErrorCodeTable::answersSeveralThreadsAtOnce()
     QCOMPARE(right, std::vector<int>(4, 4000));
 }
 
-QTEST_GUILESS_MAIN(tst_ErrorCodeTable)
+QTEST_GUILESS_MAIN(tst_errorcodetable)
 #include "tst_errorcodetable.moc"

@@ -2,7 +2,7 @@
 
 #include <QTest>
 
-class tst_LogCapture : public QObject
+class tst_logcapture : public QObject
 {
     Q_OBJECT
 
@@ -12,7 +12,7 @@ private Q_SLOTS:
     void startsAgainAfterItsEnd();
 };
 
-void tst_LogCapture::givesTheLoggedLines()
+void tst_logcapture::givesTheLoggedLines()
 {
     LogCapture log;
     CLogFile() << "Ipc/ipcserver"
@@ -26,7 +26,7 @@ void tst_LogCapture::givesTheLoggedLines()
     QCOMPARE(log.count("e"), 2);
 }
 
-void tst_LogCapture::forgetsClearedLines()
+void tst_logcapture::forgetsClearedLines()
 {
     LogCapture log;
     CLogFile() << "before";
@@ -36,7 +36,7 @@ void tst_LogCapture::forgetsClearedLines()
     QCOMPARE(log.count("after"), 1);
 }
 
-void tst_LogCapture::startsAgainAfterItsEnd()
+void tst_logcapture::startsAgainAfterItsEnd()
 {
     {
         LogCapture log;
@@ -50,5 +50,5 @@ void tst_LogCapture::startsAgainAfterItsEnd()
     QVERIFY(log.contains("second log"));
 }
 
-QTEST_GUILESS_MAIN(tst_LogCapture)
+QTEST_GUILESS_MAIN(tst_logcapture)
 #include "tst_logcapture.moc"

@@ -37,7 +37,7 @@ QByteArray formattedAs(const char* format, ...)
 
 } // namespace
 
-class tst_LogFormat : public QObject
+class tst_logformat : public QObject
 {
     Q_OBJECT
 
@@ -87,5 +87,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_LogFormat)
+QTEST_GUILESS_MAIN(tst_logformat)
 #include "tst_logformat.moc"

@@ -17,7 +17,7 @@ void push(LogQueue* queue, const std::string& text, bool newLine)
 
 } // namespace
 
-class tst_LogQueue : public QObject
+class tst_logqueue : public QObject
 {
     Q_OBJECT
 
@@ -121,5 +121,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_LogQueue)
+QTEST_GUILESS_MAIN(tst_logqueue)
 #include "tst_logqueue.moc"

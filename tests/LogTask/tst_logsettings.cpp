@@ -5,7 +5,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-class tst_LogSettings : public QObject
+class tst_logsettings : public QObject
 {
     Q_OBJECT
 
@@ -63,20 +63,20 @@ void compareDefaults(const LogSettings& settings)
 
 } // namespace
 
-void tst_LogSettings::init()
+void tst_logsettings::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
     QVERIFY(m_folder->isValid());
 }
 
-LogSettings tst_LogSettings::read(const QByteArray& ini)
+LogSettings tst_logsettings::read(const QByteArray& ini)
 {
     const QString path = m_folder->filePath("LogFile.ini");
     writeFile(path, ini);
     return readLogSettings(path, logFile(), today);
 }
 
-void tst_LogSettings::haveDefaultsWithoutAFile()
+void tst_logsettings::haveDefaultsWithoutAFile()
 {
     const QString missing = m_folder->filePath("missing.ini");
     const LogSettings settings = readLogSettings(missing, logFile(), today);
@@ -85,7 +85,7 @@ void tst_LogSettings::haveDefaultsWithoutAFile()
     QVERIFY(!QFile::exists(missing));
 }
 
-void tst_LogSettings::haveDefaultsWithoutTheGroup()
+void tst_logsettings::haveDefaultsWithoutTheGroup()
 {
     compareDefaults(read("[OTHER]\nVALID=false\nADDTIME=false\nFLUSH=true\nTIMER=3\n"));
     compareDefaults(read("VALID=false\nDEBUG=false\n"));
@@ -93,7 +93,7 @@ void tst_LogSettings::haveDefaultsWithoutTheGroup()
     compareDefaults(read("\x01\xFF no settings at all\n[SETTING\n===\n"));
 }
 
-void tst_LogSettings::readEverySetting()
+void tst_logsettings::readEverySetting()
 {
     const LogSettings settings = read("[SETTING]\nVALID=true\nADDTIME=false\nMAXSIZE=2048\nTYPE=1\n"
                                       "TIMER=25\nDEBUG=0\nFLUSH=1\n");
@@ -107,7 +107,7 @@ void tst_LogSettings::readEverySetting()
     QCOMPARE(settings.file, logFile());
 }
 
-void tst_LogSettings::readNothingMoreWhenSwitchedOff()
+void tst_logsettings::readNothingMoreWhenSwitchedOff()
 {
     writeFile(logFile(), "old");
     const LogSettings settings =
@@ -119,7 +119,7 @@ void tst_LogSettings::readNothingMoreWhenSwitchedOff()
     QVERIFY(QFile::exists(logFile()));
 }
 
-void tst_LogSettings::skipValuesThatDoNotConvert_data()
+void tst_logsettings::skipValuesThatDoNotConvert_data()
 {
     QTest::addColumn<QByteArray>("values");
     QTest::newRow("words") << QByteArray("MAXSIZE=big\nTIMER=often\nTYPE=daily\n");
@@ -133,13 +133,13 @@ void tst_LogSettings::skipValuesThatDoNotConvert_data()
     QTest::newRow("other case") << QByteArray("Valid=false\nAddTime=false\nMaxSize=5\nType=1\n");
 }
 
-void tst_LogSettings::skipValuesThatDoNotConvert()
+void tst_logsettings::skipValuesThatDoNotConvert()
 {
     QFETCH(QByteArray, values);
     compareDefaults(read("[SETTING]\n" + values));
 }
 
-void tst_LogSettings::keepATimerOfAtLeastOne_data()
+void tst_logsettings::keepATimerOfAtLeastOne_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<int>("timer");
@@ -149,14 +149,14 @@ void tst_LogSettings::keepATimerOfAtLeastOne_data()
     QTest::newRow("largest") << QByteArray("2147483647") << 2147483647;
 }
 
-void tst_LogSettings::keepATimerOfAtLeastOne()
+void tst_logsettings::keepATimerOfAtLeastOne()
 {
     QFETCH(QByteArray, text);
     QFETCH(int, timer);
     QCOMPARE(read("[SETTING]\nTIMER=" + text + "\n").timer, timer);
 }
 
-void tst_LogSettings::setLimits_data()
+void tst_logsettings::setLimits_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<int>("maxQueue");
@@ -167,7 +167,7 @@ void tst_LogSettings::setLimits_data()
     QTest::newRow("no number") << QByteArray("many") << 0 << 16384;
 }
 
-void tst_LogSettings::setLimits()
+void tst_logsettings::setLimits()
 {
     QFETCH(QByteArray, text);
     QFETCH(int, maxQueue);
@@ -176,7 +176,7 @@ void tst_LogSettings::setLimits()
     QCOMPARE(read("[SETTING]\nMAXLINE=" + text + "\n").maxLine, maxLine);
 }
 
-void tst_LogSettings::applyTheFilePolicy_data()
+void tst_logsettings::applyTheFilePolicy_data()
 {
     QTest::addColumn<QByteArray>("type");
     QTest::addColumn<bool>("append");
@@ -188,7 +188,7 @@ void tst_LogSettings::applyTheFilePolicy_data()
     QTest::newRow("-1") << QByteArray("-1") << false << "";
 }
 
-void tst_LogSettings::applyTheFilePolicy()
+void tst_logsettings::applyTheFilePolicy()
 {
     QFETCH(QByteArray, type);
     QFETCH(bool, append);
@@ -198,7 +198,7 @@ void tst_LogSettings::applyTheFilePolicy()
     QCOMPARE(settings.file, logFile() + suffix);
 }
 
-void tst_LogSettings::nameANewFileOnTheNextDay()
+void tst_logsettings::nameANewFileOnTheNextDay()
 {
     const QString missing = m_folder->filePath("missing.ini");
     QCOMPARE(readLogSettings(missing, logFile(), QDate(2024, 12, 31)).file,
@@ -206,7 +206,7 @@ void tst_LogSettings::nameANewFileOnTheNextDay()
     QCOMPARE(readLogSettings(missing, logFile(), QDate(2025, 1, 1)).file, logFile() + "_25-01-01");
 }
 
-void tst_LogSettings::deleteALargeFileForPolicyTwo_data()
+void tst_logsettings::deleteALargeFileForPolicyTwo_data()
 {
     QTest::addColumn<QByteArray>("settings");
     QTest::addColumn<int>("size");
@@ -220,7 +220,7 @@ void tst_LogSettings::deleteALargeFileForPolicyTwo_data()
     QTest::newRow("other policy") << QByteArray("TYPE=0\nMAXSIZE=100") << 101 << true;
 }
 
-void tst_LogSettings::deleteALargeFileForPolicyTwo()
+void tst_logsettings::deleteALargeFileForPolicyTwo()
 {
     QFETCH(QByteArray, settings);
     QFETCH(int, size);
@@ -230,7 +230,7 @@ void tst_LogSettings::deleteALargeFileForPolicyTwo()
     QCOMPARE(QFile::exists(logFile()), kept);
 }
 
-void tst_LogSettings::testSizeOnThePathWithoutTheDate()
+void tst_logsettings::testSizeOnThePathWithoutTheDate()
 {
     writeFile(logFile() + "_24-05-17", QByteArray(200, 'x'));
     const LogSettings settings = read("[SETTING]\nMAXSIZE=100\n");
@@ -238,12 +238,12 @@ void tst_LogSettings::testSizeOnThePathWithoutTheDate()
     QCOMPARE(QFile(settings.file).size(), qint64(200));
 }
 
-void tst_LogSettings::buildThePathFromExecutableAndUser()
+void tst_logsettings::buildThePathFromExecutableAndUser()
 {
     const QString folder = m_folder->filePath("not/yet/there");
     QCOMPARE(defaultLogFile(folder + "/dashboard", "alice"), folder + "/Log/dashboard_Log_alice");
     QVERIFY(QDir(folder + "/Log").exists());
 }
 
-QTEST_GUILESS_MAIN(tst_LogSettings)
+QTEST_GUILESS_MAIN(tst_logsettings)
 #include "tst_logsettings.moc"

@@ -5,7 +5,7 @@
 #include <QTest>
 #include <QTime>
 
-class tst_LogText : public QObject
+class tst_logtext : public QObject
 {
     Q_OBJECT
 
@@ -17,7 +17,7 @@ private Q_SLOTS:
     void writesTheBytesOfTheFile();
 };
 
-void tst_LogText::writesTheTimeOfDay()
+void tst_logtext::writesTheTimeOfDay()
 {
     // Twice, because the text of a second is kept.
     for (int i = 0; i < 2; ++i) {
@@ -33,7 +33,7 @@ void tst_LogText::writesTheTimeOfDay()
     }
 }
 
-void tst_LogText::writesTheStampWithUnpaddedMilliseconds()
+void tst_logtext::writesTheStampWithUnpaddedMilliseconds()
 {
     const QRegularExpression form("^\\d\\d:\\d\\d:\\d\\d (0|[1-9]\\d{0,2}) $");
     bool sawFewDigits = false;
@@ -49,7 +49,7 @@ void tst_LogText::writesTheStampWithUnpaddedMilliseconds()
     QVERIFY(sawFewDigits);
 }
 
-void tst_LogText::writesNumbers()
+void tst_logtext::writesNumbers()
 {
     QString line;
     for (const int number : {0, 5, -5, 2147483647, -2147483647 - 1}) {
@@ -63,7 +63,7 @@ void tst_LogText::writesNumbers()
     QCOMPARE(line, QString("0 5 -5 2147483647 -2147483648 0 1a 7fffffff ffffffff "));
 }
 
-void tst_LogText::writesUtf8()
+void tst_logtext::writesUtf8()
 {
     QString line;
     appendUtf8(&line, "abc", 3);
@@ -73,7 +73,7 @@ void tst_LogText::writesUtf8()
     QCOMPARE(line, QString("abc") + QChar(0xE9) + QChar(0xFFFD));
 }
 
-void tst_LogText::writesTheBytesOfTheFile()
+void tst_logtext::writesTheBytesOfTheFile()
 {
     LogBytes line;
     appendTime(&line);
@@ -91,5 +91,5 @@ void tst_LogText::writesTheBytesOfTheFile()
              QByteArray("abc \xC3\xA9\xEF\xBF\xBD text \xE2\x82\xAC") + QByteArray(3000, 'x'));
 }
 
-QTEST_GUILESS_MAIN(tst_LogText)
+QTEST_GUILESS_MAIN(tst_logtext)
 #include "tst_logtext.moc"

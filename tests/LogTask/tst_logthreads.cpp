@@ -13,7 +13,7 @@
 #include <thread>
 #include <vector>
 
-class tst_LogThreads : public QObject
+class tst_logthreads : public QObject
 {
     Q_OBJECT
 
@@ -43,7 +43,7 @@ void inThreads(int count, const std::function<void(int)>& work)
 
 } // namespace
 
-void tst_LogThreads::writesLinesOfAllThreadsInTheOrderOfTheirEmission()
+void tst_logthreads::writesLinesOfAllThreadsInTheOrderOfTheirEmission()
 {
     LogCapture log;
     std::mutex mutex;
@@ -60,7 +60,7 @@ void tst_LogThreads::writesLinesOfAllThreadsInTheOrderOfTheirEmission()
         QVERIFY2(lines[i].endsWith(QString(" number %1 ").arg(i)), qPrintable(lines[i]));
 }
 
-void tst_LogThreads::losesNoLineAtStart()
+void tst_logthreads::losesNoLineAtStart()
 {
     for (int run = 0; run < 20; ++run) {
         LogCapture log;
@@ -73,7 +73,7 @@ void tst_LogThreads::losesNoLineAtStart()
     }
 }
 
-void tst_LogThreads::looksUpNewCodesFromSeveralThreads()
+void tst_logthreads::looksUpNewCodesFromSeveralThreads()
 {
     LogCapture log;
     inThreads(4, [](int t) {
@@ -89,7 +89,7 @@ void tst_LogThreads::looksUpNewCodesFromSeveralThreads()
     }
 }
 
-void tst_LogThreads::acceptsLinesEmittedAsSignals()
+void tst_logthreads::acceptsLinesEmittedAsSignals()
 {
     LogCapture log;
     CLog* instance = CLog::Instance();
@@ -103,7 +103,7 @@ void tst_LogThreads::acceptsLinesEmittedAsSignals()
     QVERIFY(log.text().contains("half line\r\nflush to file \r\nother\r\n"));
 }
 
-void tst_LogThreads::tellsReceiversEveryLine()
+void tst_logthreads::tellsReceiversEveryLine()
 {
     for (const bool early : {true, false}) {
         std::unique_ptr<QSignalSpy> spy;
@@ -134,7 +134,7 @@ void tst_LogThreads::tellsReceiversEveryLine()
     }
 }
 
-void tst_LogThreads::survivesThreadsThatLogWhileItEnds()
+void tst_logthreads::survivesThreadsThatLogWhileItEnds()
 {
     for (int run = 0; run < 5; ++run) {
         std::atomic<bool> end{false};
@@ -164,7 +164,7 @@ void tst_LogThreads::survivesThreadsThatLogWhileItEnds()
 }
 
 // A call that a receiver holds back: the log thread ends after it, and the instance after that.
-void tst_LogThreads::waitsForCallsThatStillRunWhenItEnds()
+void tst_logthreads::waitsForCallsThatStillRunWhenItEnds()
 {
     std::atomic<bool> isHeld{false};
     std::atomic<bool> hasReturned{false};
@@ -204,7 +204,7 @@ void tst_LogThreads::waitsForCallsThatStillRunWhenItEnds()
 }
 
 // For the thread sanitizer. Nothing of these lines reaches the file: they come before the log.
-void tst_LogThreads::takesDebugLinesWhileItStartsAndEnds()
+void tst_logthreads::takesDebugLinesWhileItStartsAndEnds()
 {
     QLoggingCategory::setFilterRules("default.debug=false");
     std::atomic<bool> end{false};
@@ -228,7 +228,7 @@ void tst_LogThreads::takesDebugLinesWhileItStartsAndEnds()
     DestroyLog();
 }
 
-void tst_LogThreads::keepsLinesWhole()
+void tst_logthreads::keepsLinesWhole()
 {
     LogCapture log;
     inThreads(4, [](int t) {
@@ -242,5 +242,5 @@ void tst_LogThreads::keepsLinesWhole()
         QVERIFY(line.endsWith(' ' + QString(5000, line[line.size() - 2]) + ' '));
 }
 
-QTEST_GUILESS_MAIN(tst_LogThreads)
+QTEST_GUILESS_MAIN(tst_logthreads)
 #include "tst_logthreads.moc"

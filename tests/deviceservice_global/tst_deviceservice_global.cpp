@@ -21,7 +21,7 @@ void storeText(const char* key, const char* text)
 
 } // namespace
 
-class TestDeviceServiceGlobal : public QObject
+class tst_deviceservice_global : public QObject
 {
     Q_OBJECT
 
@@ -44,7 +44,7 @@ private Q_SLOTS:
 };
 
 // First, because nothing takes the table out of use again.
-void TestDeviceServiceGlobal::theErrorTableIsUsedOnceItIsInitialised()
+void tst_deviceservice_global::theErrorTableIsUsedOnceItIsInitialised()
 {
     for (int atError : {0, 5, 38, 39})
         QCOMPARE(DeviceService_Global::atError2IpcError(atError), -1);
@@ -57,7 +57,7 @@ void TestDeviceServiceGlobal::theErrorTableIsUsedOnceItIsInitialised()
     QCOMPARE(DeviceService_Global::atError2IpcError(5), 10);
 }
 
-void TestDeviceServiceGlobal::mapsEveryErrorNumber_data()
+void tst_deviceservice_global::mapsEveryErrorNumber_data()
 {
     QTest::addColumn<int>("atError");
     QTest::addColumn<int>("ipcError");
@@ -75,7 +75,7 @@ void TestDeviceServiceGlobal::mapsEveryErrorNumber_data()
         row(unknown, -1);
 }
 
-void TestDeviceServiceGlobal::mapsEveryErrorNumber()
+void tst_deviceservice_global::mapsEveryErrorNumber()
 {
     QFETCH(int, atError);
     QFETCH(int, ipcError);
@@ -83,7 +83,7 @@ void TestDeviceServiceGlobal::mapsEveryErrorNumber()
     QCOMPARE(DeviceService_Global::atError2IpcError(atError), ipcError);
 }
 
-void TestDeviceServiceGlobal::isOneStoreUntilItIsReleased()
+void tst_deviceservice_global::isOneStoreUntilItIsReleased()
 {
     QCOMPARE(DeviceService_Global::instance(), DeviceService_Global::instance());
     storeText("key", "text");
@@ -94,7 +94,7 @@ void TestDeviceServiceGlobal::isOneStoreUntilItIsReleased()
     QCOMPARE(value.asQString(), QString("before"));
 }
 
-void TestDeviceServiceGlobal::givesBackCopiesOfWhatWasStored()
+void tst_deviceservice_global::givesBackCopiesOfWhatWasStored()
 {
     CDataValue value("first");
     QVERIFY(store()->setGlobalDataByKey("key", value));
@@ -110,14 +110,14 @@ void TestDeviceServiceGlobal::givesBackCopiesOfWhatWasStored()
     QCOMPARE(result.asQString(), QString("changed"));
 }
 
-void TestDeviceServiceGlobal::leavesTheOutputAloneWithoutData()
+void tst_deviceservice_global::leavesTheOutputAloneWithoutData()
 {
     CDataValue value("before");
     QVERIFY(!store()->getGlobalDataByKey("key", value));
     QCOMPARE(value.asQString(), QString("before"));
 }
 
-void TestDeviceServiceGlobal::givesNullForAnAbsentKey()
+void tst_deviceservice_global::givesNullForAnAbsentKey()
 {
     storeText("key", "text");
     CDataValue value("before");
@@ -125,7 +125,7 @@ void TestDeviceServiceGlobal::givesNullForAnAbsentKey()
     QVERIFY(value.isNull());
 }
 
-void TestDeviceServiceGlobal::aStoredNullCountsAsAbsent()
+void tst_deviceservice_global::aStoredNullCountsAsAbsent()
 {
     CDataValue null;
     QVERIFY(store()->setGlobalDataByKey("key", null));
@@ -134,7 +134,7 @@ void TestDeviceServiceGlobal::aStoredNullCountsAsAbsent()
     QVERIFY(value.isNull());
 }
 
-void TestDeviceServiceGlobal::resettingDropsTheDataOnly()
+void tst_deviceservice_global::resettingDropsTheDataOnly()
 {
     storeText("key", "text");
     const DeviceService_Global* before = store();
@@ -149,7 +149,7 @@ void TestDeviceServiceGlobal::resettingDropsTheDataOnly()
     QCOMPARE(value.asQString(), QString("again"));
 }
 
-void TestDeviceServiceGlobal::findsDeviceIDsByName()
+void tst_deviceservice_global::findsDeviceIDsByName()
 {
     CDataValue deviceIDs(MAP_VALUE);
     deviceIDs.mapSet("modem \xC3\xBC", CDataValue("wzr-7"), true);
@@ -160,7 +160,7 @@ void TestDeviceServiceGlobal::findsDeviceIDsByName()
     QVERIFY(store()->getDeviceIDByDeviceName(QString()).isEmpty());
 }
 
-void TestDeviceServiceGlobal::hasNoDeviceIDsWithoutTheirMap()
+void tst_deviceservice_global::hasNoDeviceIDsWithoutTheirMap()
 {
     QVERIFY(store()->getDeviceIDByDeviceName("modem").isEmpty());
     storeText("key", "text");
@@ -169,7 +169,7 @@ void TestDeviceServiceGlobal::hasNoDeviceIDsWithoutTheirMap()
     QVERIFY(store()->getDeviceIDByDeviceName("modem").isEmpty());
 }
 
-void TestDeviceServiceGlobal::logsTheDataWhenADeviceIDIsLookedUp()
+void tst_deviceservice_global::logsTheDataWhenADeviceIDIsLookedUp()
 {
     LogCapture log;
     store()->getDeviceIDByDeviceName("modem");
@@ -179,7 +179,7 @@ void TestDeviceServiceGlobal::logsTheDataWhenADeviceIDIsLookedUp()
     QCOMPARE(log.count("deviceservice_global getDeviceIDByDeviceName {\"key\":\"text\"}"), 1);
 }
 
-void TestDeviceServiceGlobal::cutsLongDataInTheLog()
+void tst_deviceservice_global::cutsLongDataInTheLog()
 {
     LogCapture log;
     CDataValue value(QString(100000, 'x'));
@@ -188,5 +188,5 @@ void TestDeviceServiceGlobal::cutsLongDataInTheLog()
     QCOMPARE(log.count("... 100011 characters "), 1);
 }
 
-QTEST_APPLESS_MAIN(TestDeviceServiceGlobal)
+QTEST_APPLESS_MAIN(tst_deviceservice_global)
 #include "tst_deviceservice_global.moc"
