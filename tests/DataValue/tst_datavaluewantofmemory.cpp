@@ -9,6 +9,7 @@
 #include <functional>
 #include <new>
 #include <utility>
+#include <vector>
 
 #if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 constexpr bool mayFail = true;
@@ -79,30 +80,10 @@ CDataValue addresses()
 using Make = CDataValue (*)();
 using Operation = std::function<void(CDataValue& value, CDataValue& other)>;
 
-} // namespace
-
-Q_DECLARE_METATYPE(Make)
-Q_DECLARE_METATYPE(Operation)
-
-class tst_datavaluewantofmemory : public QObject
-{
-    Q_OBJECT
-
-private Q_SLOTS:
-    void passesOnBadAlloc_data();
-    void passesOnBadAlloc();
-};
-
-void tst_datavaluewantofmemory::passesOnBadAlloc_data()
+std::vector<std::pair<const char*, Operation>> operations()
 {
     using V = CDataValue&;
-    QTest::addColumn<Make>("make");
-    QTest::addColumn<Operation>("operation");
-    const std::pair<const char*, Make> makers[] = {
-        {"packed", [] { return parsed(kText); }}, {"mixed", mixed}, {"with comments", [] {
-                                                                         return parsed(kCommented);
-                                                                     }}};
-    const std::pair<const char*, Operation> operations[] = {
+    return {
         {"copy", [](V value, V) { CDataValue copy(std::as_const(value)); }},
         {"move", [](V value, V) { CDataValue moved(std::move(value)); }},
         {"move a child", [](V value, V) { CDataValue moved(std::move(value.mapGet("a"))); }},
@@ -132,8 +113,32 @@ void tst_datavaluewantofmemory::passesOnBadAlloc_data()
         {"synchJsonData", [](V value, V) { value.synchJsonData(); }},
         {"address map", [](V value, V) { CDataValue(addresses()).addressMapSet("v", value); }},
     };
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(Make)
+Q_DECLARE_METATYPE(Operation)
+
+class tst_datavaluewantofmemory : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void passesOnBadAlloc_data();
+    void passesOnBadAlloc();
+};
+
+void tst_datavaluewantofmemory::passesOnBadAlloc_data()
+{
+    QTest::addColumn<Make>("make");
+    QTest::addColumn<Operation>("operation");
+    const std::pair<const char*, Make> makers[] = {
+        {"packed", [] { return parsed(kText); }}, {"mixed", mixed}, {"with comments", [] {
+                                                                         return parsed(kCommented);
+                                                                     }}};
     for (const auto& maker : makers) {
-        for (const auto& operation : operations)
+        for (const auto& operation : operations())
             QTest::addRow("%s, %s", maker.first, operation.first)
                 << maker.second << operation.second;
     }
