@@ -81,7 +81,7 @@ AtResult NetworkCommands::registration(const AtCommand& command, int& form)
 // The place and the technology come with form 2 and where there is a network only.
 QByteArray NetworkCommands::registrationText(int form) const
 {
-    const QByteArray status = QByteArray::number(m_core.registration());
+    QByteArray status = QByteArray::number(m_core.registration());
     if (form < 2 || !m_core.isRegistered())
         return status;
     return status + ",\"" + m_core.state.network.area.toLatin1() + "\",\"" +
