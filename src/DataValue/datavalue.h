@@ -39,6 +39,14 @@ enum ENUM_STYLE : int {
     STYLED_STYLE = 1 ///< indented by three blanks, short arrays on one line, then a line feed
 };
 
+// The characters of the literals u8"...": from C++20 on they are of a type of their own, and would
+// be taken for addresses.
+#ifdef __cpp_char8_t
+using DataValueChar8 = char8_t;
+#else
+struct DataValueChar8;
+#endif
+
 /// The one value type for all data: requests, answers, business records, configuration.
 ///
 /// A value is a scalar, a container of further values, or an address (a pointer that is never
@@ -122,13 +130,11 @@ public:
     /// A string: the bytes up to the terminating zero; a null pointer gives the empty string.
     CDataValue(const char* utf8);
     CDataValue(const std::string& utf8);
-#ifdef __cpp_char8_t
-    /// The same for the literals u8"..." of C++20, whose characters are of a type of their own.
-    CDataValue(const char8_t* utf8)
+    /// The same for the literals u8"..." of C++20.
+    CDataValue(const DataValueChar8* utf8)
         : CDataValue(reinterpret_cast<const char*>(utf8))
     {
     }
-#endif
     // Texts of other encodings would be taken for addresses: convert them to QString.
     CDataValue(const char16_t* utf16) = delete;
     CDataValue(const char32_t* utf32) = delete;
@@ -178,10 +184,7 @@ public:
     /// containers are left as they are. A scalar is left as it is, with a warning in the log.
     void clear();
 
-    ENUM_VALUE_TYPE type() const
-    {
-        return m_kind;
-    }
+    ENUM_VALUE_TYPE type() const { return m_kind; }
 
     /// Whether both texts describe the same content. Kinds of numbers count (1 and 1u differ);
     /// addresses do not: an address value equals a null value.
@@ -193,50 +196,17 @@ public:
     /// scalar, 0 and "" included.
     bool isEmpty() const;
 
-    bool isNull() const
-    {
-        return m_kind == NULL_VALUE;
-    }
-    bool isInt() const
-    {
-        return m_kind == INT_VALUE;
-    }
-    bool isUInt() const
-    {
-        return m_kind == UINT_VALUE;
-    }
-    bool isDouble() const
-    {
-        return m_kind == REAL_VALUE;
-    }
-    bool isString() const
-    {
-        return m_kind == STRING_VALUE;
-    }
-    bool isBool() const
-    {
-        return m_kind == BOOLEAN_VALUE;
-    }
-    bool isArray() const
-    {
-        return m_kind == ARRAY_VALUE;
-    }
-    bool isObject() const
-    {
-        return m_kind == MAP_VALUE;
-    }
-    bool isAddress() const
-    {
-        return m_kind == ADDRESS_VALUE;
-    }
-    bool isAddressArray() const
-    {
-        return m_kind == ADDRESS_ARRAY_VALUE;
-    }
-    bool isAddressMap() const
-    {
-        return m_kind == ADDRESS_MAP_VALUE;
-    }
+    bool isNull() const { return m_kind == NULL_VALUE; }
+    bool isInt() const { return m_kind == INT_VALUE; }
+    bool isUInt() const { return m_kind == UINT_VALUE; }
+    bool isDouble() const { return m_kind == REAL_VALUE; }
+    bool isString() const { return m_kind == STRING_VALUE; }
+    bool isBool() const { return m_kind == BOOLEAN_VALUE; }
+    bool isArray() const { return m_kind == ARRAY_VALUE; }
+    bool isObject() const { return m_kind == MAP_VALUE; }
+    bool isAddress() const { return m_kind == ADDRESS_VALUE; }
+    bool isAddressArray() const { return m_kind == ADDRESS_ARRAY_VALUE; }
+    bool isAddressMap() const { return m_kind == ADDRESS_MAP_VALUE; }
     /// Integers and booleans: booleans count as integral, as they do in JsonCpp.
     bool isIntegral() const;
     /// Integers, doubles and booleans.

@@ -202,7 +202,9 @@ void SingleInstance::readMessage(QLocalSocket* socket)
     if (socket->bytesAvailable() < kHeaderSize + static_cast<qint64>(length))
         return;
     socket->skip(kHeaderSize);
-    const QString message = QString::fromUtf8(socket->read(length));
+    const QByteArray utf8 = socket->read(length);
+    // With its length: without, Qt 5 stops at a zero character.
+    const QString message = QString::fromUtf8(utf8.constData(), static_cast<int>(utf8.size()));
     // One message per connection. The answer goes first: a slot may open a dialogue and stay.
     disconnect(socket, &QLocalSocket::readyRead, this, nullptr);
     socket->putChar(kReceived);
