@@ -1,6 +1,7 @@
 // Reading JSON text, and taking JsonCpp's trees over.
 
 #include "DataValue/core/tree_p.h"
+#include "DataValue/json/hiddennumbers_p.h"
 #include "DataValue/json/jsonfastreader_p.h"
 #include "DataValue/json/jsontext_p.h"
 
@@ -42,13 +43,17 @@ void addInteger(PackedBuilder& builder, const Json::Value& json, Integers rule)
 }
 
 /// Adds a scalar, or the beginning of a container.
-void addValue(PackedBuilder& builder, const Json::Value& json, Integers rule)
+void addValue(PackedBuilder& builder, const Json::Value& json, Integers rule,
+              const HiddenNumbers& hidden)
 {
     const ENUM_VALUE_TYPE kind = CDataValue::toValueType(json);
     switch (kind) {
     case INT_VALUE:
     case UINT_VALUE:
-        addInteger(builder, json, rule);
+        if (const double* const real = hidden.at(json.getOffsetStart()))
+            builder.addReal(*real);
+        else
+            addInteger(builder, json, rule);
         break;
     case REAL_VALUE:
         builder.addReal(json.asDouble());
@@ -115,13 +120,13 @@ bool readJson(const std::string& utf8, Json::Value& root)
 #pragma GCC diagnostic pop
 }
 
-CDataValue build(const Json::Value& json, Integers rule)
+CDataValue build(const Json::Value& json, Integers rule, const HiddenNumbers& hidden)
 {
     using Children = std::pair<Json::Value::const_iterator, const Json::Value*>;
     PackedBuilder builder;
     std::vector<Children> open; // the containers around, with what comes next
     const auto add = [&](const Json::Value& value) {
-        addValue(builder, value, rule);
+        addValue(builder, value, rule, hidden);
         if (value.isArray() || value.isObject())
             open.emplace_back(value.begin(), &value);
     };
@@ -158,7 +163,7 @@ CDataValue build(const Json::Value& json, Integers rule)
 
 CDataValue JsonText::fromJson(const Json::Value& json)
 {
-    return build(json, Integers::ByTheirType);
+    return build(json, Integers::ByTheirType, HiddenNumbers());
 }
 
 bool JsonText::parse(std::string_view utf8, CDataValue& value)
@@ -169,15 +174,22 @@ bool JsonText::parse(std::string_view utf8, CDataValue& value)
 bool JsonText::parseSlowly(const std::string& utf8, CDataValue& value)
 {
     Json::Value root;
+    HiddenNumbers hidden;
     try {
-        if (!readJson(utf8, root))
+        if (HiddenNumbers::areNeeded()) {
+            std::string text = utf8;
+            hidden = HiddenNumbers(text);
+            if (!readJson(text, root) || !hidden.areValid())
+                return false;
+        } else if (!readJson(utf8, root)) {
             return false;
+        }
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception&) { // nesting beyond the reader's limit
         return false;
     }
-    value = build(root, Integers::ByTheirText);
+    value = build(root, Integers::ByTheirText, hidden);
     return true;
 }
 
