@@ -24,7 +24,8 @@
 /// next parse or the document's end. Texts that are returned live as long as their node.
 ///
 /// **Texts** are UTF-8 and come back from a saved file as they were: blanks are kept, texts of
-/// blanks only are written as CDATA. Paths are in the local 8-bit encoding.
+/// blanks only are written as CDATA. Only beside other children of its element a text gets the line
+/// breaks that stand between them. Paths are in the local 8-bit encoding.
 ///
 /// **Input** comes from anywhere. Before TinyXML sees a text it is checked: valid UTF-8 without
 /// zero bytes, elements nested at most 1000 deep, at most 256 attributes in one element, character
