@@ -226,7 +226,10 @@ bool CLog::stop()
 {
     requestInterruption();
     d->queue.wake();
-    return wait(QDeadlineTimer(stopLimit));
+    if (!wait(QDeadlineTimer(stopLimit)))
+        return false;
+    d->queue.wake(); // under its lock, so that what the thread did before detach() lies before this
+    return true;
 }
 
 void CLog::Init(const char* name)
@@ -286,8 +289,8 @@ void CLog::run()
         d->queue.gather(wrote);
     }
     writeWaiting();
-    d->queue.detach();
     d->writer = nullptr;
+    d->queue.detach();
 }
 
 bool CLog::IsValid() const
