@@ -1,9 +1,12 @@
-# wzr_add_test(<name> [SOURCES <more>...] [LIBRARIES <lib>...] [HELPERS <target>...] [TIMEOUT <s>])
+# wzr_add_test(<name> [SOURCES <more>...] [LIBRARIES <lib>...] [HELPERS <target>...] [TIMEOUT <s>]
+#              [COST <s>])
 #
 # Builds <name>.cpp of the current folder with Qt Test and registers it. A helper is a program that
-# the test starts; its path reaches the test as the macro HELPER_<TARGET>, in capitals.
+# the test starts; its path reaches the test as the macro HELPER_<TARGET>, in capitals. COST is about
+# how long it takes, for tests that take more than a few seconds: those begin first, so that none of
+# them is left running alone at the end.
 function(wzr_add_test name)
-    cmake_parse_arguments(arg "" "TIMEOUT" "SOURCES;LIBRARIES;HELPERS" ${ARGN})
+    cmake_parse_arguments(arg "" "TIMEOUT;COST" "SOURCES;LIBRARIES;HELPERS" ${ARGN})
     add_executable(${name} ${name}.cpp ${arg_SOURCES})
     wzr_target_defaults(${name})
     target_link_libraries(${name} PRIVATE wzrtestsupport ${arg_LIBRARIES})
@@ -19,6 +22,9 @@ function(wzr_add_test name)
     set_tests_properties(${name} PROPERTIES
         TIMEOUT ${arg_TIMEOUT}
         ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")
+    if(arg_COST)
+        set_tests_properties(${name} PROPERTIES COST ${arg_COST})
+    endif()
 endfunction()
 
 # wzr_add_helper(<name> [LIBRARIES <lib>...]): a program that tests start.
