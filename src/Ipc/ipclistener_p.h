@@ -54,7 +54,7 @@ public:
     /// Closes the waiting connections whose clients have gone.
     void passOverDeparted();
 
-    /// Whether so many connections wait that no further one is accepted.
+    /// Whether the number of waiting connections keeps further ones from being accepted.
     bool isFull() const;
 
 private:

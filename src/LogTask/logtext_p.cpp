@@ -10,8 +10,8 @@
 
 namespace {
 
-// The conversion to local time is asked once per second and thread: it is by far the dearest part
-// of a line.
+// The conversion to local time is asked once per second and thread: it costs more than
+// the rest of a line.
 struct SecondText
 {
     qint64 second = -1;

@@ -59,7 +59,7 @@ void RandomWorld::compareAlmostEqual(NodePair&)
                pairs[0].model.isEqual(pairs[1].model));
 }
 
-/// Adds so many members that their index has several pages, in an order of its own.
+/// Adds enough members for several pages of their index, not in the order of their keys.
 void RandomWorld::fillMap(NodePair& node)
 {
     const bool mayFill = node.model->type() == NULL_VALUE || node.model->type() == MAP_VALUE;

@@ -2,7 +2,7 @@
 
 namespace {
 
-/// Every so many steps all values are compared that a reference can be had of.
+/// After this number of steps, all values that a reference can be had of are compared.
 constexpr unsigned int stepsPerDeepLook = 12;
 
 std::string child(const std::string& name, const std::string& step)

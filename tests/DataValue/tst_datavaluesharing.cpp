@@ -237,7 +237,7 @@ void tst_datavaluesharing::commentsAreCopied()
 void tst_datavaluesharing::commentsDeepInsideAreCopiedAndRemoved()
 {
     CDataValue root = parsed("{\"a\":[[1],[{\"b\":[2, 3 // three\n]}]],\"z\":{}}");
-    for (int i = 0; i < 2; ++i) { // packing is tried in vain once
+    for (int i = 0; i < 2; ++i) { // the source is as it was after a copy
         const CDataValue copy(root);
         QVERIFY(copy.parseToQString(STYLED_STYLE).contains("// three"));
         QCOMPARE(fast(copy), QString("{\"a\":[[1],[{\"b\":[2,3]}]],\"z\":{}}\n"));

@@ -142,7 +142,7 @@ public:
         add(kind).nothing = m_open; // until it ends, a container knows the one around it
         return m_open = m_count - 1;
     }
-    /// Ends the container that was begun last and is not ended, with so many children.
+    /// Ends the container that was begun last and is not ended; `count`: of its children.
     void end(std::size_t count)
     {
         PackedNode& container = m_nodes[m_open];

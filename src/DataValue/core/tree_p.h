@@ -189,7 +189,7 @@ struct DataValueTree
     {
         constructFor(value, kind, kUsualMembers);
     }
-    /// The same; a map gets room for so many members.
+    /// The same; a map gets room for `members` members.
     static void constructFor(CDataValue& value, ENUM_VALUE_TYPE kind, std::size_t members);
     static void constructText(CDataValue& value, std::string_view text);
     static void constructText(CDataValue& value, const DataValueText& text);

@@ -27,8 +27,8 @@ constexpr std::size_t kDepth = 500;
 /// The reader loads aligned blocks of 16 bytes, so it may look this far behind the text.
 constexpr std::size_t kPadding = 16;
 
-/// The texts of a value stay where they were read. Where the whole is more than so many times their
-/// bytes, and more than a few, they are copied out of it.
+/// The texts of a value stay where they were read. They are copied out of a text that is longer
+/// than kFewBytes and has more than kPart times their bytes: it would be kept in memory for little.
 constexpr std::size_t kPart = 8;
 constexpr std::size_t kFewBytes = 4096;
 
