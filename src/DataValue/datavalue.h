@@ -161,7 +161,7 @@ public:
     /// Takes the content over, with the result of a copy. A source that is itself an element or
     /// member of a container is copied instead and stays as it is, and so is one that holds the
     /// value it is moved to.
-    CDataValue(CDataValue&& other) // not noexcept: it may copy
+    CDataValue(CDataValue&& other) // NOLINT(performance-noexcept-move-constructor): it may copy
         : CDataValue(NULL_VALUE)
     {
         take(other);
@@ -174,7 +174,7 @@ public:
 
     /// Replaces the content by a deep copy. Parent and file path stay.
     CDataValue& operator=(const CDataValue& other);
-    CDataValue& operator=(CDataValue&& other);
+    CDataValue& operator=(CDataValue&& other); // NOLINT(performance-noexcept-move-constructor)
 
     /// Exchanges kind and content; parent and file path stay. Children of swapped containers
     /// name no parent until synchPreDataPoint() or a synchronising operation sets it anew.

@@ -103,7 +103,6 @@ private:
     struct Exchange;
 
     void open();
-    void retryLater();
     void close(const QString& reason);
     QString openPort();
     QString transferError() const;

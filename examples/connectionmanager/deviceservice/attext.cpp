@@ -220,5 +220,14 @@ QString AtText::nameOf(const QByteArray& command)
 QString AtText::shown(const QByteArray& line)
 {
     constexpr int kShownBytes = 80;
-    return nameOf(line.left(kShownBytes));
+    const bool isEcho = line.toUpper().contains("AT+");
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    const auto secret = std::find_if(line.cbegin(), line.cend(), [&](char c) {
+        return c == '=' || c == '"' || (isEcho && isDigit(c));
+    });
+    const auto shownBytes = static_cast<int>(secret - line.cbegin());
+    if (shownBytes == 0 || isDigit(line[0]))
+        return QStringLiteral("%1 bytes").arg(line.size());
+    const QString begin = QString::fromLatin1(line.left(std::min(shownBytes, kShownBytes)));
+    return secret == line.cend() ? begin : begin + QLatin1String("...");
 }

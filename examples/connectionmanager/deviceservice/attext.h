@@ -92,8 +92,10 @@ bool isQuotable(const QString& text);
 
 /// The command without what is secret in it, for the log: "AT+CPIN=..." for a PIN.
 QString nameOf(const QByteArray& command);
-/// The beginning of a line, for the log. It may be the late echo of a command, so that what stands
-/// behind "=" is left out.
+/// The beginning of a line that the modem has sent, for the log. It may be the late echo of a
+/// command with a PIN, and bytes of it may be lost. So it ends before the first "=" or quotation
+/// mark, that of an echo also before the first digit, and a line that begins with one of these is
+/// shown by its length alone.
 QString shown(const QByteArray& line);
 
 } // namespace AtText
