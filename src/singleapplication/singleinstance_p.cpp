@@ -29,6 +29,12 @@ constexpr qint64 kHeaderSize = 4;
 constexpr quint32 kLongestMessage = 16 * 1024 * 1024;
 constexpr int kRetryMs = 20; // between attempts to reach an instance that just starts
 
+// How often it is looked whether the server still listens: it does not say when it stops.
+constexpr int kCheckUpMs = 500;
+
+// Shortages that follow each other more closely than this are one, with one line in the log.
+constexpr int kOneShortageMs = 10000;
+
 // A directory that only this user can write to, where there is one.
 QString folder()
 {
@@ -83,6 +89,8 @@ SingleInstance::SingleInstance(const QString& id, QObject* parent, int silenceLi
 {
     m_server.setSocketOptions(QLocalServer::UserAccessOption);
     connect(&m_server, &QLocalServer::newConnection, this, &SingleInstance::takeConnection);
+    m_checkUp.setInterval(kCheckUpMs);
+    connect(&m_checkUp, &QTimer::timeout, this, &SingleInstance::listenAgain);
 }
 
 SingleInstance::~SingleInstance()
@@ -144,8 +152,26 @@ void SingleInstance::listen()
 {
     const QString name = m_path + QLatin1String(".socket");
     QLocalServer::removeServer(name);
-    if (!m_server.listen(name))
+    if (!m_server.listen(name)) {
         logLine(kLogSource, "listen", name, m_server.errorString());
+        m_lastShortage.start();
+    }
+    m_checkUp.start();
+}
+
+// The server's own descriptor is free once it has given up. So it may be able to listen again and
+// give up again with the next connection, for as long as the shortage lasts.
+void SingleInstance::listenAgain()
+{
+    if (m_server.isListening())
+        return;
+    const QString name = m_path + QLatin1String(".socket");
+    if (!m_lastShortage.isValid() || m_lastShortage.hasExpired(kOneShortageMs))
+        logLine(kLogSource, "listenAgain", name,
+                "does not listen, trying again:", m_server.errorString());
+    m_lastShortage.start();
+    QLocalServer::removeServer(name);
+    m_server.listen(name);
 }
 
 bool SingleInstance::send(const QString& message, int timeout)

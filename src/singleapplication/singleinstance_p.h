@@ -1,9 +1,11 @@
 #ifndef SINGLEAPPLICATION_SINGLEINSTANCE_P_H
 #define SINGLEAPPLICATION_SINGLEINSTANCE_P_H
 
+#include <QElapsedTimer>
 #include <QLocalServer>
 #include <QObject>
 #include <QString>
+#include <QTimer>
 
 class QLocalSocket;
 
@@ -23,6 +25,10 @@ class QLocalSocket;
 ///
 /// A message is its length as 4 bytes, highest first, and that many bytes of UTF-8; the answer, as
 /// soon as it is read whole, is the one byte 6.
+///
+/// QLocalServer gives up and removes its socket when the system has no descriptor left for a
+/// connection. The holder of the lock then listens again after at most half a second, with one line
+/// in the log; messages sent in between may fail.
 class SingleInstance : public QObject
 {
     Q_OBJECT
@@ -49,6 +55,7 @@ private:
     Role lock();
     bool isOwnUser(const QLocalSocket& socket) const;
     void listen();
+    void listenAgain();
     void takeConnection();
     void readMessage(QLocalSocket* socket);
 
@@ -58,6 +65,8 @@ private:
     int m_lockFile = -1;
     bool m_isMine = false;
     QLocalServer m_server;
+    QTimer m_checkUp;
+    QElapsedTimer m_lastShortage;
 };
 
 #endif

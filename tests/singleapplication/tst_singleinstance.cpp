@@ -1,6 +1,8 @@
-// What keeps the role and its messages from others: other users, and processes that take no part.
+// What keeps the role and its messages from others: other users, and processes that take no part;
+// and what brings the messages back after a shortage.
 #include "singleapplication/singleinstance_p.h"
 
+#include "instanceprocess.h"
 #include "support/childprocess.h"
 #include "support/logcapture.h"
 
@@ -14,7 +16,10 @@
 #include <QUuid>
 
 #include <memory>
+#include <vector>
 
+#include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -28,6 +33,41 @@ ino_t inodeOf(const QString& path)
     struct stat status = {};
     return stat(qPrintable(path), &status) == 0 ? status.st_ino : 0;
 }
+
+// Leaves this process no descriptor while the object lives.
+class DescriptorShortage
+{
+public:
+    DescriptorShortage()
+    {
+        getrlimit(RLIMIT_NOFILE, &m_before);
+        rlimit few = m_before;
+        few.rlim_cur = qMin<rlim_t>(few.rlim_cur, 256);
+        setrlimit(RLIMIT_NOFILE, &few);
+        takeAll();
+    }
+    ~DescriptorShortage()
+    {
+        for (const int file : m_files)
+            ::close(file);
+        setrlimit(RLIMIT_NOFILE, &m_before);
+    }
+    DescriptorShortage(const DescriptorShortage&) = delete;
+    DescriptorShortage& operator=(const DescriptorShortage&) = delete;
+
+    /// Takes what has become free since.
+    void takeAll()
+    {
+        for (int file = open(); file >= 0; file = open())
+            m_files.push_back(file);
+    }
+
+private:
+    static int open() { return ::open("/dev/null", O_RDONLY | O_CLOEXEC); }
+
+    rlimit m_before = {};
+    std::vector<int> m_files;
+};
 
 } // namespace
 
@@ -44,6 +84,7 @@ private Q_SLOTS:
     void silentConnectionIsClosed();
     void withoutTheLockTheSocketOfTheRunningOneStays();
     void lockIsNoLink();
+    void shortageOfDescriptorsPasses();
 
 private:
     // The paths of the lock and the socket, known from an instance that has been there.
@@ -188,6 +229,29 @@ void tst_singleinstance::lockIsNoLink()
     QVERIFY(!instance.isOtherRunning());
     QVERIFY(!QFile::exists(elsewhere));
     QVERIFY(log.contains("singleapplication/singleinstance lock"));
+}
+
+void tst_singleinstance::shortageOfDescriptorsPasses()
+{
+    SingleInstance first(m_id, nullptr);
+    QVERIFY(!first.isOtherRunning());
+    const QSignalSpy received(&first, &SingleInstance::messageReceived);
+    const LogCapture log;
+    InstanceProcess early(m_id, "early");
+    InstanceProcess again(m_id, "again", 1200);
+    InstanceProcess late(m_id, "late", 2000);
+    {
+        DescriptorShortage shortage;
+        QCOMPARE(early.outcome(), QStringLiteral("failed"));
+        QCOMPARE(early.exitCode(), 1);
+        shortage.takeAll(); // also the server's own and those of the process that has ended
+        QCOMPARE(again.outcome(), QStringLiteral("failed"));
+    }
+    QCOMPARE(received.size(), 0);
+    QCOMPARE(late.outcome(), QStringLiteral("sent"));
+    QTRY_COMPARE(received.size(), 1);
+    QCOMPARE(received.at(0).at(0).toString(), QStringLiteral("late"));
+    QCOMPARE(log.count("singleapplication/singleinstance listenAgain"), 1);
 }
 
 QTEST_GUILESS_MAIN(tst_singleinstance)
