@@ -332,7 +332,8 @@ void LogindWatch::sessionChanged(const QString& interface, const QVariantMap& ch
                                  const QStringList& invalidated)
 {
     const auto name = QStringLiteral("Active");
-    if (interface != QLatin1String(kSessionInterface))
+    // What was posted before the session was left still arrives.
+    if (m_session.isEmpty() || interface != QLatin1String(kSessionInterface))
         return;
     if (changed.contains(name))
         setActive(changed.value(name).toBool());
@@ -388,6 +389,8 @@ void LogindWatch::getProperty(const QString& path, const char* interface, const 
 
 void LogindWatch::call(const QDBusMessage& message, const Handler& handle)
 {
+    if (!m_bus)
+        return;
     QDBusMessage unstarted = message;
     unstarted.setAutoStartService(false);
     QObject* const owner = m_era ? m_era.get() : static_cast<QObject*>(m_owner.get());
