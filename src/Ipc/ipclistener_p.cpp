@@ -90,10 +90,11 @@ void IPCListener::end()
     }
 }
 
-// QLocalServer removes whatever stands under its name, unless the name is no file's.
+// QLocalServer removes whatever stands under its name, unless the name is no file's. Only Linux has
+// such names: elsewhere Qt takes the option for another one, and removes the file.
 void IPCListener::closeLeavingTheFile()
 {
-#if QT_VERSION >= QT_VERSION_CHECK(6, 2, 0)
+#if defined(Q_OS_LINUX) && QT_VERSION >= QT_VERSION_CHECK(6, 2, 0)
     setSocketOptions(AbstractNamespaceOption);
     close();
 #else
