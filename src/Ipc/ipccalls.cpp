@@ -114,7 +114,7 @@ struct IPCCalls::Registry : WaitingCalls
     QByteArray sender;
     QTimer deadline;
     int callDepth = 0;                 // how many call() are under way
-    IPCCall::State* sending = nullptr; // the call that messageSend() is sending
+    IPCCall::State* sending = nullptr; // the call that the client is sending
 };
 
 IPCCalls::IPCCalls(IPCClient* client, const QString& sender, QObject* parent)
@@ -155,7 +155,8 @@ IPCCall IPCCalls::call(const char* messageID, const CDataValue* data, int timeou
     ++registry->callDepth;
     IPCCall::State* const before = std::exchange(registry->sending, state.get());
     if (registry->client)
-        registry->client->messageSend(messageID, data, sender.isNull() ? nullptr : sender.data());
+        registry->client->sendEnvelope(messageID, data, sender.isNull() ? nullptr : sender.data(),
+                                       state.get());
     else
         state->isNotSent = true;
     registry->sending = before;
@@ -187,9 +188,11 @@ void IPCCalls::receive(CDataValue* envelope)
         Q_EMIT sigMessageReceived(envelope);
         return;
     }
-    // The envelope that the client makes up inside messageSend().
-    if (registry->sending && envelope->mapGet("IPCMSG_ERROR_CODE").asInt() == kNotSent) {
-        registry->sending->isNotSent = true;
+    if (registry->client && registry->client->m_madeUp.reply == envelope) {
+        if (registry->sending && registry->client->m_madeUp.request == registry->sending)
+            registry->sending->isNotSent = true;
+        else // somebody else's request was not sent: no server has answered
+            Q_EMIT sigMessageReceived(envelope);
         return;
     }
     const WaitingCalls::Request request = carriedBack(*envelope);

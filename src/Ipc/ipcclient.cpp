@@ -12,6 +12,8 @@
 #include <QPointer>
 #include <QTimer>
 
+#include <utility>
+
 namespace {
 
 constexpr char kLogSource[] = "Ipc/ipcclient";
@@ -207,6 +209,12 @@ int IPCClient::sendUtf8(const QByteArray& text)
 
 void IPCClient::messageSend(const char* strMessage, const CDataValue* data, const char* strSenderID)
 {
+    sendEnvelope(strMessage, data, strSenderID, nullptr);
+}
+
+void IPCClient::sendEnvelope(const char* strMessage, const CDataValue* data,
+                             const char* strSenderID, const void* request)
+{
     const QPointer<IPCClient> self(this);
     CDataValue envelope(MAP_VALUE);
     envelope.mapSet("IPCMSG_TYPE", CDataValue(strMessage), false);
@@ -225,7 +233,10 @@ void IPCClient::messageSend(const char* strMessage, const CDataValue* data, cons
         return;
     // The reply holds what the request held.
     envelope.mapSet("IPCMSG_ERROR_CODE", CDataValue(kNotSent), false);
+    const MadeUp before = std::exchange(m_madeUp, {&envelope, request});
     Q_EMIT sigMessageReceived(&envelope);
+    if (self)
+        m_madeUp = before;
 }
 
 void IPCClient::socket_connected()

@@ -113,6 +113,14 @@ private Q_SLOTS:
     void socket_error(QLocalSocket::LocalSocketError code);
 
 private:
+    friend class IPCCalls;
+    /// The reply that is made up at the moment, and what sendEnvelope() was called for.
+    struct MadeUp
+    {
+        const CDataValue* reply = nullptr;
+        const void* request = nullptr;
+    };
+
     void startConnecting();
     void giveUp();
     bool isServerTrusted() const;
@@ -120,6 +128,9 @@ private:
     void deliverAll();
     void deliver(const std::string& body);
     int sendUtf8(const QByteArray& text);
+    /// messageSend() for a caller that knows its own reply by `request`; null when it does not.
+    void sendEnvelope(const char* strMessage, const CDataValue* data, const char* strSenderID,
+                      const void* request);
 
     std::shared_ptr<IPCConnection> m_connection; // without a socket until initSocket()
     QByteArray m_head;                           // encoded
@@ -130,6 +141,7 @@ private:
     bool m_isRefused = false;            // connected, but not to be talked to
     bool m_connected = false;
     bool m_oneFlushPerRead = false;
+    MadeUp m_madeUp;
     int m_readDepth = 0; // how many reads are being delivered
     QTimer* m_tryAgain;  // children; both run while the server has no room for a connection
     QTimer* m_giveUp;

@@ -96,6 +96,7 @@ private Q_SLOTS:
     void findsTheCallByWhatIsCarriedBack_data();
     void findsTheCallByWhatIsCarriedBack();
     void endsWhenItCannotBeSent();
+    void anAnswerWhileAnotherCallIsSentIsItsOwn();
     void endsWhenTheTimeIsOver();
     void eachCallHasItsOwnDeadline();
     void endsWhenTheConnectionIsLostAfterItLeft();
@@ -238,6 +239,28 @@ void tst_ipccalls::endsWhenItCannotBeSent()
     QTRY_COMPARE(m_ends->texts, QStringList(ended("a", End::NotSent, 6)));
     QCOMPARE(others.size(), 0);
     QCOMPARE(m_calls->pendingCount(), 0);
+}
+
+// The server's own error has the code that the client gives to what was not sent.
+void tst_ipccalls::anAnswerWhileAnotherCallIsSentIsItsOwn()
+{
+    IPCClient client(m_server->name);
+    std::unique_ptr<IPCCalls> calls;
+    auto* const once = new QObject(&client);
+    connect(&client, &IPCClient::sigMessageReceived, once, [&] {
+        delete once;
+        client.connectToServer();
+        calls->call("READ").then(m_ends.get(), m_ends->note("read"));
+        haveAnswered(1);
+        m_server->answer(0, "busy", 6);
+        QTRY_COMPARE(calls->pendingCount(), 1);
+    });
+    calls = std::make_unique<IPCCalls>(&client, "tester");
+    calls->call("WRITE").then(m_ends.get(), m_ends->note("write"));
+    QTRY_COMPARE(m_ends->texts.size(), 2);
+    QCOMPARE(m_ends->texts, (QStringList{ended("read", End::Answered, 6, "busy"),
+                                         ended("write", End::NotSent, 6)}));
+    QCOMPARE(calls->pendingCount(), 0);
 }
 
 void tst_ipccalls::endsWhenTheTimeIsOver()
