@@ -267,14 +267,19 @@ void IPCServer::receive(IPCConnection& client)
     } while (self && client.socket->bytesAvailable() > 0);
 }
 
-// False when a slot has ended this object. What was read is delivered also when a slot has ended
-// the connection.
+// False when a slot has ended this object. What was read is delivered also when the connection has
+// ended, but not under an ID that is another client's by then: answers would go to that one.
 bool IPCServer::deliver(IPCConnection& client)
 {
     const QPointer<IPCServer> self(this);
     QString body;
     MessageFrame::Outcome outcome = client.frame.next(body);
     for (; outcome == MessageFrame::Body; outcome = client.frame.next(body)) {
+        if (isIdOfAnother(client)) {
+            client.frame.clear();
+            logLine(kLogSource, "deliver", "dropped the rest of a client that has gone", client.id);
+            return true;
+        }
         logLine(kLogSource, "socket_readReady", "emit sigMessageReceived!!");
         logLine(kLogSource, "socket_readReady", "strDataValue =", logExcerpt(body));
         Q_EMIT sigMessageReceived(body, client.id);
@@ -286,6 +291,12 @@ bool IPCServer::deliver(IPCConnection& client)
     else if (outcome == MessageFrame::NoEnd)
         logLine(kLogSource, "socket_readReady", "nEndPos not find");
     return true;
+}
+
+bool IPCServer::isIdOfAnother(const IPCConnection& client) const
+{
+    const auto found = m_clients.constFind(client.id);
+    return found != m_clients.constEnd() && found->get() != &client;
 }
 
 void IPCServer::limitReading(IPCConnection& client)

@@ -50,7 +50,8 @@ struct IPCPeer
 /// CDataValue::parseToDataValue() and answers with CDataValue::parseToQString().
 ///
 /// **Client IDs** are 1, 2, 3, ... in the order of acceptance. When the last client has gone, the
-/// next one is 1 again.
+/// next one is 1 again. What a client sent before it went is delivered afterwards too, but never
+/// under an ID that is another client's by then: that can be so when a slot runs an event loop.
 ///
 /// **Threads.** All calls are made in the thread in which the object lives; that thread runs an
 /// event loop. Nothing waits for a client: what a slow client does not take is kept in memory.
@@ -153,6 +154,7 @@ private:
     void catchUp(IPCConnection& client);
     void receive(IPCConnection& client);
     bool deliver(IPCConnection& client);
+    bool isIdOfAnother(const IPCConnection& client) const;
     void send(IPCConnection& client, const QByteArray& frame, const char* function);
     void flushUnflushed();
     void limitReading(IPCConnection& client);

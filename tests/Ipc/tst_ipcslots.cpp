@@ -141,6 +141,7 @@ private Q_SLOTS:
     void broadcastPassesOverClientsThatSlotsEnd();
     void serverStopsDeliveringWhenItIsDeleted();
     void serverDeliversTheRestOfAReadWhenTheClientIsGone();
+    void serverDeliversNothingUnderTheIdOfAnother();
     void serverDeliversWhatCameWhileASlotRanAnEventLoop();
     void serverKeepsTheSocketOfASlotThatOutlastsItsLinger();
     void clientSlotsMayDoAnything_data();
@@ -271,6 +272,34 @@ void tst_ipcslots::serverDeliversTheRestOfAReadWhenTheClientIsGone()
     peer.end();
     QTRY_VERIFY(events.contains("1:3"));
     QCOMPARE(events, (QStringList{"1:1", "gone", "0", "1:2", "-1", "1:3", "-1"}));
+}
+
+void tst_ipcslots::serverDeliversNothingUnderTheIdOfAnother()
+{
+    IPCServer server;
+    QSignalSpy came(&server, &IPCServer::sigIPCServerConnected);
+    QSignalSpy went(&server, &IPCServer::sigIPCServerDisconnected);
+    server.startListen(randomServerName());
+    RawPeer first(socketPath(server));
+    std::unique_ptr<RawPeer> second;
+    QStringList received;
+    connect(&server, &IPCServer::sigMessageReceived, this, [&](const QString& text, int id) {
+        received << text;
+        server.sendResponse("to " + text, id);
+        if (text != "1")
+            return;
+        first.end();
+        QTRY_COMPARE(went.size(), 1);
+        second = std::make_unique<RawPeer>(socketPath(server));
+        QTRY_COMPARE(came.size(), 2);
+    });
+    first.send("__BEGIN__1__END____BEGIN__2__END____BEGIN__3__END__");
+    QTRY_VERIFY(second && came.size() == 2);
+    QCOMPARE(came.last().first().toInt(), 1); // the number of the first client
+    second->send("__BEGIN__own__END__");
+    QTRY_VERIFY(received.contains("own"));
+    QCOMPARE(received, (QStringList{"1", "own"}));
+    QCOMPARE(second->receive(), QByteArray("__BEGIN__to own__END__"));
 }
 
 void tst_ipcslots::serverDeliversWhatCameWhileASlotRanAnEventLoop()
