@@ -4,6 +4,7 @@
 #include "Ipc/ipcconnection_p.h"
 #include "Ipc/ipclistener_p.h"
 #include "Ipc/messageframe_p.h"
+#include "Ipc/refusallog_p.h"
 #include "Ipc/socketread_p.h"
 #include "LogTask/logline_p.h"
 #include "platform/socketpeer_p.h"
@@ -25,6 +26,8 @@ std::atomic<int> g_newConnectionCalls{0};
 IPCServer::IPCServer(QObject* parent)
     : QObject(parent)
     , m_departed(new DepartedConnections(this))
+    , m_refusedUsers(new RefusalLog(this))
+    , m_refusedBeyondLimit(new RefusalLog(this))
     , m_head(MessageFrame::defaultHead())
     , m_end(MessageFrame::defaultEnd())
     , m_headBytes(m_head.toUtf8())
@@ -108,19 +111,16 @@ IPCPeer IPCServer::peer(int clientId) const
 
 bool IPCServer::mayEnter(int descriptor) const
 {
-    constexpr char kFunction[] = "mayEnter";
     if (!m_allowedUsers.isEmpty()) {
         const SocketPeer peer = socketPeer(descriptor);
         if (!peer.isKnown || !m_allowedUsers.contains(peer.userId)) {
-            logLine(kLogSource, kFunction, "connection refused, of user",
-                    static_cast<int>(peer.userId));
+            m_refusedUsers->note("connection refused, of user", static_cast<int>(peer.userId));
             return false;
         }
     }
     const int clients = static_cast<int>(m_clients.size()) + m_listener->waiting();
     if (m_limits.connections > 0 && clients >= m_limits.connections) {
-        logLine(kLogSource, kFunction, "connection refused, beyond the limit of",
-                m_limits.connections);
+        m_refusedBeyondLimit->note("connection refused, beyond the limit of", m_limits.connections);
         return false;
     }
     return true;

@@ -14,10 +14,13 @@
 
 class DepartedConnections;
 class IPCListener;
+class RefusalLog;
 struct IPCConnection;
 
 /// How much a server takes from its clients. 0, the default, is no limit. A connection that goes
-/// beyond one is ended, with a line in the log; the others do not notice.
+/// beyond one is ended, with a line in the log; the others do not notice. Connections that are
+/// refused within 10 s of such a line are counted, and one line at the end of that time has the
+/// count.
 struct IPCLimits
 {
     /// Bytes that one client has sent and that are no whole message yet, as counted after each
@@ -116,8 +119,8 @@ public:
     void setSocketFileMode(int mode);
 
     /// Ends the connections of processes that run as other users than these, before anything is
-    /// read or announced, with a line in the log. Holds for connections from now on. By default,
-    /// and with an empty list, everybody is let in whom the file's permissions let in.
+    /// read or announced, with a line in the log; see IPCLimits. Holds for connections from now on.
+    /// By default, and with an empty list, everybody is let in whom the file's permissions let in.
     void setAllowedUsers(const QList<quint32>& userIds);
 
     /// Who a connected client is. The process may have passed its connection on to another.
@@ -165,7 +168,9 @@ private:
 
     std::shared_ptr<IPCListener> m_listener; // null while not listening
     QMap<int, std::shared_ptr<IPCConnection>> m_clients;
-    DepartedConnections* m_departed; // a child
+    DepartedConnections* m_departed; // this one and the next two are children
+    RefusalLog* m_refusedUsers;
+    RefusalLog* m_refusedBeyondLimit;
     int m_lastClientId = 0;
     QString m_head;
     QString m_end;

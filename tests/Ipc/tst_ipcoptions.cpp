@@ -86,6 +86,7 @@ private Q_SLOTS:
     void setsTheModeOfTheSocketsFile_data();
     void setsTheModeOfTheSocketsFile();
     void refusesUsers();
+    void countsRefusalsInsteadOfLoggingEach();
     void tellsWhoAClientIs();
     void clientLeavesAServerOfAnotherUser();
     void clientTakesNothingFromARefusedServer();
@@ -256,6 +257,29 @@ void tst_ipcoptions::refusesUsers()
     to.server.setAllowedUsers({});
     RawPeer anybody(to.path);
     QVERIFY(Echoing::answers(anybody));
+}
+
+void tst_ipcoptions::countsRefusalsInsteadOfLoggingEach()
+{
+    const LogCapture log;
+    Echoing to;
+    to.server.setAllowedUsers({getuid() + 1});
+    const auto beRefused = [&to](int times) {
+        for (int i = 0; i < times; ++i) {
+            const RawPeer refused(to.path);
+            QTRY_VERIFY(refused.isEnded());
+        }
+    };
+    beRefused(20);
+    QCOMPARE(log.count("mayEnter connection refused, of user"), 1);
+    for (auto* const pause : to.server.findChildren<QTimer*>("refusals")) {
+        if (pause->isActive())
+            pause->start(1);
+    }
+    QTRY_COMPARE(log.count("mayEnter further connections refused: 19 "), 1);
+    beRefused(5);
+    QCOMPARE(log.count("refused"), 2); // they are counted for another while
+    QCOMPARE(to.events, QStringList());
 }
 
 void tst_ipcoptions::tellsWhoAClientIs()
