@@ -33,9 +33,13 @@ void WaitingCalls::add(const std::shared_ptr<IPCCall::State>& state, Request req
     if (marked)
         request.sender += m_tag + QByteArray::number(static_cast<qulonglong>(state->number));
     state->sentSender = request.sender;
-    state->request = std::move(request);
-    state->atKey = m_byKey.emplace(keyOf(state->request), state);
-    state->atType = m_byType.emplace(state->request.type, state);
+    state->atKey = m_byKey.emplace(keyOf(request), state);
+    if (!request.sender.isNull())
+        state->atParts.push_back(
+            m_byPart.emplace(keyOf({request.type, request.sender, QByteArray()}), state));
+    if (!request.payload.isNull())
+        state->atParts.push_back(
+            m_byPart.emplace(keyOf({request.type, QByteArray(), request.payload}), state));
     if (timeoutMs > 0)
         state->atDeadline = m_deadlines.emplace(m_clock.elapsed() + timeoutMs, state.get());
     state->isWaiting = true;
@@ -47,7 +51,8 @@ void WaitingCalls::remove(IPCCall::State& state)
         return;
     if (state.atDeadline)
         m_deadlines.erase(*std::exchange(state.atDeadline, std::nullopt));
-    m_byType.erase(state.atType);
+    for (const auto& at : std::exchange(state.atParts, {}))
+        m_byPart.erase(at);
     m_byKey.erase(state.atKey); // last: it may hold the last pointer to the state
 }
 
@@ -78,14 +83,9 @@ std::shared_ptr<IPCCall::State> WaitingCalls::findPartly(const Request& request)
 {
     if (request.sender.isNull() == request.payload.isNull())
         return nullptr;
-    const QByteArray Request::*member =
-        request.sender.isNull() ? &Request::payload : &Request::sender;
-    const auto equals = m_byType.equal_range(request.type);
-    const auto found = std::find_if(equals.first, equals.second, [&](const auto& entry) {
-        const QByteArray& asked = entry.second->request.*member;
-        return !asked.isNull() && asked == request.*member;
-    });
-    return found == equals.second ? nullptr : found->second;
+    const QByteArray key = keyOf(request);
+    const auto oldest = m_byPart.lower_bound(key);
+    return oldest == m_byPart.end() || oldest->first != key ? nullptr : oldest->second;
 }
 
 std::vector<std::shared_ptr<IPCCall::State>> WaitingCalls::takeDue()

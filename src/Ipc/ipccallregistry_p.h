@@ -62,7 +62,7 @@ private:
 
     // Among equal keys, the one that was added first stands in front.
     ByText m_byKey;
-    ByText m_byType;
+    ByText m_byPart; // by type and sender, and by type and payload
     ByTime m_deadlines;
     std::uint64_t m_lastNumber = 0;
     QByteArray m_tag; // what marks of this registry contain, and of no other
@@ -98,14 +98,13 @@ struct IPCCall::State
 
     // The registry's.
     std::weak_ptr<WaitingCalls> waiting;
-    WaitingCalls::Request request;
     QByteArray sender;     // the caller's
     QByteArray sentSender; // with its mark, if any
     bool isMarked = false;
     std::uint64_t number = 0; // in the order in which they were made
     bool isWaiting = false;
     WaitingCalls::ByText::iterator atKey;
-    WaitingCalls::ByText::iterator atType;
+    std::vector<WaitingCalls::ByText::iterator> atParts;
     std::optional<WaitingCalls::ByTime::iterator> atDeadline;
 
 private:

@@ -95,6 +95,7 @@ private Q_SLOTS:
     void equalCallsAreAnsweredInOrder();
     void findsTheCallByWhatIsCarriedBack_data();
     void findsTheCallByWhatIsCarriedBack();
+    void findsTheLastOfManyByAPartAsFast();
     void endsWhenItCannotBeSent();
     void anAnswerWhileAnotherCallIsSentIsItsOwn();
     void endsWhenTheTimeIsOver();
@@ -225,6 +226,35 @@ void tst_ipccalls::findsTheCallByWhatIsCarriedBack()
     haveAnswered(2);
     m_server->answerWithout(missing.constData(), 1, "hello");
     QTRY_COMPARE(m_ends->texts, QStringList(ended("a", End::Answered, 0, "hello")));
+}
+
+// Answered from the last one on, so that a walk through those who wait would cost its square.
+void tst_ipccalls::findsTheLastOfManyByAPartAsFast()
+{
+    constexpr int kCalls = 20000;
+    const auto answerAll = [this](const char* sender) {
+        for (int i = 0; i < kCalls; ++i) {
+            const CDataValue payload(i);
+            m_calls->call("READ", &payload);
+        }
+        QElapsedTimer clock;
+        clock.start();
+        for (int i = kCalls; i-- > 0;) {
+            CDataValue answer(MAP_VALUE);
+            answer.mapSet("IPCMSG_TYPE", CDataValue("READ"), false);
+            answer.mapSet("IPCMSG_USER_DATA", CDataValue(i), false);
+            answer.mapSet("IPCMSG_ERROR_CODE", CDataValue(0), false);
+            if (sender)
+                answer.mapSet("IPCMSG_MSG_SENDER", CDataValue(sender), false);
+            Q_EMIT m_client->sigMessageReceived(&answer);
+        }
+        return clock.elapsed();
+    };
+    const qint64 whole = answerAll("tester");
+    QCOMPARE(m_calls->pendingCount(), 0);
+    const qint64 part = answerAll(nullptr);
+    QCOMPARE(m_calls->pendingCount(), 0);
+    QVERIFY2(part < 5 * whole + 100, qPrintable(QString("%1, %2 ms").arg(whole).arg(part)));
 }
 
 void tst_ipccalls::endsWhenItCannotBeSent()
