@@ -7,7 +7,6 @@
 #include <QLocale>
 
 #include <cstdlib>
-#include <utility>
 
 namespace {
 

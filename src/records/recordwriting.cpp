@@ -36,13 +36,13 @@ public:
     }
     void operator()(const RecordType& type, const void* record)
     {
-        const std::size_t map = m_builder.begin(MAP_VALUE);
+        m_builder.begin(MAP_VALUE);
         for (const std::uint8_t place : type.byKey) {
             const Field& field = type.fields[place];
             m_builder.addLastingText(field.key, field.keySize);
             walk(field.type, field.in(record), *this);
         }
-        m_builder.end(map, type.byKey.count);
+        m_builder.end(type.byKey.count);
     }
     void operator()(const ListType& type, const void* list)
     {
@@ -51,9 +51,9 @@ public:
             m_builder.addNull();
             return;
         }
-        const std::size_t array = m_builder.begin(ARRAY_VALUE);
+        m_builder.begin(ARRAY_VALUE);
         type.forEach(list, [&](const void* element) { walk(type.element, element, *this); });
-        m_builder.end(array, count);
+        m_builder.end(count);
     }
 
     /// What was written; null when that is more than a packed tree can hold.
@@ -80,7 +80,7 @@ private:
             members.emplace_back(text.key().toStdString(), &text.value());
         std::stable_sort(members.begin(), members.end(),
                          [](const auto& a, const auto& b) { return a.first < b.first; });
-        const std::size_t map = m_builder.begin(MAP_VALUE);
+        m_builder.begin(MAP_VALUE);
         std::size_t count = 0;
         for (std::size_t i = 0; i < members.size(); ++i) {
             // Keys that differ only in half surrogate pairs are the same in UTF-8: the last is
@@ -91,7 +91,7 @@ private:
             (*this)(*members[i].second);
             ++count;
         }
-        m_builder.end(map, count);
+        m_builder.end(count);
     }
 
     PackedBuilder m_builder;

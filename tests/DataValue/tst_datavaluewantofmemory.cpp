@@ -1,64 +1,24 @@
 // Every operation with each of its allocations failing in turn: std::bad_alloc comes out, and the
-// values can be used further.
+// values can be used further and hold no memory that nobody frees.
 
+#include "support/allocationpeak.h"
 #include "valuesamples.h"
 
 #include <QtTest>
 
-#include <cstddef>
 #include <functional>
 #include <new>
 #include <utility>
 #include <vector>
 
-#if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-constexpr bool mayFail = true;
-
-namespace {
-
-thread_local int allocationsLeft = -1; // of this thread before one fails; negative: none does
-thread_local bool hasFailed = false;
-
-bool isToFail()
-{
-    if (allocationsLeft < 0)
-        return false;
-    hasFailed = hasFailed || allocationsLeft == 0;
-    return allocationsLeft-- == 0;
-}
-
-} // namespace
-
-extern "C" {
-void* __libc_malloc(std::size_t size);
-void* __libc_calloc(std::size_t count, std::size_t size);
-void* __libc_realloc(void* memory, std::size_t size);
-
-// These take the place of the C library's for the whole process.
-void* malloc(std::size_t size)
-{
-    return isToFail() ? nullptr : __libc_malloc(size);
-}
-void* calloc(std::size_t count, std::size_t size)
-{
-    return isToFail() ? nullptr : __libc_calloc(count, size);
-}
-void* realloc(void* memory, std::size_t size)
-{
-    return isToFail() ? nullptr : __libc_realloc(memory, size);
-}
-}
-#else
-constexpr bool mayFail = false;
-static int allocationsLeft = -1;
-static bool hasFailed = false;
-#endif
-
 namespace {
 
 const char* const kText = "{\"a\":[1,{\"b\":\"a text that no value holds in itself\"},2.5],"
                           "\"c\":{\"d\":true,\"a\":[[],{}]},\"e\":\"short\"}";
-const char* const kCommented = "/* one */{\"a\":[1,{\"b\":\"two\"} // three\n],\"a\":2}";
+const char* const kCommented = "/* one */{\"a\":[1,{\"b\":\"two\"} // three\n],\"c\":{\"a\":2}}";
+const char* const kScalar = "\"a text that no value holds in itself\"";
+const char* const kCommentedScalar =
+    "/* a comment that no value holds */ \"a text, likewise\" // it";
 
 /// In both forms, and out of step.
 CDataValue mixed()
@@ -80,7 +40,58 @@ CDataValue addresses()
 using Make = CDataValue (*)();
 using Operation = std::function<void(CDataValue& value, CDataValue& other)>;
 
-std::vector<std::pair<const char*, Operation>> operations()
+struct NamedOperation
+{
+    const char* name;
+    Operation operation;
+    Make makeOther = mixed;
+};
+
+/// Runs the operation with one allocation failing; whether one did.
+bool failsOnce(const Operation& operation, CDataValue& value, CDataValue& other, int left)
+{
+    AllocationFailure failure(left);
+    try {
+        operation(value, other);
+    } catch (const std::bad_alloc&) {
+        return true;
+    }
+    // What may fail without loss need not be passed on, such as giving memory back.
+    return failure.hasHappened();
+}
+
+/// What is wrong with a value after an operation on it failed; empty when nothing is.
+QString fault(CDataValue& value)
+{
+    const CDataValue copy(std::as_const(value));
+    if (!copy.isEqual(value))
+        return "the copy differs";
+    if (value.type() == MAP_VALUE && !value.isHasAddressType()) { // else it is no JSON object
+        // A packed value is unpacked by this, so it comes after the copy.
+        if (value.mapGet("a").isHasAddressType())
+            return "the map does not know of an address in it";
+        value.mapSet("still", CDataValue(1), true);
+        if (value.mapGet("still").asInt() != 1)
+            return "a new member is not there";
+    }
+    return value.parseToQString(STYLED_STYLE).isEmpty() ? "no text" : QString();
+}
+
+std::vector<NamedOperation> exchanges()
+{
+    using V = CDataValue&;
+    return {
+        {"swap", [](V value, V other) { value.swap(other); }},
+        {"swap a child", [](V value, V other) { other.swap(value.mapGet("a")); }},
+        {"swap a child with addresses", [](V value, V other) { other.swap(value.mapGet("a")); },
+         addresses},
+        {"swap with addresses", [](V value, V other) { value.mapGet("a").swap(other); }, addresses},
+        {"assign addresses to a child",
+         [](V value, V other) { value.mapGet("a") = std::move(other); }, addresses},
+    };
+}
+
+std::vector<NamedOperation> operations()
 {
     using V = CDataValue&;
     return {
@@ -90,11 +101,13 @@ std::vector<std::pair<const char*, Operation>> operations()
         {"assign", [](V value, V other) { value = std::as_const(other); }},
         {"assign moved", [](V value, V other) { value = std::move(other); }},
         {"assign a child", [](V value, V other) { other.mapGet("c") = value.mapGet("a"); }},
-        {"swap", [](V value, V other) { value.swap(other); }},
         {"compact text", [](V value, V) { value.parseToQString(FAST_STYLE); }},
         {"styled text", [](V value, V) { value.parseToQString(STYLED_STYLE); }},
         {"parse", [](V value, V) { CDataValue::parseToDataValue(kText, value); }},
         {"parse comments", [](V value, V) { CDataValue::parseToDataValue(kCommented, value); }},
+        {"parse a text", [](V value, V) { CDataValue::parseToDataValue(kScalar, value); }},
+        {"parse a text with comments",
+         [](V value, V) { CDataValue::parseToDataValue(kCommentedScalar, value); }},
         {"parse a QString",
          [](V value, V) { CDataValue::parseToDataValue(QString(kText), value); }},
         {"mapSet", [](V value, V other) { value.mapSet("new", other, true); }},
@@ -133,45 +146,42 @@ void tst_datavaluewantofmemory::passesOnBadAlloc_data()
 {
     QTest::addColumn<Make>("make");
     QTest::addColumn<Operation>("operation");
+    QTest::addColumn<Make>("makeOther");
     const std::pair<const char*, Make> makers[] = {
         {"packed", [] { return parsed(kText); }}, {"mixed", mixed}, {"with comments", [] {
                                                                          return parsed(kCommented);
                                                                      }}};
     for (const auto& maker : makers) {
-        for (const auto& operation : operations())
-            QTest::addRow("%s, %s", maker.first, operation.first)
-                << maker.second << operation.second;
+        for (const auto& rows : {operations(), exchanges()}) {
+            for (const NamedOperation& row : rows)
+                QTest::addRow("%s, %s", maker.first, row.name)
+                    << maker.second << row.operation << row.makeOther;
+        }
     }
 }
 
 void tst_datavaluewantofmemory::passesOnBadAlloc()
 {
-    if (!mayFail)
+    if (!AllocationPeak::canCount())
         QSKIP("The allocation functions are a sanitizer's");
     constexpr int kMost = 2000; // allocations of one operation
     QFETCH(Make, make);
     QFETCH(Operation, operation);
+    QFETCH(Make, makeOther);
     for (int left = 0; left < kMost; ++left) {
-        CDataValue value = make();
-        CDataValue other = mixed();
-        bool passedOn = false;
-        hasFailed = false;
-        allocationsLeft = left;
-        try {
-            operation(value, other);
-        } catch (const std::bad_alloc&) {
-            passedOn = true;
+        const AllocationPeak allocated;
+        {
+            CDataValue value = make();
+            CDataValue other = makeOther();
+            if (!failsOnce(operation, value, other, left))
+                return; // it needs no more
+            for (CDataValue* used : {&value, &other}) {
+                const QString wrong = fault(*used);
+                QVERIFY2(wrong.isEmpty(), qPrintable(QString("%1: %2").arg(left).arg(wrong)));
+            }
         }
-        allocationsLeft = -1;
-        if (!hasFailed)
-            return; // it needs no more
-        // What may fail without loss need not be passed on, such as giving memory back.
-        for (CDataValue* used : {&value, &other}) {
-            const CDataValue copy(*used);
-            QVERIFY2(copy.isEqual(*used), qPrintable(QString("%1 %2").arg(left).arg(passedOn)));
-            used->mapSet("still", CDataValue(1), true);
-            QVERIFY(!used->parseToQString(STYLED_STYLE).isEmpty());
-        }
+        QVERIFY2(allocated.bytesKept() == 0,
+                 qPrintable(QString("%1: %2 bytes").arg(left).arg(allocated.bytesKept())));
     }
     QFAIL("The operation never came to its end");
 }

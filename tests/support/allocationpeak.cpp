@@ -25,6 +25,15 @@ bool AllocationPeak::canCount()
     return false;
 }
 
+AllocationFailure::AllocationFailure(int) {}
+
+AllocationFailure::~AllocationFailure() = default;
+
+bool AllocationFailure::hasHappened() const
+{
+    return false;
+}
+
 #else
 
 #include <errno.h>
@@ -42,6 +51,16 @@ namespace {
 
 std::atomic<qint64> g_used{0};
 std::atomic<qint64> g_peak{0};
+thread_local int t_left = -1; // allocations before the one that fails; negative: none fails
+thread_local bool t_hasFailed = false;
+
+bool isToFail()
+{
+    if (t_left < 0)
+        return false;
+    t_hasFailed = t_hasFailed || t_left == 0;
+    return t_left-- == 0;
+}
 
 void add(qint64 bytes)
 {
@@ -69,14 +88,16 @@ void uncounted(void* block)
 extern "C" {
 void* malloc(std::size_t size)
 {
-    return counted(__libc_malloc(size));
+    return isToFail() ? nullptr : counted(__libc_malloc(size));
 }
 void* calloc(std::size_t count, std::size_t size)
 {
-    return counted(__libc_calloc(count, size));
+    return isToFail() ? nullptr : counted(__libc_calloc(count, size));
 }
 void* realloc(void* block, std::size_t size)
 {
+    if (isToFail())
+        return nullptr;
     // A block that moves exists twice for a moment, which is the allocator's, not the caller's.
     uncounted(block);
     return counted(__libc_realloc(block, size));
@@ -120,6 +141,22 @@ qint64 AllocationPeak::bytesKept() const
 bool AllocationPeak::canCount()
 {
     return true;
+}
+
+AllocationFailure::AllocationFailure(int left)
+{
+    t_hasFailed = false;
+    t_left = left;
+}
+
+AllocationFailure::~AllocationFailure()
+{
+    t_left = -1;
+}
+
+bool AllocationFailure::hasHappened() const
+{
+    return t_hasFailed;
 }
 
 #endif

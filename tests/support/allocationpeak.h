@@ -26,4 +26,22 @@ private:
     qint64 m_before;
 };
 
+/// Lets one allocation of this thread fail, of malloc(), calloc() or realloc(): the one after the
+/// next `left`, while the object lives. One at a time in a thread.
+///
+///     AllocationFailure failure(3);
+///     value.parse(text); // the fourth allocation throws std::bad_alloc
+///
+/// With a sanitizer none fails; AllocationPeak::canCount() tells.
+class AllocationFailure
+{
+public:
+    explicit AllocationFailure(int left);
+    ~AllocationFailure();
+    AllocationFailure(const AllocationFailure&) = delete;
+    AllocationFailure& operator=(const AllocationFailure&) = delete;
+
+    bool hasHappened() const;
+};
+
 #endif

@@ -103,7 +103,7 @@ private:
 /// Makes a packed tree from front to back.
 ///
 ///     PackedBuilder builder;
-///     const std::size_t map = builder.begin(MAP_VALUE);
+///     builder.begin(MAP_VALUE);
 ///     builder.addText("nIndex");
 ///     builder.addInt(3);
 ///     builder.end(1);
@@ -137,10 +137,10 @@ public:
     void addComment(CommentPlace place, std::string_view text);
 
     /// Begins a container.
-    std::size_t begin(ENUM_VALUE_TYPE kind)
+    void begin(ENUM_VALUE_TYPE kind)
     {
         add(kind).nothing = m_open; // until it ends, a container knows the one around it
-        return m_open = m_count - 1;
+        m_open = m_count - 1;
     }
     /// Ends the container that was begun last and is not ended; `count`: of its children.
     void end(std::size_t count)
@@ -152,8 +152,6 @@ public:
         container.count = static_cast<std::uint32_t>(count);
         container.size = static_cast<std::uint32_t>(m_count - ended);
     }
-    /// The same, for callers who keep what begin() gave.
-    void end(std::size_t, std::size_t count) { end(count); }
 
     /// Room for a text of at most `size` bytes and its zero byte, which lives as long as the block.
     char* textRoom(std::size_t size);

@@ -164,10 +164,10 @@ void DataValueTree::replaceContent(CDataValue& target, CDataValue&& fresh)
 {
     beforeChange(target, false);
     exchangeContent(target, fresh);
+    if (target.m_holder) // before what may fail for want of memory
+        noteChild(*target.m_holder, target);
     if (isAddressKind(target.m_kind))
         target.synchPreDataPoint();
-    if (target.m_holder)
-        noteChild(*target.m_holder, target);
 }
 
 bool DataValueTree::isBelow(const CDataValue& inner, const CDataValue& outer)
@@ -272,9 +272,12 @@ void CDataValue::swap(CDataValue& other)
         DataValueTree::replaceContent(outer, std::move(content));
         return;
     }
+    // Packed children have no links to cut. To unpack them may fail, so it comes first.
+    DataValueTree::children(*this);
+    DataValueTree::children(other);
     DataValueTree::exchangeContent(*this, other);
     for (CDataValue* value : {this, &other}) {
-        DataValueTree::Container* const container = DataValueTree::children(*value);
+        DataValueTree::Container* const container = DataValueTree::unpacked(*value);
         if (container) {
             forEachChild(*container, [](CDataValue& child) { child.m_linked = false; });
             container->outOfStep = DataValueTree::isOrdinary(value->m_kind);

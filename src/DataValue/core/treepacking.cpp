@@ -3,11 +3,16 @@
 #include "DataValue/core/cursor_p.h"
 #include "DataValue/core/tree_p.h"
 
-#include <utility>
+#include <memory>
 
 namespace {
 
 using Tree = DataValueTree;
+
+struct DropReference
+{
+    void operator()(PackedBlock* block) const { block->dropReference(); }
+};
 
 /// Adds the value that the cursor stands at: all of one that is packed, of an unpacked container
 /// the beginning.
@@ -163,11 +168,11 @@ void DataValueTree::constructPacked(CDataValue& value, PackedBlock& block, const
 
 bool DataValueTree::constructPacked(CDataValue& value, PackedBuilder& builder)
 {
-    PackedBlock* const block = builder.finish();
+    // To construct the value may fail, and the builder's reference has to go all the same.
+    const std::unique_ptr<PackedBlock, DropReference> block(builder.finish());
     if (!block)
         return false;
     constructPacked(value, *block, *block->root());
-    block->dropReference(); // the builder's
     return true;
 }
 

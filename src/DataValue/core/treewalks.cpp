@@ -3,9 +3,6 @@
 #include "DataValue/core/cursor_p.h"
 #include "DataValue/core/tree_p.h"
 
-#include <algorithm>
-#include <utility>
-
 struct DataValueTree::CopyStep
 {
     CDataValue* to;

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <exception>
-#include <limits>
 #include <utility>
 
 namespace {
