@@ -163,13 +163,15 @@ void SingleInstance::listen()
 // give up again with the next connection, for as long as the shortage lasts.
 void SingleInstance::listenAgain()
 {
-    if (m_server.isListening())
-        return;
     const QString name = m_path + QLatin1String(".socket");
+    // With Qt 5, a server that has given up still counts as listening. Its file is gone.
+    if (m_server.isListening() && QFile::exists(name))
+        return;
     if (!m_lastShortage.isValid() || m_lastShortage.hasExpired(kOneShortageMs))
         logLine(kLogSource, "listenAgain", name,
                 "does not listen, trying again:", m_server.errorString());
     m_lastShortage.start();
+    m_server.close();
     QLocalServer::removeServer(name);
     m_server.listen(name);
 }

@@ -240,6 +240,7 @@ void tst_singleinstance::shortageOfDescriptorsPasses()
     InstanceProcess early(m_id, "early");
     InstanceProcess again(m_id, "again", 1200);
     InstanceProcess late(m_id, "late", 2000);
+    QCoreApplication::processEvents(); // Qt 5 closes descriptors of the start only here
     {
         DescriptorShortage shortage;
         QCOMPARE(early.outcome(), QStringLiteral("failed"));
