@@ -141,7 +141,7 @@ int request(const QString& address, int connections)
             latest = socket;
             if (++connected == connections)
                 rounds.ready();
-            else // one after the other: a listener lets only so many wait
+            else // one after the other: a listener's queue is bounded
                 sockets[static_cast<size_t>(connected)]->connectToServer(address);
         });
     }

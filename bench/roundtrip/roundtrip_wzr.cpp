@@ -64,7 +64,7 @@ int request(const QString& address, int connections, bool once)
             latest = client;
             if (++connected == connections)
                 rounds.ready();
-            else // one after the other: a listener lets only so many wait
+            else // one after the other: a listener's queue is bounded
                 clients[static_cast<size_t>(connected)]->connectToServer();
         });
         client->setOneFlushPerRead(once);
